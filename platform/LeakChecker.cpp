@@ -1,0 +1,15 @@
+#include "platform/LeakChecker.h"
+
+#if defined(__linux__)
+// There only in a process that runs with the checker.
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+extern "C" __attribute__((weak)) void __lsan_ignore_object(const void* allocation);
+
+void platform::KeepForEver(const void* allocation)
+{
+    if (__lsan_ignore_object != nullptr)
+        __lsan_ignore_object(allocation);
+}
+#else
+void platform::KeepForEver(const void*) {}
+#endif

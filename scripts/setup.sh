@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the build needs and that are missing here.
+#
+#   scripts/setup.sh [lint] [bench]
+#
+# Without a word: what the library, its tests and its examples need. "lint" adds the checkers of
+# scripts/lint.sh, "bench" the benchmark library and the peers that the benchmarks compare with.
+set -euo pipefail
+
+packages=(g++ cmake ninja-build libgtest-dev libdtl-dev)
+for group in "$@"; do
+    case "$group" in
+    lint) packages+=(clang-format clang-tidy cppcheck) ;;
+    bench) packages+=(libbenchmark-dev pkg-config libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
+    *)
+        echo "setup: unknown group '$group' (lint, bench)" >&2
+        exit 2
+        ;;
+    esac
+done
+
+missing=()
+for package in "${packages[@]}"; do
+    state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$state" = installed ] || missing+=("$package")
+done
+if [ ${#missing[@]} -eq 0 ]; then
+    echo "setup: all packages are installed"
+    exit 0
+fi
+
+if ! command -v apt-get >/dev/null; then
+    echo "setup: this is no Debian; install what these packages hold and run again: ${missing[*]}" >&2
+    exit 1
+fi
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+        echo "setup: these packages are missing and this is neither root nor is there sudo: ${missing[*]}" >&2
+        exit 1
+    fi
+    as_root=(sudo)
+fi
+echo "setup: installing ${missing[*]}"
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
+    >/dev/null
+echo "setup: done"

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+/// A test with a folder of its own, which is gone after it.
+class TemporaryFolder : public testing::Test
+{
+protected:
+    TemporaryFolder()
+    {
+        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+        m_folder = std::filesystem::temp_directory_path() /
+                   ("qmUtility-" + std::to_string(std::random_device()()) + '-' + test->name());
+        std::filesystem::create_directory(m_folder);
+    }
+
+    ~TemporaryFolder() override { std::filesystem::remove_all(m_folder); }
+
+    std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+
+    /// Writes a file as text and returns its path.
+    std::string Write(const std::string& text, const std::string& name = "test.ini") const
+    {
+        std::ofstream(Path(name)) << text;
+        return Path(name);
+    }
+
+    static std::string Read(const std::string& path)
+    {
+        std::ifstream file(path);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+private:
+    std::filesystem::path m_folder;
+};
