@@ -1,0 +1,5 @@
+#include "host/qmCommonBase.h"
+
+#include "platform/Kernel.h"
+
+void* CQMProcess::GetHandle() { return GetCurrentProcess(); }

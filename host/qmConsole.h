@@ -1,0 +1,31 @@
+#pragma once
+
+/// @file
+/// The host application's console log. The library calls it; the host brings it. What is built here is a
+/// stand-alone default. A host replaces it by linking a library of its own in its place; on Linux an
+/// executable that defines the function takes precedence.
+
+#include "platform/Export.h"
+
+#if defined(qmConsole_EXPORTS) // defined by the build of the library itself
+#define QMCONSOLE_API QM_EXPORT
+#else
+#define QMCONSOLE_API QM_IMPORT
+#endif
+
+/// The console log.
+class QMCONSOLE_API CQMConsoleAPI
+{
+public:
+    /// Writes a formatted text to the log, as it stands: a line carries its own line break. Any thread may
+    /// call.
+    ///
+    /// The default writes to standard output as UTF-8, whatever the locale, with one write a call. It reads
+    /// formats as `platform/WidePrint.h` says: "%s" is a wide string on every platform, and "%n" stores
+    /// nothing.
+    ///
+    /// One format stands apart. The stopwatch announces its title with exactly "\n%s\n" and a *narrow*
+    /// string, which nothing in the call tells from a wide one; so the default takes a text under that very
+    /// format for narrow. A wide text between two line breaks is logged with "\n%ls\n".
+    static void Log(const wchar_t* format, ...);
+};
