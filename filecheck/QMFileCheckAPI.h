@@ -1,0 +1,50 @@
+#pragma once
+
+/// @file
+/// The process-wide list of files that are watched for modification.
+
+#include "filecheck/QMFileCheck.h"
+#include "module/Export.h"
+#include "platform/CArray.h"
+#include "platform/CString.h"
+
+/// Files are added with `AddWatchDog`, `Enable(true)` turns monitoring on, and `Check` tells, each time it is
+/// called, whether any of the files has been modified since it was added. See `CQMFileCheck` for paths and
+/// for what counts as modified.
+///
+/// A modification is never acknowledged: from the first one on, `Check` answers true until `Initialize`
+/// empties the list and the files are added again (or the file's time is set back to what it was).
+///
+/// **Threads.** There is one list in the process and nothing guards it: all calls belong to one thread.
+///
+/// **Failure.** Nothing is reported but running out of memory, as std::bad_alloc, which leaves the list as it
+/// was.
+class QMUTILITY_API CQMFileCheckAPI
+{
+public:
+    /// Calls `Initialize`: constructing an instance empties the list of the whole process.
+    CQMFileCheckAPI();
+    CQMFileCheckAPI(const CQMFileCheckAPI&) = default;
+    CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);
+    ~CQMFileCheckAPI(); // NOLINT(performance-trivially-destructible): it is exported
+
+    /// Turns monitoring off, empties the list and releases its storage.
+    /// @return true.
+    static bool Initialize();
+
+    /// Takes a file's status and adds the file at the end of the list, also when it is there already.
+    /// @param path of a file, existing or not.
+    /// @return true.
+    static bool AddWatchDog(CString path);
+
+    /// Reads the status of every file in the list.
+    /// @return whether any was modified since it was added; false while monitoring is off, and nothing is
+    ///   then read.
+    static bool Check();
+
+    /// Turns monitoring on or off. Modifications made while it is off are told once it is on.
+    static void Enable(bool bEnable);
+
+    static CArray<CQMFileCheck, const CQMFileCheck&> m_files; ///< the files, in the order added
+    static bool m_bMonitor;                                   ///< whether monitoring is on; false at first
+};
