@@ -1,21 +1,42 @@
-# Installs the libraries, their public headers by folder, and the CMake package that
-# find_package(qmUtility CONFIG REQUIRED) finds.
+# What the library needs at run time (component Runtime) and what it takes to build against it (Development): the
+# public headers by folder, the CMake package that find_package(qmUtility CONFIG) finds, and the file of pkg-config.
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/qmUtility")
+set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
 get_property(libraries GLOBAL PROPERTY QMUTILITY_LIBRARIES)
 install(TARGETS ${libraries}
   EXPORT qmUtilityTargets
-  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qmUtility")
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Runtime NAMELINK_COMPONENT Development
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development
+  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qmUtility" COMPONENT Development)
 install(EXPORT qmUtilityTargets
   NAMESPACE qmUtility::
-  FILE qmUtilityConfig.cmake
-  DESTINATION "${package_dir}")
+  DESTINATION "${package_dir}"
+  COMPONENT Development)
 
-write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/qmUtilityConfigVersion.cmake"
+configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/qmUtilityConfig.cmake.in"
+  "${PROJECT_BINARY_DIR}/qmUtilityConfig.cmake"
+  INSTALL_DESTINATION "${package_dir}"
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/qmUtilityConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/qmUtilityConfigVersion.cmake" DESTINATION "${package_dir}")
+install(FILES
+  "${PROJECT_BINARY_DIR}/qmUtilityConfig.cmake"
+  "${PROJECT_BINARY_DIR}/qmUtilityConfigVersion.cmake"
+  DESTINATION "${package_dir}"
+  COMPONENT Development)
+
+# The file finds its folder's prefix by itself, so an installed tree can be moved.
+cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE pkgconfig_path)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${pkgconfig_path}" OUTPUT_VARIABLE pkgconfig_to_prefix)
+cmake_path(APPEND pkgconfig_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}" qmUtility)
+cmake_path(APPEND pkgconfig_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
+configure_file("${CMAKE_CURRENT_LIST_DIR}/qmutility.pc.in" "${PROJECT_BINARY_DIR}/qmutility.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/qmutility.pc" DESTINATION "${pkgconfig_dir}" COMPONENT Development)
+
+if(PROJECT_IS_TOP_LEVEL)
+  include("${CMAKE_CURRENT_LIST_DIR}/Packages.cmake")
+endif()

@@ -1,0 +1,27 @@
+# The Debian packages, which "cmake --workflow --preset package" makes: one with the libraries, named after the
+# version of their interface, and one to build against them.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "qmUtility maintainers <qmutility@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_COMPONENTS_ALL Runtime Development)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+
+set(runtime_package libqmutility${PROJECT_VERSION_MAJOR})
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The shared libraries.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/host" "${PROJECT_BINARY_DIR}/platform")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # and with it the trigger that lets the loader know the libraries
+
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, and the files of CMake and pkg-config.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqmutility-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+
+include(CPack)

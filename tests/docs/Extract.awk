@@ -1,0 +1,76 @@
+# Takes the fenced blocks out of a document. What one is for stands after its language:
+#
+#   ```cpp                 statements, which run as part of a test
+#   ```ini before          settings.ini becomes this; "ini before, cut" leaves the last line end out
+#   ```ini after           settings.ini has to be this by now
+#   ```text console        what the statements above have written to the console log; numbers may differ
+#   ```text debugger       and to the debugger
+#   ```LANGUAGE FILE       a file of a project that the document describes
+#
+# Prints a source file with one test for each heading that has statements below it. With -v project=FOLDER it
+# writes the project's files instead. Blocks of other kinds are left alone.
+
+function raw(text) { return "R\"~~(" text ")~~\"" }
+
+function flush_test() {
+    if (body ~ /[^ ]/ && has_statements)
+        tests = tests "\nTEST_F(Document, " name "_line" start ")\n{\n" body "}\n"
+    body = ""
+    has_statements = 0
+    start = FNR
+}
+
+FNR == 1 {
+    name = FILENAME
+    gsub(/.*\/|\.md$/, "", name)
+    gsub(/[^A-Za-z0-9]/, "_", name)
+    start = 1
+}
+
+!in_block && /^#/ { flush_test() }
+
+!in_block && /^```./ {
+    in_block = 1
+    role = substr($0, 4)
+    file = (role ~ /^[a-z]+ [^ ]*\.[^ ]*$/) ? substr(role, index(role, " ") + 1) : ""
+    text = ""
+    first = FNR + 1
+    next
+}
+
+in_block && /^```$/ {
+    in_block = 0
+    if (file != "") {
+        if (project != "") {
+            path = project "/" file
+            folder = path
+            sub(/\/[^\/]*$/, "", folder)
+            system("mkdir -p '" folder "'")
+            printf "%s", text > path
+            close(path)
+        }
+    } else if (role == "cpp") {
+        body = body "    Run();\n#line " first " \"" FILENAME "\"\n" text
+        body = body "    Ran();\n"
+        has_statements = 1
+    } else if (role == "ini before")
+        body = body "    Before(" raw(text) ");\n"
+    else if (role == "ini before, cut")
+        body = body "    Before(" raw(substr(text, 1, length(text) - 1)) ");\n"
+    else if (role == "ini after")
+        body = body "    After(" first ", " raw(text) ");\n"
+    else if (role == "text console")
+        body = body "    Console(" first ", " raw(text) ");\n"
+    else if (role == "text debugger")
+        body = body "    Debugger(" first ", " raw(text) ");\n"
+    next
+}
+
+in_block && role == "cpp" && file == "" && /^#include/ { includes = includes $0 "\n"; next }
+in_block { text = text $0 "\n" }
+
+END {
+    flush_test()
+    if (project == "")
+        print includes "#include \"tests/docs/Document.h\"\n" tests
+}

@@ -1,0 +1,23 @@
+# Takes the files of the projects out of a document, runs one of its scripts in the folder that the script stands in,
+# and compares what that prints at last with output.txt beside it. Digits may differ.
+file(REMOVE_RECURSE "${WORK}")
+file(MAKE_DIRECTORY "${WORK}")
+execute_process(COMMAND "${AWK}" -v "project=${WORK}" -f "${SOURCE_DIR}/tests/docs/Extract.awk" "${SOURCE_DIR}/${DOCUMENT}"
+  COMMAND_ERROR_IS_FATAL ANY)
+cmake_path(GET SCRIPT PARENT_PATH folder)
+cmake_path(GET SCRIPT FILENAME script)
+set(folder "${WORK}/${folder}")
+file(CREATE_LINK "${SOURCE_DIR}" "${folder}/qmUtility" SYMBOLIC) # "a copy of this repository"
+
+execute_process(COMMAND sh -e "${script}" WORKING_DIRECTORY "${folder}"
+  COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE output)
+file(READ "${folder}/output.txt" expected)
+string(REGEX REPLACE "[0-9]" "0" output "\n${output}")
+string(REGEX REPLACE "[0-9]" "0" expected "\n${expected}")
+string(LENGTH "${expected}" length)
+string(FIND "${output}" "${expected}" at REVERSE)
+math(EXPR end "${at} + ${length}")
+string(LENGTH "${output}" whole)
+if(at EQUAL -1 OR NOT end EQUAL whole)
+  message(FATAL_ERROR "${DOCUMENT} says that ${SCRIPT} prints, at last:${expected}but it prints:${output}")
+endif()
