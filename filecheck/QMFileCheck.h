@@ -27,8 +27,13 @@ public:
     /// @param path of a file, existing or not, or of a directory; a relative one is looked up from the
     ///   directory that is current at each call.
     explicit CQMFileCheck(CString path = CString());
+
+    /// Copies the path and the status as it was taken; the file is not looked at.
     CQMFileCheck(const CQMFileCheck& other);
+
+    /// Copies the path and the status as it was taken; the file is not looked at.
     CQMFileCheck& operator=(const CQMFileCheck& other);
+
     ~CQMFileCheck();
 
     /// Takes the file's status anew, which acknowledges a change.
@@ -51,6 +56,6 @@ protected:
     /// The same as `ApplyChanges`.
     bool Initialize();
 
-    CFileStatus m_status{};
-    CString m_strPath;
+    CFileStatus m_status{}; ///< the status as last taken
+    CString m_strPath;      ///< with backslashes, and without white space at either end
 };

@@ -17,15 +17,20 @@
 ///
 /// **Threads.** There is one list in the process and nothing guards it: all calls belong to one thread.
 ///
-/// **Failure.** Nothing is reported but running out of memory, as std::bad_alloc, which leaves the list as it
-/// was.
+/// **Failure.** Nothing is reported but running out of memory, as std::bad_alloc, from `AddWatchDog` and
+/// `Check`. The list is then as it was; references to elements of `m_files` may have ended.
 class QMUTILITY_API CQMFileCheckAPI
 {
 public:
     /// Calls `Initialize`: constructing an instance empties the list of the whole process.
     CQMFileCheckAPI();
+
+    /// Does nothing: an instance has no state.
     CQMFileCheckAPI(const CQMFileCheckAPI&) = default;
+
+    /// Does nothing: an instance has no state.
     CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);
+
     ~CQMFileCheckAPI(); // NOLINT(performance-trivially-destructible): it is exported
 
     /// Turns monitoring off, empties the list and releases its storage.
@@ -43,6 +48,7 @@ public:
     static bool Check();
 
     /// Turns monitoring on or off. Modifications made while it is off are told once it is on.
+    /// @param bEnable whether `Check` looks at the files.
     static void Enable(bool bEnable);
 
     static CArray<CQMFileCheck, const CQMFileCheck&> m_files; ///< the files, in the order added

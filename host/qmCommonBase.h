@@ -1,12 +1,13 @@
 #pragma once
 
 /// @file
-/// The host application's process. The library calls it; the host brings it. What is built here is a
-/// stand-alone default. A host replaces it by linking a library of its own in its place; on Linux an
-/// executable that defines the function takes precedence.
+/// The host application's process. The library calls it; a host brings its own, or
+/// has the default (docs/host-modules.md).
 
 #include "platform/Export.h"
 
+/// @def QMCOMMONBASE_API
+/// Marks what the module shows.
 #if defined(qmCommonBase_EXPORTS) // defined by the build of the library itself
 #define QMCOMMONBASE_API QM_EXPORT
 #else

@@ -1,12 +1,13 @@
 #pragma once
 
 /// @file
-/// The host application's console log. The library calls it; the host brings it. What is built here is a
-/// stand-alone default. A host replaces it by linking a library of its own in its place; on Linux an
-/// executable that defines the function takes precedence.
+/// The host application's console log. The library calls it; a host brings its own, or
+/// has the default (docs/host-modules.md).
 
 #include "platform/Export.h"
 
+/// @def QMCONSOLE_API
+/// Marks what the module shows.
 #if defined(qmConsole_EXPORTS) // defined by the build of the library itself
 #define QMCONSOLE_API QM_EXPORT
 #else
@@ -19,6 +20,9 @@ class QMCONSOLE_API CQMConsoleAPI
 public:
     /// Writes a formatted text to the log, as it stands: a line carries its own line break. Any thread may
     /// call.
+    ///
+    /// @param format null writes nothing. Strings among the arguments need to live as long as the call.
+    /// @throws std::bad_alloc for lack of memory; the text is then not written.
     ///
     /// The default writes to standard output as UTF-8, whatever the locale, with one write a call. It reads
     /// formats as `platform/WidePrint.h` says: "%s" is a wide string on every platform, and "%n" stores

@@ -1,14 +1,15 @@
 #pragma once
 
 /// @file
-/// The host application's processor tick counter. The library calls it; the host brings it. What is built
-/// here is a stand-alone default. A host replaces it by linking a library of its own in its place; on Linux
-/// an executable that defines the functions takes precedence.
+/// The host application's processor tick counter. The library calls it; a host brings its own, or
+/// has the default (docs/host-modules.md).
 
 #include "platform/Export.h"
 
 #include <cstdint>
 
+/// @def QMSYSTEMINFO_API
+/// Marks what the module shows.
 #if defined(qmSystemInfo_EXPORTS) // defined by the build of the library itself
 #define QMSYSTEMINFO_API QM_EXPORT
 #else

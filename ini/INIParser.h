@@ -16,6 +16,8 @@
 /// lines, white space around lines, text after a header's "]", comments below the last record and a last line
 /// without a line end.
 ///
+/// **Arguments.** The path comes last, and the key before the section's name. All are copied.
+///
 /// **Names** match when they have the same length and the same code units (bytes, or `wchar_t` in the wide
 /// form): nothing is trimmed or folded. Whether a record is commented out plays no part, so commented-out
 /// records are found like live ones. Of several matches the one nearest the start of the file counts. An
@@ -61,19 +63,19 @@ public:
         std::basic_string<Char> Value;
     };
 
-    using Record = BasicRecord<char>;
-    using WRecord = BasicRecord<wchar_t>;
+    using Record = BasicRecord<char>;     ///< of the narrow form
+    using WRecord = BasicRecord<wchar_t>; ///< of the wide form
 
     /// The characters that comment out a record in a file; the values are the characters' codes.
     enum CommentChar : int
     {
-        Hash = '#',
-        Semicolon = ';',
+        Hash = '#',      ///< as in "#Width=800"
+        Semicolon = ';', ///< as in ";Width=800"
     };
 
-    INIParser();
-    INIParser(const INIParser&);
-    INIParser& operator=(const INIParser&);
+    INIParser();                            ///< serves no purpose: an instance has no state
+    INIParser(const INIParser&);            ///< does nothing
+    INIParser& operator=(const INIParser&); ///< does nothing
     virtual ~INIParser();
 
     /// @name Whole files
@@ -92,6 +94,7 @@ public:
     /// the order of theirs (byte by byte, so "B" comes before "a"). Every section record is followed by all
     /// keys of that section's name from the whole file: a name with two headers gets its keys twice, and keys
     /// of a section without a header (those above the first header) are dropped.
+    /// @param path of the file.
     /// @param descending true for descending order, of sections and keys alike.
     /// @return false, and nothing is written, when the file has no section record or cannot be read; false
     ///   when it cannot be opened for writing.
@@ -103,10 +106,12 @@ public:
 
     /// @return the first record of this key and section, or nothing.
     static std::vector<Record> GetRecord(std::string key, std::string section, std::string path);
+    /// @overload
     static std::vector<WRecord> GetRecord(std::wstring key, std::wstring section, std::wstring path);
 
     /// @return the value of the first record of this key and section; empty when there is none.
     static std::string GetValue(std::string key, std::string section, std::string path);
+    /// @overload
     static std::wstring GetValue(std::wstring key, std::wstring section, std::wstring path);
 
     /// @return all key records of the section, in file order, those under further headers of that name
@@ -119,11 +124,13 @@ public:
 
     /// @return whether there is a record of this key and section; true also for a file that cannot be read.
     static bool RecordExists(std::string key, std::string section, std::string path);
+    /// @overload
     static bool RecordExists(std::wstring key, std::wstring section, std::wstring path);
 
     /// @return whether any record, header or key, carries this section name; true also for a file that cannot
     ///   be read.
     static bool SectionExists(std::string section, std::string path);
+    /// @overload
     static bool SectionExists(std::wstring section, std::wstring path);
 
     /// @}
@@ -135,6 +142,7 @@ public:
     /// Sets the value of the first record of this key and section, which stays commented out if it was. A
     /// missing key is added as the first of its section, a missing section at the end of the file.
     static bool SetValue(std::string key, std::string value, std::string section, std::string path);
+    /// @overload
     static bool SetValue(std::wstring key, std::wstring value, std::wstring section, std::wstring path);
 
     /// Adds a section header at the end of the file, also when there is one of that name already.
@@ -159,6 +167,8 @@ public:
     /// Comments out every record of the section, its headers included. A section without records is no
     /// failure.
     /// @param character stored as given: one that is neither "#" nor ";" comes back as part of the line.
+    /// @param section its name.
+    /// @param path of the file.
     static bool CommentSection(char character, std::string section, std::string path);
 
     /// Makes the first record of this key and section live.
@@ -172,6 +182,9 @@ public:
     /// @param comments the comment lines as they are to stand in the file, with their "#" or ";". A "\n" is
     ///   appended to a text of two characters or more, even to one that ends in "\n"; a shorter one is stored
     ///   as it is. Empty removes the comments.
+    /// @param key of the record; empty for the section's header.
+    /// @param section its name.
+    /// @param path of the file.
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool SetRecordComments(std::string comments, std::string key, std::string section,
                                   std::string path);

@@ -16,16 +16,19 @@
 class QMPLATFORM_API CArchive
 {
 public:
+    /// Which way the bytes go.
     enum Mode
     {
-        store = 0,
-        load = 1,
+        store = 0, ///< from the objects to the stream
+        load = 1,  ///< from the stream to the objects
     };
 
     /// @param file where the bytes go or come from (in the place of the framework's file object); must
     ///   outlive the archive.
+    /// @param mode whether the archive stores or loads.
     CArchive(std::streambuf& file, Mode mode) : m_file(file), m_mode(mode) {}
 
+    /// @return whether the archive stores; if not, it loads.
     bool IsStoring() const { return m_mode == store; }
 
     /// @return how many bytes were read; fewer than `count` only at the end of the file.
@@ -46,22 +49,26 @@ private:
     Mode m_mode;
 };
 
+/// What went wrong with an archive.
 class QMPLATFORM_API CArchiveException : public CException
 {
 public:
+    /// The causes.
     enum
     {
-        none = 0,
-        genericException = 1,
-        endOfFile = 3,
-        badClass = 6, ///< an object of this class cannot be read
+        none = 0,             ///< no failure
+        genericException = 1, ///< not to be told
+        endOfFile = 3,        ///< the stream ended too early
+        badClass = 6,         ///< an object of this class cannot be read
     };
 
+    /// @param cause one of the causes.
     explicit CArchiveException(int cause = none) : m_cause(cause) {}
 
-    int m_cause;
+    int m_cause; ///< one of the causes
 };
 
+/// Throws a `CArchiveException*` with this cause. Who catches it calls its `Delete`.
 [[noreturn]] QMPLATFORM_API void AfxThrowArchiveException(int cause);
 
 #endif

@@ -21,8 +21,11 @@
 /// more, but no less than 4 elements and no more than 1024. References to elements end there. The storage is
 /// kept until the array is empty.
 ///
-/// **Failure.** A bad index or size is thrown as `CInvalidArgException*`, lack of memory as std::bad_alloc or
-/// std::length_error, and the array is then as it was.
+/// **Failure.** A bad index or size is thrown as `CInvalidArgException*`, lack of memory as std::bad_alloc, and
+/// a size that no memory could hold as std::length_error. The elements are then what they were; the storage
+/// may have grown, which ends references.
+///
+/// **Threads.** An array belongs to one thread at a time.
 ///
 /// @tparam TYPE can be constructed without arguments, copied and assigned.
 /// @tparam ARG_TYPE how elements are passed in.
@@ -36,6 +39,7 @@ public:
     std::ptrdiff_t GetSize() const { return static_cast<std::ptrdiff_t>(m_elements.size()); }
 
     /// Takes elements off the end, or adds some there that are constructed without arguments.
+    /// @param size the new number of elements; 0 also releases the storage.
     void SetSize(std::ptrdiff_t size)
     {
         if (size < 0)
@@ -57,10 +61,11 @@ public:
     void RemoveAll() { std::vector<TYPE>().swap(m_elements); }
 
     /// Appends an element, which is copied in by assignment.
+    /// @param element may stand in this very array.
     /// @return its index.
     std::ptrdiff_t Add(ARG_TYPE element)
     {
-        const TYPE copy = element; // it may stand in this very array, which moves
+        const TYPE copy = element; // the array moves
         const std::ptrdiff_t index = GetSize();
         SetSize(index + 1);
         try {
@@ -72,20 +77,27 @@ public:
         return index;
     }
 
-    /// @name Elements by their index
-    /// @{
+    /// @return the element at an index, from 0 to one less than the size.
     TYPE& operator[](std::ptrdiff_t index) { return m_elements[Checked(index)]; }
+    /// @copydoc operator[]
     const TYPE& operator[](std::ptrdiff_t index) const { return m_elements[Checked(index)]; }
-    /// @}
 
     /// @return the first of the elements, which stand in a row; null without storage.
     const TYPE* GetData() const { return m_elements.data(); }
 
     /// Stores the number of elements (`CArchive::WriteCount`) and then their bytes as they lie in memory, or
     /// loads an array that was stored so.
-    /// @throws CArchiveException* when loading, with the cause `endOfFile` when the file ends before the last
-    ///   element, and with the cause `badClass` when there are elements that bytes alone do not make (such as
-    ///   strings, whose bytes are pointers): the array is then as it was.
+    ///
+    /// The number is taken at its word: one that is corrupt may claim all the memory there is before the
+    /// first element is read. Load only from sources that are trusted.
+    /// @param archive says whether to store or to load.
+    /// @throws CArchiveException* with the cause `genericException` when not all could be stored. When
+    ///   loading, with the cause `endOfFile` when the file ends in the number, which leaves the array as it
+    ///   was, or before the last element: the array then has the new size, and behind the elements that were
+    ///   read, the last perhaps in part, stand those from before, or new ones. With the cause `badClass` when there are elements that
+    ///   bytes alone do not make (such as strings, whose bytes are pointers): the array is then as it was.
+    /// @throws CInvalidArgException* when loading a number above `PTRDIFF_MAX`, std::length_error for one
+    ///   that no memory could hold, std::bad_alloc for lack of memory: the elements are then what they were.
     void Serialize(CArchive& archive) override
     {
         if (archive.IsStoring()) {

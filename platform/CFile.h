@@ -25,10 +25,12 @@ public:
         : m_seconds(seconds), m_nanoseconds(nanoseconds)
     {}
 
+    /// @return whether both are the same point in time, to the nanosecond.
     friend bool operator==(CTime a, CTime b)
     {
         return a.m_seconds == b.m_seconds && a.m_nanoseconds == b.m_nanoseconds;
     }
+    /// @return whether they are not.
     friend bool operator!=(CTime a, CTime b) { return !(a == b); }
 
 private:
@@ -48,20 +50,24 @@ struct CFileStatus
     wchar_t m_szFullName[260]; ///< the path as it was given, cut to fit
 };
 
+/// Files of the system. Any thread may call.
 class QMPLATFORM_API CFile
 {
 public:
+    /// What `CFileStatus::m_attribute` is joined from.
     enum Attribute
     {
-        normal = 0x00,
-        readOnly = 0x01, ///< nobody may write
-        directory = 0x10,
+        normal = 0x00,    ///< none of the others
+        readOnly = 0x01,  ///< nobody may write
+        directory = 0x10, ///< a folder
     };
 
     /// Reads the status of a file, or of what a link leads to.
     /// @param path its backslashes separate folders on every platform. Elsewhere than on Windows it is passed
     ///   on as UTF-8, whatever the locale; one that is not valid Unicode names no file.
+    /// @param status filled in.
     /// @return whether the status could be read; if not, `status` is left as it was.
+    /// @throws std::bad_alloc
     static bool GetStatus(const wchar_t* path, CFileStatus& status);
 };
 

@@ -18,10 +18,11 @@ class CDumpContext;
 /// What is known of a class at run time.
 struct CRuntimeClass
 {
-    const char* m_lpszClassName;
-    int m_nObjectSize; ///< in bytes
+    const char* m_lpszClassName; ///< the class's name
+    int m_nObjectSize;           ///< in bytes
 };
 
+/// The root of the framework's classes. Objects are not copied.
 class QMPLATFORM_API CObject
 {
 public:
@@ -34,23 +35,24 @@ public:
     CObject& operator=(const CObject&) = delete;
 
     /// Stores the object's state in an archive, or loads it from there. An object of this class has none.
+    /// @param archive says whether to store or to load.
     virtual void Serialize(CArchive& archive);
 
-    /// @name Object checks
-    /// They check and print nothing of an object of this class.
-    /// @{
+    /// Checks the object; of this class there is nothing to check.
     virtual void AssertValid() const;
+
+    /// Prints the object's state; one of this class has none.
     virtual void Dump(CDumpContext& context) const;
-    /// @}
 
 protected:
     CObject() = default;
 };
 
+/// The root of the framework's exceptions.
 class QMPLATFORM_API CException : public CObject
 {
 public:
-    /// Ends the life of an exception that was caught.
+    /// Ends the life of an exception that was caught. It must not be used any more.
     void Delete();
 };
 
@@ -58,6 +60,7 @@ public:
 class QMPLATFORM_API CInvalidArgException : public CException
 {};
 
+/// Throws a `CInvalidArgException*`. Who catches it calls its `Delete`.
 [[noreturn]] QMPLATFORM_API void AfxThrowInvalidArgException();
 
 #endif

@@ -28,24 +28,28 @@ public:
     /// @return the number of `wchar_t` in the string.
     int GetLength() const { return static_cast<int>(m_text.size()); }
 
+    /// @return whether there is nothing in the string.
     bool IsEmpty() const { return m_text.empty(); }
 
     /// @return how many characters were changed; 0 also when both characters are the same.
     int Replace(wchar_t from, wchar_t to);
 
-    /// @name White space at either end
-    /// What Unicode calls white space, no-break spaces included, whatever the locale.
+    /// Removes white space from the front: what Unicode calls so, no-break spaces included, whatever the
+    /// locale.
     /// @return this string.
-    /// @{
     CString& TrimLeft();
+
+    /// Removes the same from the end.
+    /// @return this string.
     CString& TrimRight();
-    /// @}
 
     /// Makes the string a formatted text; see `platform::VFormat` for the directives. The arguments may point
     /// into this string.
     void Format(const wchar_t* format, ...);
 
+    /// @return whether the texts have the same `wchar_t`, and as many.
     friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
+    /// @return whether they have not.
     friend bool operator!=(const CString& a, const CString& b) { return a.m_text != b.m_text; }
 
 private:

@@ -24,30 +24,32 @@
 
 #include <cstdint>
 
-using BOOL = int;
-using DWORD = std::uint32_t;
-using HANDLE = void*;
-using HINSTANCE = void*; ///< where a library or the program was loaded
+using BOOL = int;            ///< 0 for false and failure
+using DWORD = std::uint32_t; ///< a number of 32 bits
+using HANDLE = void*;        ///< what stands for an object of the system
+using HINSTANCE = void*;     ///< where a library or the program was loaded
 
+/// A number of 64 bits.
 struct LARGE_INTEGER
 {
-    long long QuadPart;
+    long long QuadPart; ///< the number
 };
 
 /// A number of 100-nanosecond units in two halves.
 struct FILETIME
 {
-    DWORD dwLowDateTime;
-    DWORD dwHighDateTime;
+    DWORD dwLowDateTime;  ///< the lower half
+    DWORD dwHighDateTime; ///< the upper half
 };
 
-/// @name Performance counter
-/// The monotonic clock in nanoseconds. It is not set with the time of day and does not run while the machine
-/// is suspended. Both always succeed, and return nonzero.
-/// @{
+/// Reads the performance counter: the monotonic clock in nanoseconds. It is not set with the time of day and
+/// does not run while the machine is suspended.
+/// @return nonzero: it always succeeds.
 QMPLATFORM_API BOOL QueryPerformanceCounter(LARGE_INTEGER* count);
+
+/// Tells how much the performance counter counts in a second.
+/// @return nonzero: it always succeeds.
 QMPLATFORM_API BOOL QueryPerformanceFrequency(LARGE_INTEGER* ticksPerSecond);
-/// @}
 
 /// Suspends the calling thread; 0 only gives up the rest of its time slice.
 QMPLATFORM_API void Sleep(DWORD milliseconds);
@@ -55,7 +57,7 @@ QMPLATFORM_API void Sleep(DWORD milliseconds);
 /// @return a constant that stands for the calling thread, whichever that is; nothing to be closed.
 QMPLATFORM_API HANDLE GetCurrentThread();
 
-constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15;
+constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< the highest level
 
 /// Sets the priority of the calling thread, as the thread's own nice value:
 ///
@@ -64,6 +66,7 @@ constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15;
 /// | nice  | 19  | 10 | 5  | 0 | -5 | -10 | -20 |
 ///
 /// @param thread the result of `GetCurrentThread`; no other thread can be named.
+/// @param level one of the table's.
 /// @return nonzero on success; 0, and nothing is changed, for another level or handle and when the system
 ///   refuses, as it does when a thread without the privilege asks for a higher priority than it has.
 QMPLATFORM_API BOOL SetThreadPriority(HANDLE thread, int level);
@@ -75,6 +78,8 @@ QMPLATFORM_API HANDLE GetCurrentProcess();
 /// microseconds' resolution of the system's own accounting).
 /// @param process the result of `GetCurrentProcess`; no other process can be named.
 /// @param creation,exit set to zero: neither is known here.
+/// @param kernel time spent in the system on behalf of the process.
+/// @param user time spent in the process itself.
 /// @return nonzero on success; 0, and nothing is stored, for another handle.
 QMPLATFORM_API BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel,
                                     FILETIME* user);
@@ -84,15 +89,16 @@ QMPLATFORM_API BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME
 /// @param text null writes nothing.
 QMPLATFORM_API void OutputDebugStringW(const wchar_t* text);
 
-/// @name Library entry
-/// Why a library's own `DllMain` is called, the first time before any other object of static storage is
-/// constructed in the library, the last time after all of them are destroyed. Threads are never announced,
-/// and the result does not keep a library from being loaded.
-/// @{
-constexpr DWORD DLL_PROCESS_DETACH = 0;
-constexpr DWORD DLL_PROCESS_ATTACH = 1;
-#define WINAPI // there is one calling convention
+constexpr DWORD DLL_PROCESS_DETACH = 0; ///< the library is about to be unloaded
+constexpr DWORD DLL_PROCESS_ATTACH = 1; ///< the library has been loaded
+#define WINAPI ///< nothing: there is one calling convention
+
+/// A library's own entry, which is called the first time before any other object of static storage is
+/// constructed in the library, and the last time after all of them are destroyed.
+/// @param library where it was loaded.
+/// @param reason `DLL_PROCESS_ATTACH` or `DLL_PROCESS_DETACH`; threads are never announced.
+/// @param reserved null.
+/// @return does not keep a library from being loaded.
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, void* reserved);
-/// @}
 
 #endif

@@ -1,19 +1,21 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build needs and that are missing here.
 #
-#   scripts/setup.sh [lint] [bench]
+#   scripts/setup.sh [lint] [bench] [docs]
 #
 # Without a word: what the library, its tests and its examples need. "lint" adds the checkers of
-# scripts/lint.sh, "bench" the benchmark library and the peers that the benchmarks compare with.
+# scripts/lint.sh and of the binary interface, "bench" the benchmark library and the peers that the benchmarks
+# compare with, "docs" what makes the reference.
 set -euo pipefail
 
-packages=(g++ cmake ninja-build libgtest-dev libdtl-dev)
+packages=(g++ cmake ninja-build libgtest-dev libdtl-dev pkg-config)
 for group in "$@"; do
     case "$group" in
-    lint) packages+=(clang-format clang-tidy cppcheck) ;;
-    bench) packages+=(libbenchmark-dev pkg-config libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
+    lint) packages+=(clang-format clang-tidy cppcheck abigail-tools) ;;
+    bench) packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
+    docs) packages+=(doxygen) ;;
     *)
-        echo "setup: unknown group '$group' (lint, bench)" >&2
+        echo "setup: unknown group '$group' (lint, bench, docs)" >&2
         exit 2
         ;;
     esac

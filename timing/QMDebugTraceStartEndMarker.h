@@ -44,6 +44,7 @@ public:
 
     /// Copies member by member: both markers will write a second line, on the same measurement.
     CQMDebugTraceStartEndMarker(const CQMDebugTraceStartEndMarker& other);
+    /// Copies member by member; the line of the former measurement is never written.
     CQMDebugTraceStartEndMarker& operator=(const CQMDebugTraceStartEndMarker& other);
 
     /// Ends the measurement and writes the second line.

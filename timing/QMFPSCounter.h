@@ -48,9 +48,17 @@ class QMUTILITY_API CQMFPSCounter
 public:
     /// A counter of the instant kind.
     CQMFPSCounter();
+
+    /// Reads the host's ticks per second and measures the counter's own cost.
+    /// @param type for good.
     explicit CQMFPSCounter(eQMFPSType type);
+
+    /// Copies all figures and shares the rings.
     CQMFPSCounter(const CQMFPSCounter& other);
+
+    /// Copies all figures and shares the rings; its own are released unless a copy has them.
     CQMFPSCounter& operator=(const CQMFPSCounter& other);
+
     virtual ~CQMFPSCounter();
 
     /// Begins a frame, unless one is begun or the counter is on hold.
@@ -61,6 +69,7 @@ public:
     void End();
 
     /// Suspends `Start` and `End`, or lets them go on.
+    /// @param bHold true to suspend.
     void Hold(bool bHold);
 
     /// Measures the counter's own cost anew, clears all statistics and empties both rings, also for the
@@ -78,19 +87,19 @@ public:
 
     double GetFPS() const;        ///< the last rate, in frames per second
     double GetFPSAverage() const; ///< mean of the positive rates in the ring; 0 when there is none
-    double GetFPSMaximum() const;
-    double GetFPSMinimum() const;
+    double GetFPSMaximum() const; ///< largest positive rate, as the class comment says
+    double GetFPSMinimum() const; ///< smallest positive rate, as the class comment says
     double GetFPSSample(unsigned long i) const; ///< an entry of the rate ring; `i` is not checked
     unsigned long GetFPSSampleCount() const;    ///< length of the rate ring
     unsigned long GetFPSSampleIndex() const;    ///< where the next rate goes; the length stands for 0
-    eQMFPSType GetFPSType() const;
+    eQMFPSType GetFPSType() const;              ///< the kind, as it was given
 
     std::uint64_t GetTickAccumulator() const; ///< sum of the durations in the current period (average kind)
     double GetTickAverage() const;            ///< mean of the durations in the ring, in ticks
     std::uint64_t GetTickElapsed() const;     ///< duration of the last frame, in ticks
     std::uint64_t GetTickEnd() const;         ///< the tick at which the last frame ended
-    std::uint64_t GetTickMaximum() const;
-    std::uint64_t GetTickMinimum() const;
+    std::uint64_t GetTickMaximum() const;     ///< longest duration, in ticks
+    std::uint64_t GetTickMinimum() const;     ///< shortest duration, in ticks
     std::uint64_t GetTickPeriod() const;      ///< ticks per second
     unsigned long GetTickSampleCount() const; ///< length of the duration ring, also when it is dropped
     unsigned long GetTickSampleIndex() const; ///< where the next duration goes; the length stands for 0

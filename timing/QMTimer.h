@@ -14,7 +14,8 @@
 /// stopped otherwise; there is no other state. The elapsed time is therefore 0, up to rounding, until
 /// something moves the end mark.
 ///
-/// **Reports** take two flags: `bStop` ends the interval first, `bRestart` begins a new one afterwards.
+/// **Reports** take two flags: `bStop` ends the interval first, `bRestart` begins a new one afterwards. On a
+/// running stopwatch, without `bStop`, the time is 0.
 ///
 /// **Priority.** A raise (`Start`) is undone by handing back what the raise itself returned, 1 for success
 /// and 0 for failure, and not the priority from before: after a raised measurement the thread is at level 1
@@ -35,6 +36,7 @@ public:
     ///   writes nothing. It is handed to the log as the narrow string it is, under the format "\n%s\n".
     explicit CQMTimer(const char* title);
 
+    /// Copies as assignment does.
     CQMTimer(const CQMTimer&) = default;
 
     /// Copies the marks, the calibration, and the priority that is to be handed back: both stopwatches then
@@ -63,6 +65,7 @@ public:
     /// start to this call, the pause included. On a running stopwatch does nothing.
     void Resume();
 
+    /// @param bStop ends the interval first.
     /// @return the elapsed seconds.
     double GetLapsedTime(bool bStop);
 
@@ -76,6 +79,8 @@ public:
 
     /// Reports to the debugger: ">>> ", the label, " : ", the seconds with five decimals, " sec" and a line
     /// break, cut at 1023 characters.
+    /// @param bStop ends the interval first.
+    /// @param bRestart begins a new one afterwards.
     /// @param label printed as it stands.
     void TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label);
 
