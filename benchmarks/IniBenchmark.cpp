@@ -122,9 +122,10 @@ void PrintTable(const MedianReporter& reporter, const std::vector<IniPeer>& peer
         }
     const double lookup = reporter.Median("sort/lookup");
     const double sort = reporter.Median("sort/ours");
-    std::printf(
-        "\nSorting %zu sections in a 1 MiB file takes as long as %.0f lookups in it (%.0f us, %.1f us).\n",
-        sortedSections, sort / lookup, sort, lookup);
+    if (sort > 0.0 && lookup > 0.0)
+        std::printf("\nSorting %zu sections in a 1 MiB file takes as long as %.0f lookups in it (%.0f us, "
+                    "%.1f us).\n",
+                    sortedSections, sort / lookup, sort, lookup);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Guards the binary interface: what programs that are built already rely on. tests/abi has it on record, as a list of the
-# symbols that the libraries show, and as a description of the types behind those of qmUtility.
+# Guards the binary interface: what programs that are built already rely on. tests/abi has it on record, as a list of
+# the symbols that the libraries show, and as a description of the types behind those of qmUtility.
 #
 #   scripts/abi.sh symbols BUILD      compares the symbols of the libraries in a build folder with the list
 #   scripts/abi.sh types BUILD        compares the types, of a build with debug information
@@ -16,7 +16,7 @@ symbols() {
     do
         echo "== $(basename "$library")"
         nm -DC --defined-only "$library" | cut -c20- | LC_ALL=C sort -u
-    done | sed -E 's/std::__cxx11::basic_string<(char|wchar_t), std::char_traits<\1>, std::allocator<\1> >/std::basic_string<\1>/g'
+    done | sed -E 's/__cxx11::(basic_string<(char|wchar_t)), std::char_traits<\2>, std::allocator<\2> >/\1>/g'
 }
 
 case "${1:-}" in

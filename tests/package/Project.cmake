@@ -2,7 +2,8 @@
 # and compares what that prints at last with output.txt beside it. Digits may differ.
 file(REMOVE_RECURSE "${WORK}")
 file(MAKE_DIRECTORY "${WORK}")
-execute_process(COMMAND "${AWK}" -v "project=${WORK}" -f "${SOURCE_DIR}/tests/docs/Extract.awk" "${SOURCE_DIR}/${DOCUMENT}"
+execute_process(COMMAND
+  "${AWK}" -v "project=${WORK}" -f "${SOURCE_DIR}/tests/docs/Extract.awk" "${SOURCE_DIR}/${DOCUMENT}"
   COMMAND_ERROR_IS_FATAL ANY)
 cmake_path(GET SCRIPT PARENT_PATH folder)
 cmake_path(GET SCRIPT FILENAME script)
