@@ -50,7 +50,7 @@ public:
     CQMFPSCounter();
 
     /// Reads the host's ticks per second and measures the counter's own cost.
-    /// @param type for good.
+    /// @param type the kind, which never changes.
     explicit CQMFPSCounter(eQMFPSType type);
 
     /// Copies all figures and shares the rings.

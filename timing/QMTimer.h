@@ -14,8 +14,7 @@
 /// stopped otherwise; there is no other state. The elapsed time is therefore 0, up to rounding, until
 /// something moves the end mark.
 ///
-/// **Reports** take two flags: `bStop` ends the interval first, `bRestart` begins a new one afterwards. On a
-/// running stopwatch, without `bStop`, the time is 0.
+/// **Reports** take two flags: `bStop` ends the interval first, `bRestart` begins a new one afterwards.
 ///
 /// **Priority.** A raise (`Start`) is undone by handing back what the raise itself returned, 1 for success
 /// and 0 for failure, and not the priority from before: after a raised measurement the thread is at level 1

@@ -8,7 +8,7 @@
 #   ```LANGUAGE FILE       a file of a project that the document describes
 #
 # Prints a source file with one test for each heading that has statements below it. With -v project=FOLDER it
-# writes the project's files instead. Blocks of other kinds are left alone.
+# writes the project's files instead. A block of another kind is an error.
 
 function raw(text) { return "R\"~~(" text ")~~\"" }
 
@@ -63,6 +63,8 @@ in_block && /^```$/ {
         body = body "    Console(" first ", " raw(text) ");\n"
     else if (role == "text debugger")
         body = body "    Debugger(" first ", " raw(text) ");\n"
+    else
+        includes = includes "#error " FILENAME ":" first - 1 ": a fence of an unknown kind: " role "\n"
     next
 }
 

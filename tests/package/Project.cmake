@@ -1,5 +1,5 @@
 # Takes the files of the projects out of a document, runs one of its scripts in the folder that the script stands in,
-# and compares what that prints at last with output.txt beside it. Digits may differ.
+# and compares what that prints at last with output.txt, beside it or at the document's top. Digits may differ.
 file(REMOVE_RECURSE "${WORK}")
 file(MAKE_DIRECTORY "${WORK}")
 execute_process(COMMAND
@@ -12,7 +12,11 @@ file(CREATE_LINK "${SOURCE_DIR}" "${folder}/qmUtility" SYMBOLIC) # "a copy of th
 
 execute_process(COMMAND sh -e "${script}" WORKING_DIRECTORY "${folder}"
   COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE output)
-file(READ "${folder}/output.txt" expected)
+set(expected "${folder}/output.txt")
+if(NOT EXISTS "${expected}")
+  set(expected "${WORK}/output.txt")
+endif()
+file(READ "${expected}" expected)
 string(REGEX REPLACE "[0-9]" "0" output "\n${output}")
 string(REGEX REPLACE "[0-9]" "0" expected "\n${expected}")
 string(LENGTH "${expected}" length)
