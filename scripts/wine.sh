@@ -13,6 +13,9 @@ if [ ! -e "$WINEPREFIX/ready" ]; then
     (
         flock 9
         [ -e "$WINEPREFIX/ready" ] || { wine wineboot --init && wineserver --wait && touch "$WINEPREFIX/ready"; }
-    ) 9>"$build/wine.lock" >&2
+    ) 9>"$build/wine.lock" >/dev/null 2>&1 || { echo "wine: cannot make $WINEPREFIX" >&2; exit 1; }
 fi
+# Brings up Wine's services if they do not run. They outlive the program that starts them, and would keep the output
+# of this one open.
+wine cmd /c exit </dev/null >/dev/null 2>&1
 exec wine "$@"
