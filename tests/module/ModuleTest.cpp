@@ -47,7 +47,7 @@ TEST(Module, IsRegisteredWhileItIsLoaded)
 {
     for (int round = 0; round != 3; ++round) {
         ASSERT_EQ(platform::ExtensionModules(), Modules());
-        const auto library = Open();
+        auto* const library = Open();
         ASSERT_NE(library, nullptr);
         EXPECT_EQ(Open(), library);
 

@@ -12,6 +12,7 @@
 #endif
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -57,7 +58,8 @@ public:
         for (long size = 0; (size = static_cast<long>(read(m_ends[0], bytes.data(), 65536))) > 0;) {
             writes.emplace_back(bytes, 0, static_cast<std::size_t>(size));
 #if defined(_WIN32)
-            std::erase(writes.back(), '\r'); // of the line ends
+            const auto lines = std::count(writes.back().begin(), writes.back().end(), '\n');
+            EXPECT_EQ(std::erase(writes.back(), '\r'), lines) << "line ends are CR LF";
 #endif
         }
         return writes;
