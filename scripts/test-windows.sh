@@ -5,6 +5,7 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh windows
 echo "== windows"
+scripts/wine.sh cmd /c ver # makes the prefix, for which the tests would not wait
 cmake --preset windows >/dev/null
 cmake --build --preset windows
 ctest --preset windows
