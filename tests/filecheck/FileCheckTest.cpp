@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #endif
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <chrono>
