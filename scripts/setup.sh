@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build needs and that are missing here.
 #
-#   scripts/setup.sh [lint] [bench] [docs]
+#   scripts/setup.sh [lint] [bench] [docs] [windows]
 #
-# Without a word: what the library, its tests and its examples need. "lint" adds the checkers of
-# scripts/lint.sh and of the binary interface, "bench" the benchmark library and the peers that the benchmarks
-# compare with, "docs" what makes the reference.
+# Without a word: what the library, its tests and its examples need. "lint" adds the checkers of scripts/lint.sh and of
+# the binary interface, "bench" the benchmark library and the peers that the benchmarks compare with, "docs" what
+# makes the reference, "windows" the cross-compiler for Windows, and Wine to run what it builds.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev libdtl-dev pkg-config)
@@ -14,8 +14,9 @@ for group in "$@"; do
     lint) packages+=(clang-format clang-tidy cppcheck abigail-tools) ;;
     bench) packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
     docs) packages+=(doxygen) ;;
+    windows) packages+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
     *)
-        echo "setup: unknown group '$group' (lint, bench, docs)" >&2
+        echo "setup: unknown group '$group' (lint, bench, docs, windows)" >&2
         exit 2
         ;;
     esac
