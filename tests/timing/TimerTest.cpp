@@ -51,7 +51,9 @@ TEST_F(Timer, MovesItsMarks)
         {stop, {9000}, 6.5},   // moves nothing
         {resume, {9100}, 6.6}, // from the read of that stop
         {start, {9200}, 0},    // begins anew
-        {pause, {10'203}, 1.0},
+        {pause, {10'203}, 1.0},   {start, {10'300}, 0},
+        {stop, {10'301}, -0.002}, // took less than a read costs, which stops it, too
+        {stop, {10'900}, -0.002},
     };
     for (const auto& [move, reads, seconds] : steps) {
         move(At(reads));
