@@ -3,14 +3,12 @@
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #endif
 #include <unistd.h>
 
 #include <chrono>
 #include <functional>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -115,20 +113,6 @@ TEST_F(FileCheck, ModifiedMeansThatTheTimeDiffers)
     EXPECT_EQ(dup(STDIN_FILENO), nextDescriptor) << "a descriptor was left open";
     close(nextDescriptor);
 }
-
-#if !defined(_WIN32)
-TEST_F(FileCheck, AFileThatMayNotBeReadCountsAsDeleted)
-{
-    ASSERT_EQ(chmod(Write("1", "f").c_str(), 0), 0);
-    std::thread([this] {
-        // The bare call, unlike the C library's, leaves the other threads their privileges.
-        ASSERT_TRUE(getuid() != 0 || syscall(SYS_setresuid, 65534, 65534, 65534) == 0);
-        CQMFileCheck file(WidePath("f").c_str());
-        EXPECT_TRUE(file.CheckDeleted());
-        EXPECT_TRUE(file.ApplyChanges());
-    }).join();
-}
-#endif
 
 TEST_F(FileCheck, TheListTellsOfTheFirstModificationForEver)
 {

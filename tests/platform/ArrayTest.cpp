@@ -41,10 +41,11 @@ TEST(Array, GrowsByAnEighthWithinBounds)
     CArray<int> array;
     EXPECT_EQ(array.GetData(), nullptr);
     std::vector<std::ptrdiff_t> moves; // the sizes for which the elements were moved to new storage
+    const int first = 77;
     const auto add = [&](int count) {
         for (int i = 0; i != count; ++i) {
             const int* const before = array.GetData();
-            const std::ptrdiff_t index = array.Add(i == 0 ? 77 : array[0]); // which may move
+            const std::ptrdiff_t index = array.Add(array.GetSize() == 0 ? first : array[0]); // which may move
             EXPECT_EQ(index, array.GetSize() - 1);
             if (array.GetData() != before)
                 moves.push_back(array.GetSize());
@@ -54,7 +55,7 @@ TEST(Array, GrowsByAnEighthWithinBounds)
     EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{1, 2, 6, 10, 14, 18, 22, 26, 30, 34, 38, 42, 47, 52, 58}));
     moves.clear();
     array.SetSize(20'000);
-    EXPECT_EQ(array[59], 77);
+    EXPECT_EQ(array[59], first);
     EXPECT_EQ(array[19'999], 0);
     add(1100);
     EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{20'001, 21'025}));

@@ -24,13 +24,13 @@ TEST_F(Scripted, AMarkersLinesDependOnItsThreeFlags)
          L"debug >>> 5% - Start|times|times|debug >>> 5% - End : 2.50 sec (CPU)|"},
         // With the timer only later nothing was begun: no time has passed, or all that there is.
         {false, true, false, true, false, L"log %s - Start\n5%|debug >>> 5% - End : 0.00 sec|"},
-        {false, true, true, true, false, L"log %s - Start\n5%|times|debug >>> 5% - End : 500.00 sec (CPU)|"},
+        {false, true, true, true, false, L"log %s - Start\n5%|times|debug >>> 5% - End : 502.00 sec (CPU)|"},
         {true, false, true, false, true, L"debug >>> 5% - Start|times|log 5% - End\n|"},
     };
     for (const auto& [timer, console, cpu, timerLater, consoleLater, calls] : cases) {
         script = {};
         script.Counts = {100, 103, 150, 200, 1453}; // 1.25 seconds from the second start to the stop
-        script.ProcessTimes = {{5'000'000'000, 1}, {5'010'000'000, 15'000'001}}; // 2.5 seconds
+        script.ProcessTimes = {{5'000'000'000, 20'000'000}, {5'010'000'000, 35'000'000}}; // 2.5 seconds
         {
             Marker marker(L"5%", timer, console, cpu); // an argument first, then part of the format
             marker.SetUseTimer(timerLater);
