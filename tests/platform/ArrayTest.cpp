@@ -54,11 +54,13 @@ TEST(Array, GrowsByAnEighthWithinBounds)
     add(60);
     EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{1, 2, 6, 10, 14, 18, 22, 26, 30, 34, 38, 42, 47, 52, 58}));
     moves.clear();
+    array.SetSize(90);
+    add(1);
     array.SetSize(20'000);
     EXPECT_EQ(array[59], first);
     EXPECT_EQ(array[19'999], 0);
     add(1100);
-    EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{20'001, 21'025}));
+    EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{91, 20'001, 21'025}));
     array.SetSize(0);
     EXPECT_EQ(array.GetData(), nullptr);
 }

@@ -1,5 +1,6 @@
 #include "platform/Kernel.h"
 
+#include "platform/StandardStream.h"
 #include "tests/support/Capture.h"
 
 #include <gtest/gtest.h>
@@ -92,9 +93,10 @@ TEST(Kernel, ADebuggerEntryIsOneWriteOfUtf8ThatEndsItsLine)
     for (const wchar_t* const text :
          {L">>> a", L"a\nb\n", static_cast<const wchar_t*>(nullptr), L"", odd.c_str()})
         OutputDebugStringW(text);
+    platform::Write(platform::Stream::Error, std::wstring_view(odd).substr(5, 1)); // half a character
     EXPECT_EQ(debugger.Writes(),
               (std::vector<std::string>{">>> a\n", "a\nb\n", "\n",
-                                        "\uFFFDa\uFFFD\uFFFD\uFFFD\U0001F600\U0001F600\n"}));
+                                        "\uFFFDa\uFFFD\uFFFD\uFFFD\U0001F600\U0001F600\n", "\uFFFD"}));
 }
 
 } // namespace
