@@ -85,18 +85,19 @@ TEST(Kernel, ProcessTimesAreThoseOfTheSystemsAccounting)
 
 TEST(Kernel, ADebuggerEntryIsOneWriteOfUtf8ThatEndsItsLine)
 {
-    // Lone surrogates and what lies past the last character; then a smiley as two surrogates and as one.
+    // Lone surrogates and what lies past the last character; then a smiley as two surrogates and as one, and the
+    // last character.
     std::wstring odd;
-    for (const int c : {0xD800, 0x61, 0xDC00, 0x110000, -1, 0xD83D, 0xDE00, 0x1F600})
+    for (const int c : {0xD800, 0x61, 0xDC00, 0x110000, -1, 0xD83D, 0xDE00, 0x1F600, 0xDBFF, 0xDFFF})
         odd += static_cast<wchar_t>(c);
     Capture debugger(STDERR_FILENO);
     for (const wchar_t* const text :
          {L">>> a", L"a\nb\n", static_cast<const wchar_t*>(nullptr), L"", odd.c_str()})
         OutputDebugStringW(text);
     platform::Write(platform::Stream::Error, std::wstring_view(odd).substr(5, 1)); // half a character
-    EXPECT_EQ(debugger.Writes(),
-              (std::vector<std::string>{">>> a\n", "a\nb\n", "\n",
-                                        "\uFFFDa\uFFFD\uFFFD\uFFFD\U0001F600\U0001F600\n", "\uFFFD"}));
+    EXPECT_EQ(debugger.Writes(), (std::vector<std::string>{
+                                     ">>> a\n", "a\nb\n", "\n",
+                                     "\uFFFDa\uFFFD\uFFFD\uFFFD\U0001F600\U0001F600\U0010FFFF\n", "\uFFFD"}));
 }
 
 } // namespace

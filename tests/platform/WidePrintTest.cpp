@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdint>
 #include <locale>
 #include <string>
@@ -29,6 +30,7 @@ TEST(WidePrint, StringsAndCharacters)
     EXPECT_EQ(Printed(L"%-*.*s|", 3, 2, unended), L"ab |");
     EXPECT_EQ(Printed(L"%s %hs %.3s", nullptr, nullptr, nullptr), L"(null) (null) (nu");
     EXPECT_EQ(Printed(nullptr), L"");
+    EXPECT_EQ(Printed(L"%99999s|%*s|", L"x", INT_MIN, L"x").size(), 2 * 65536U);
     const std::wstring text(100'000, L'x'); // is kept whole
     EXPECT_EQ(Printed(L"<%s%5000d>", text.c_str(), 1), L"<" + text + std::wstring(4999, L' ') + L"1>");
 }
@@ -85,6 +87,7 @@ TEST(WidePrint, ABufferIsCutAndAlwaysEnded)
         {6, L"%s", 5, L"12345"},
         {5, L"%s", -1, L"1234"},
         {5, L"%s%.0s", -1, L"1234"},
+        {6, L"%5.0s", 5, L"     "},
         {1, L"%s", -1, L""},
         {6, L"%2147483647s", -1, L"     "},
         {6, L"a%9.4s", -1, L"a    "},
