@@ -42,16 +42,17 @@ TEST_F(Timer, MovesItsMarks)
     const auto pause = [](CQMTimer& timer) { timer.Pause(); };
     const auto resume = [](CQMTimer& timer) { timer.Resume(); };
     const std::tuple<void (*)(CQMTimer&), std::deque<std::int64_t>, double> steps[] = {
-        {stop, {203}, 0},      // took no time at all, and so has not stopped it
-        {resume, {}, 0},       // reads nothing: it runs
-        {stop, {1203}, 1.0},   // stops it
-        {stop, {5000}, 1.0},   // it is stopped already
-        {pause, {6203}, 6.0},  // extends what is stopped
-        {resume, {6703}, 6.5}, // counts the pause, and does not run on
-        {stop, {9000}, 6.5},   // moves nothing
-        {resume, {9100}, 6.6}, // from the read of that stop
-        {start, {9200}, 0},    // begins anew
-        {pause, {10'203}, 1.0},   {start, {10'300}, 0},
+        {stop, {203}, 0},       // took no time at all, and so has not stopped it
+        {resume, {}, 0},        // reads nothing: it runs
+        {stop, {1203}, 1.0},    // stops it
+        {stop, {5000}, 1.0},    // it is stopped already
+        {pause, {6203}, 6.0},   // extends what is stopped
+        {resume, {6703}, 6.5},  // counts the pause, and does not run on
+        {stop, {9000}, 6.5},    // moves nothing
+        {resume, {9100}, 6.6},  // from the read of that stop
+        {start, {9200}, 0},     // begins anew
+        {pause, {10'203}, 1.0}, // ends what runs
+        {start, {10'300}, 0},
         {stop, {10'301}, -0.002}, // took less than a read costs, which stops it, too
         {stop, {10'900}, -0.002},
     };
