@@ -84,7 +84,12 @@ TEST(Array, IsAsItWasWhenAnElementCannotBeCopiedIn)
     {
         explicit Element(bool isBad = false) : IsBad(isBad) {}
         Element(const Element&) = default;
-        Element& operator=(const Element& other) { return other.IsBad ? throw std::bad_alloc() : *this; }
+        Element& operator=(const Element& other) // NOLINT(cert-oop54-cpp): its own value is a good one
+        {
+            if (other.IsBad)
+                throw std::bad_alloc();
+            return *this;
+        }
         bool IsBad;
     };
     CArray<Element> array;
