@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Puts the faults of scripts/mutations.txt into the library, one at a time, and tells which of them the tests do not
-# notice. It works in copies of the tree below build/mutate, one for each processor, under the address and
+# notice. It works in copies of the tree below build/mutate, side by side, under the address and
 # undefined-behaviour sanitizers. Fails when a fault goes unnoticed that is not said to be harmless, or when one does
 # not fit the sources any more.
 #
-#   scripts/mutate.sh [PATH]     only the faults in files whose path holds PATH
+#   scripts/mutate.sh [PATH...]     only the faults in files whose path holds one of these
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -77,7 +77,7 @@ try() {
     : >"$tree.results"
     for ((i = 1 + $1; i <= number; i += workers)); do
         path=${file[i]}
-        [[ $path == *"$filter"* ]] || continue
+        [[ -z $chosen || $path =~ $chosen ]] || continue
         text=$(cat "$path")
         if [[ $text != *"${find[i]}"* || ${text#*"${find[i]}"} == *"${find[i]}"* ]]; then
             show "does not stand there once:" "$i"
@@ -99,9 +99,9 @@ try() {
     done
 }
 
-filter=${1:-}
+chosen=$(IFS='|' && echo "$*")
 flags="-O0 -w -fsanitize=address,undefined -fno-sanitize-recover=all"
-workers=$(nproc)
+workers=$(($(nproc) < 4 ? $(nproc) : 4))
 rm -f "$work"/*.results
 for ((worker = 0; worker != workers; ++worker)); do
     try "$worker" &
