@@ -73,7 +73,8 @@ TEST_F(WindowsFile, AFileThatIsLockedAgainstReadingCountsAsDeleted)
 {
     Write("x", "f");
     CQMFileCheck file(WidePath("f").c_str());
-    void* const lock = CreateFileW(WidePath("f").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    void* const lock =
+        CreateFileW(WidePath("f").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_TRUE(file.CheckDeleted());
     EXPECT_FALSE(file.CheckModified());
     CloseHandle(lock);
