@@ -41,8 +41,6 @@ public:
     /// @throws std::runtime_error when they, or the frame log, cannot be had
     explicit Application(const Options& options);
 
-    const Settings& CurrentSettings() const { return m_settings; }
-
     /// Draws frames, one at least, as long as `goOn` returns true, which is asked after each. Changes of the
     /// settings file are taken over meanwhile.
     Statistics Run(const std::function<bool(const CQMFPSCounter&)>& goOn);

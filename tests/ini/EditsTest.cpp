@@ -5,8 +5,7 @@
 
 namespace {
 
-/// What an edit of a file returns and leaves behind. `After` is the file, byte for byte; where the edit is
-/// one of both widths, `WideEdit` and `WideAfter` are the wide one's.
+/// What an edit of a file returns and leaves behind: `After` is the file, byte for byte.
 struct Case
 {
     std::string Before;
@@ -56,9 +55,7 @@ TEST_F(Edits, SetAValue)
         {";[S]\na=1\n[S]\n", Set("b", "2", "S"), true, ";[S]\n b=2\n a=1\n [S]\n"},
         {"k=1\nl=2\n[S]\n", Set("n", "3", ""), true, " k=1\n n=3\n l=2\n [S]\n"},
         {"[S]\n", Set("n", "3", ""), true, " [S]\n []\n n=3\n"},
-        {"[S]\na=1\n", Set("A", "2", "S"), true, " [S]\n A=2\n a=1\n"},
-        {"[S]\n", Set("", "2", "S"), true,
-         " [S]\n"}, // an empty key is the header's, which has no value to write
+        {"[S]\n", Set("", "2", "S"), true, " [S]\n"}, // the header's key, which has no value to write
         {"", Set("a", "1", "S"), true, " [S]\n a=1\n"},
         // What reading drops, a rewrite loses.
         {"\n  [S]  tail\n\n; c\r\n\n a = 1 \r\njunk\n; lost\nlast=1", Set("a ", " 2", "S"), true,
@@ -74,9 +71,8 @@ TEST_F(Edits, SetAValueInTheWideForm)
          "k=0\n;s\n[S]\na=2\n#b=2\n;t\n\n;[T]\n\n[U]\n"},
         {"[S]\na=1\n", SetWide(L"b", L"2", L"S"), true, "[S]\nb=2\na=1\n"},
         {"[S]\na=1\n", SetWide(L"x", L"9", L"N"), true, "[S]\na=1\n\n[N]\nx=9\n"},
-        {"[S]\na=1\n[Broken]\n", SetWide(L"a", std::wstring(L"\u20AC\u0100!") + wchar_t(-1), L"S"), true,
-         "[S]\na=?"
-         "?!?\n\n[Broken]\n"},
+        {"[S]\na=1\n[T]\n", SetWide(L"a", std::wstring(L"\u20AC\u0100!") + wchar_t(-1), L"S"), true,
+         "[S]\na=?\?!?\n\n[T]\n"},
     });
 }
 
@@ -89,16 +85,13 @@ TEST_F(Edits, AddDeleteAndRename)
     Check({
         {"[A]\na=1\n", add("B"), true, " [A]\n a=1\n [B]\n"},
         {"[A]\na=1\n", add("A"), true, " [A]\n a=1\n [A]\n"},
-        {"", add(""), true, " []\n"},
         {"[S]\nx=1\n;c\nx=2\n", drop("x", "S"), true, " [S]\n;c\n x=2\n"},
         {"[S]\n;c\n#x=1\ny=2\n", drop("x", "S"), true, " [S]\n y=2\n"},
         {"[S]\nx=1\n[T]\n", drop("x", "T"), false, "[S]\nx=1\n[T]\n"}, // not rewritten
-        {"[S]\nx=1\n", drop("X", "S"), false, "[S]\nx=1\n"},
         {"[R]\n[S]\nx=1\n[S]\n", drop("", "S"), true, " [R]\n x=1\n [S]\n"},
         {";c\n[S]\n#x=1\n[T]\n;d\ny=1\n;[S]\nz=1\n", dropAll("S"), true, " [T]\n;d\n y=1\n"},
         {"[T]\n", dropAll("S"), true, " [T]\n"}, // rewritten all the same
         {"[A]\na=1\n[B]\n;[A]\n#b=1\n", rename("A", "C"), true, " [C]\n a=1\n [B]\n;[C]\n#b=1\n"},
-        {"[A]\n[B]\n", rename("A", "B"), true, " [B]\n [B]\n"},
         {"[A]\n", rename("X", "Y"), true, " [A]\n"},
     });
 }
@@ -113,17 +106,13 @@ TEST_F(Edits, CommentOutAndRestore)
         {"[S]\n;c\nk=1\nk=2\n", comment(INIParser::Hash, "k", "S"), true, " [S]\n;c\n#k=1\n k=2\n"},
         {"[S]\n#k=1\n", comment(INIParser::Semicolon, "k", "S"), true, " [S]\n;k=1\n"},
         {"[S]\nk=1\n", comment(INIParser::Hash, "", "S"), true, "#[S]\n k=1\n"},
-        {"[S]\nk=1\n", comment(INIParser::Hash, "k", "T"), false, "[S]\nk=1\n"},
         {"[S]\n#k=1\n;k=2\n", restore("k", "S"), true, " [S]\n k=1\n;k=2\n"},
-        {"[S]\nk=1\n", restore("k", "S"), true, " [S]\n k=1\n"},
         {"[S]\n#k=1\n[T]\n", restore("k", "T"), false, "[S]\n#k=1\n[T]\n"},
         {"[S]\nk=1\n[T]\nt=1\n[S]\n#l=1\n", commentAll(';', "S"), true,
          ";[S]\n;k=1\n [T]\n t=1\n;[S]\n;l=1\n"},
         {"k=1\n[S]\n", commentAll('#', ""), true, "#k=1\n [S]\n"},
         {"[S]\n", commentAll('!', "S"), true, "![S]\n"}, // any character is written
-        {"[S]\n", commentAll(';', "T"), true, " [S]\n"},
         {";[S]\n#k=1\n;[T]\n", restoreAll("S"), true, " [S]\n k=1\n;[T]\n"},
-        {"[S]\n", restoreAll("T"), true, " [S]\n"},
     });
 }
 
@@ -133,11 +122,9 @@ TEST_F(Edits, ReplaceComments)
     constexpr auto noteSection = editBy(INIParser::SetSectionComments);
     Check({
         {"[S]\n;old\nk=1\nk=2\n", note("; a", "k", "S"), true, " [S]\n; a\n k=1\n k=2\n"},
-        {"[S]\n#k=1\n", note("; a\n", "k", "S"), true,
-         " [S]\n; a\n\n#k=1\n"},                                    // ends in a line break, gets another
-        {"[S]\nk=1\n", note("#", "k", "S"), true, " [S]\n# k=1\n"}, // too short to get one
+        {"[S]\n#k=1\n", note("; a\n", "k", "S"), true, " [S]\n; a\n\n#k=1\n"}, // gets another line break
+        {"[S]\nk=1\n", note("#", "k", "S"), true, " [S]\n# k=1\n"},            // too short to get one
         {"[S]\n;old\nk=1\n", note("", "k", "S"), true, " [S]\n k=1\n"},
-        {"[S]\nk=1\n", note("; a", "l", "S"), false, "[S]\nk=1\n"},
         {"k=1\n;old\n;[S]\n[S]\n", noteSection("; a\n; b", "S"), true, " k=1\n; a\n; b\n;[S]\n [S]\n"},
         {"k=1\n[S]\n", noteSection("; a", ""), false, "k=1\n[S]\n"}, // keys, but no header
     });

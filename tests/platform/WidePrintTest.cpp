@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdint>
 #include <locale>
 #include <string>
@@ -35,6 +36,7 @@ TEST(WidePrint, StringsAndCharacters)
     EXPECT_EQ(Printed(L"%-*.*s|", 3, 2, unended), L"ab |");
     EXPECT_EQ(Printed(L"%s %hs %.3s", nullptr, nullptr, nullptr), L"(null) (null) (nu");
     EXPECT_EQ(Printed(nullptr), L"");
+    EXPECT_EQ(Printed(L"%99999s|%*s|", L"x", INT_MIN, L"x").size(), 2 * 65536U);
     const std::wstring text(100'000, L'x'); // is kept whole
     EXPECT_EQ(Printed(L"<%s%5000d>", text.c_str(), 1), L"<" + text + std::wstring(4999, L' ') + L"1>");
 }
@@ -70,7 +72,9 @@ TEST(WidePrint, Numbers)
     EXPECT_EQ(Printed(L"%#x %X %o %*d", 255, 255, 8, 3, 1), L"0xff FF 10   1");
     EXPECT_EQ(Printed(L"%.2f|%.5lf|%8.1f|%g|%e|%.1Lf", 1.005, 0.25, -2.25, 1e-7, 1.0, 2.5L),
               L"1.00|0.25000|    -2.2|1e-07|1.000000e+00|2.5");
-    EXPECT_EQ(Printed(L"%.200f", 0.0), L"0." + std::wstring(200, L'0'));
+    for (const int digits : {125, 126, 200}) // past the buffer that most numbers fit
+        EXPECT_EQ(Printed(L"%.*f", digits, 0.0),
+                  L"0." + std::wstring(static_cast<std::size_t>(digits), L'0'));
 }
 
 TEST(WidePrint, NothingIsStoredAndWhatIsNoDirectiveStaysAsItIs)
@@ -88,6 +92,8 @@ TEST(WidePrint, ABufferIsCutAndAlwaysEnded)
     const std::tuple<std::size_t, const wchar_t*, std::ptrdiff_t, const wchar_t*> cases[] = {
         {6, L"%s", 5, L"12345"},
         {5, L"%s", -1, L"1234"},
+        {5, L"%s%.0s", -1, L"1234"},
+        {6, L"%5.0s", 5, L"     "},
         {1, L"%s", -1, L""},
         {6, L"%2147483647s", -1, L"     "},
         {6, L"a%9.4s", -1, L"a    "},
@@ -98,7 +104,7 @@ TEST(WidePrint, ABufferIsCutAndAlwaysEnded)
     };
     for (const auto& [capacity, format, result, text] : cases) {
         std::wstring buffer(8, L'#');
-        EXPECT_EQ(platform::Print(buffer.data(), capacity, format, L"12345"), result) << format;
+        EXPECT_EQ(platform::Print(buffer.data(), capacity, format, L"12345", L""), result) << format;
         EXPECT_STREQ(buffer.c_str(), text) << format;
         EXPECT_EQ(buffer[capacity], L'#') << format;
     }

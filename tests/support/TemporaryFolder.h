@@ -23,6 +23,7 @@ protected:
     ~TemporaryFolder() override { std::filesystem::remove_all(m_folder); }
 
     std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+    std::wstring WidePath(const std::string& name) const { return (m_folder / name).wstring(); }
 
     /// Writes a file as text and returns its path.
     std::string Write(const std::string& text, const std::string& name = "test.ini") const

@@ -9,8 +9,6 @@ namespace {
 class WindowsFile : public TemporaryFolder
 {
 protected:
-    std::wstring Wide(const std::string& name) const { return std::filesystem::path(Path(name)).wstring(); }
-
     static void SetTimes(const std::wstring& path, const FILETIME& access, const FILETIME& modification)
     {
         void* const file =
@@ -30,7 +28,7 @@ FILETIME Time(std::int64_t units)
 TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem)
 {
     Write("12345", "f");
-    const std::wstring path = Wide("f");
+    const std::wstring path = WidePath("f");
     constexpr std::int64_t second = 10'000'000;
     SetTimes(path, Time(1'000'000'000 * second + 1), Time(2'000'000'000 * second + 9'999'999));
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
@@ -45,17 +43,17 @@ TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem)
     EXPECT_EQ(status.m_szFullName, path);
 
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_FALSE(CFile::GetStatus(Wide("none").c_str(), status));
+    EXPECT_FALSE(CFile::GetStatus(WidePath("none").c_str(), status));
     EXPECT_EQ(status.m_szFullName, path) << "it was left as it was";
     ASSERT_TRUE(CFile::GetStatus(path.c_str(), status));
     EXPECT_EQ(status.m_attribute & ~FILE_ATTRIBUTE_ARCHIVE, CFile::normal);
-    ASSERT_TRUE(CFile::GetStatus(Wide("").c_str(), status));
+    ASSERT_TRUE(CFile::GetStatus(WidePath("").c_str(), status));
     EXPECT_EQ(status.m_attribute, CFile::directory);
 }
 
 TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedToThe100Nanoseconds)
 {
-    const std::wstring path = Wide("") + L"\u0416 \u20AC \U0001F600";
+    const std::wstring path = WidePath("") + L"\u0416 \u20AC \U0001F600";
     std::filesystem::rename(Write("x", "f"), path);
     CQMFileCheck file((L" " + path + L" ").c_str());
     EXPECT_FALSE(file.CheckDeleted());
@@ -74,8 +72,9 @@ TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedToThe100Nanoseconds)
 TEST_F(WindowsFile, AFileThatIsLockedAgainstReadingCountsAsDeleted)
 {
     Write("x", "f");
-    CQMFileCheck file(Wide("f").c_str());
-    void* const lock = CreateFileW(Wide("f").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    CQMFileCheck file(WidePath("f").c_str());
+    void* const lock =
+        CreateFileW(WidePath("f").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_TRUE(file.CheckDeleted());
     EXPECT_FALSE(file.CheckModified());
     CloseHandle(lock);
