@@ -29,13 +29,15 @@ auto WriteBytes(int descriptor, std::string_view bytes)
 void Write(Stream stream, std::wstring_view text)
 {
     const std::string bytes = ToUtf8(text);
+    const int before = errno;
     for (std::string_view left = bytes; !left.empty();) {
         const auto written = WriteBytes(static_cast<int>(stream), left);
         if (written > 0)
             left.remove_prefix(static_cast<std::size_t>(written));
         else if (written == 0 || errno != EINTR)
-            return;
+            break;
     }
+    errno = before;
 }
 
 } // namespace platform

@@ -9,17 +9,18 @@
 /// |------------------------------|--------------------------------------------------------------------|
 /// | `%%`                         | none; prints a percent sign                                        |
 /// | `%s`, `%ls`, `%ws`, `%lS`    | wide string                                                        |
-/// | `%hs`, `%S`                  | narrow string: UTF-8, each other byte the character of its value   |
+/// | `%hs`, `%hhs`, `%S`          | narrow string: UTF-8, each other byte the character of its value   |
 /// | `%c`, `%lc`, `%wc`           | `wchar_t`                                                          |
-/// | `%hc`, `%C`                  | `char`, as in a narrow string                                      |
+/// | `%hc`, `%hhc`, `%C`          | `char`, as in a narrow string                                      |
 /// | `%d %i %u %o %x %X`          | `int`, or as `hh h l ll j z t I I32 I64` say; `I` is `size_t` wide |
 /// | `%e %f %g %a`, upper case    | `double`, `long double` with `L`; the locale's decimal point       |
 /// | `%p`                         | pointer, printed as `%#llx`                                        |
 /// | `%n`                         | pointer, which is passed over: nothing is stored, nothing printed  |
 ///
 /// Flags `- + # 0` and blank, width and precision are the usual ones, `*` included; the precision of a string
-/// counts the `wchar_t` printed. A width, and the precision of a number, count up to 65535. A null string prints as "(null)", a null format as nothing. Anything else
-/// after a percent sign, the end of the format included, is printed as it stands.
+/// counts the `wchar_t` printed. A width, and the precision of a number, count up to 65535. A null string prints
+/// as "(null)", a null format as nothing. Anything else after a percent sign, the end of the format included, is
+/// printed as it stands.
 
 #include "platform/Export.h"
 

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build needs and that are missing here.
 #
-#   scripts/setup.sh [lint] [bench]
+#   scripts/setup.sh [lint] [bench] [fuzz] [coverage]
 #
 # Without a word: what the library, its tests and its examples need. "lint" adds the checkers of
-# scripts/lint.sh, "bench" the benchmark library and the peers that the benchmarks compare with.
+# scripts/lint.sh, "bench" the benchmark library and the peers that the benchmarks compare with, "fuzz" the
+# compiler that makes the fuzzers, "coverage" the reporter of scripts/coverage.sh.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev libdtl-dev)
@@ -12,8 +13,10 @@ for group in "$@"; do
     case "$group" in
     lint) packages+=(clang-format clang-tidy cppcheck) ;;
     bench) packages+=(libbenchmark-dev pkg-config libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
+    fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
+    coverage) packages+=(gcovr) ;;
     *)
-        echo "setup: unknown group '$group' (lint, bench)" >&2
+        echo "setup: unknown group '$group' (lint, bench, fuzz, coverage)" >&2
         exit 2
         ;;
     esac
