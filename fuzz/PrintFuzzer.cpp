@@ -130,7 +130,8 @@ void CheckInteger(FuzzedDataProvider& data, const Start& start)
 
 void CheckText(FuzzedDataProvider& data, const Start& start)
 {
-    const std::string narrow = data.ConsumeRandomLengthString(64);
+    std::string narrow = data.ConsumeRandomLengthString(64);
+    std::replace(narrow.begin(), narrow.end(), '\0', ' ');
     std::wstring wide = model::Widen<wchar_t>(narrow);
     for (wchar_t& c : wide)
         if (c >= 0xF0)
@@ -138,7 +139,7 @@ void CheckText(FuzzedDataProvider& data, const Start& start)
     const auto* const character = narrow.c_str();
     start.Check({data.PickValueInArray({L"s", L"ls", L"ws", L"lS"}), L"ls"}, wide.c_str());
     start.CheckAs({data.PickValueInArray({L"hs", L"hhs", L"S"}), L"ls"}, narrow.c_str(),
-                  FromUtf8(narrow.c_str()).c_str());
+                  FromUtf8(narrow).c_str());
     start.CheckAs({data.PickValueInArray({L"hc", L"hhc", L"C"}), L"lc"}, static_cast<int>(*character),
                   static_cast<unsigned>(static_cast<unsigned char>(*character)));
     start.Check({data.PickValueInArray({L"c", L"lc", L"wc"}), L"lc"}, static_cast<unsigned>(wide.c_str()[0]));

@@ -11,7 +11,7 @@ set -euo pipefail
 packages=(g++ cmake ninja-build libgtest-dev libdtl-dev)
 for group in "$@"; do
     case "$group" in
-    lint) packages+=(clang-format clang-tidy cppcheck) ;;
+    lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
     bench) packages+=(libbenchmark-dev pkg-config libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
     fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;

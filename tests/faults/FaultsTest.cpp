@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <codecvt>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -286,7 +285,7 @@ protected:
                 isAsDocumented = after == m_text && call != "write";
             else if (call == "write") // is not noticed, and what has been written stays
                 isAsDocumented = result == good && edited.compare(0, after.size(), after) == 0;
-            else if (operation.Name == std::string("Sort") && (call == "open" || call == "read"))
+            else if (operation.Name == std::string("Sort") && call != "close")
                 isAsDocumented = result == good && LacksKeysOnly(after, edited);
             else
                 isAsDocumented = result == good && after == edited && call != New;
@@ -302,9 +301,9 @@ protected:
     {
         std::istringstream lines(text);
         std::size_t at = 0;
-        for (std::string line; std::getline(lines, line) && at != whole.npos;)
+        for (std::string line; std::getline(lines, line) && at != std::string::npos;)
             at = whole.find(line + '\n', at);
-        return at != whole.npos &&
+        return at != std::string::npos &&
                std::count(text.begin(), text.end(), '[') == std::count(whole.begin(), whole.end(), '[');
     }
 
@@ -345,16 +344,13 @@ TEST_F(Faults, EachCallOfEachOperationFails)
 {
     const int nextDescriptor = NextDescriptor();
     int points = 0;
-    const std::locale utf8(std::locale::classic(), new std::codecvt_utf8<wchar_t>);
-    for (const std::locale& locale : {std::locale::classic(), utf8}) {
-        const std::locale before = std::locale::global(locale);
-        for (const bool all : {false, true}) {
-            areAllToFail = all;
-            for (const Operation& operation : operations)
-                points += FailEach(operation);
-            for (const Operation& operation : statusOperations)
-                points += FailEach(operation);
-        }
+    for (const auto& [all, locale] : {std::pair(false, "C"), {true, "C"}, {false, "C.UTF-8"}}) {
+        const std::locale before = std::locale::global(std::locale(locale));
+        areAllToFail = all;
+        for (const Operation& operation : operations)
+            points += FailEach(operation);
+        for (const Operation& operation : statusOperations)
+            points += FailEach(operation);
         std::locale::global(before);
     }
     EXPECT_EQ(NextDescriptor(), nextDescriptor) << "a descriptor was left open";
@@ -404,7 +400,7 @@ TEST_F(Faults, TheSystemRefuses)
              return Outcome{good.first, m_text}; // since it was not this file that was opened
          }},
     };
-    std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_NE(std::signal(SIGXFSZ, SIG_IGN), SIG_ERR);
     for (const auto& [name, under, expected] : conditions)
         for (const Operation& operation : operations) {
             SCOPED_TRACE(name);
