@@ -335,8 +335,13 @@ protected:
         return next;
     }
 
-    const std::string m_text =
-        "above=1\n; note\n[S]\nk=1\n#l=" + std::string(110'000, 'v') + "\n[T]\nm=1\n[S]\nk=3\n";
+    /// @return a text with a value of this length.
+    static std::string TextWith(std::size_t length)
+    {
+        return "above=1\n; note\n[S]\nk=1\n#l=" + std::string(length, 'v') + "\n[T]\nm=1\n[S]\nk=3\n";
+    }
+
+    std::string m_text = TextWith(10);
     const std::string m_path = Path("test.ini");
 };
 
@@ -344,9 +349,16 @@ TEST_F(Faults, EachCallOfEachOperationFails)
 {
     const int nextDescriptor = NextDescriptor();
     int points = 0;
-    for (const auto& [all, locale] : {std::pair(false, "C"), {true, "C"}, {false, "C.UTF-8"}}) {
+    struct
+    {
+        bool All;
+        const char* Locale;
+        std::size_t Length; ///< the last of them takes several reads, and writes past the buffer
+    } const rounds[] = {{false, "C", 10}, {true, "C", 10}, {false, "C.UTF-8", 10}, {false, "C", 110'000}};
+    for (const auto& [all, locale, length] : rounds) {
         const std::locale before = std::locale::global(std::locale(locale));
         areAllToFail = all;
+        m_text = TextWith(length);
         for (const Operation& operation : operations)
             points += FailEach(operation);
         for (const Operation& operation : statusOperations)
