@@ -78,7 +78,7 @@ public:
         const bool isText = std::wcspbrk(name.Ours, L"sScC") != nullptr;
         const int precision = isText ? m_precision : std::min(m_precision, 65535);
         const std::wstring asked = L"%" + Flags(name) + L"*.*" + name.Standard;
-        std::array<wchar_t, 140'000> expected;
+        static std::array<wchar_t, 70'000> expected;
         const int size = std::swprintf(expected.data(), expected.size(), asked.c_str(),
                                        std::clamp(m_width, -65535, 65535), precision, standard);
         Require(size >= 0, "the C library prints");
