@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -80,9 +81,18 @@ std::string Trimmed(const std::string& text)
 void RequireReadable(const std::string& file)
 {
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(file, ignored) || CQMFileCheck(Wide(file)).CheckDeleted())
-        throw std::runtime_error(
-            file + (std::filesystem::exists(file, ignored) ? " cannot be read" : " does not exist"));
+    if (!std::filesystem::exists(file, ignored))
+        throw std::runtime_error(file + " does not exist");
+    if (!std::filesystem::is_regular_file(file, ignored) || !std::ifstream(file))
+        throw std::runtime_error(file + " cannot be read");
+    if (CQMFileCheck(Wide(file)).CheckDeleted()) // it trims blanks, and takes a backslash for a separator
+        throw std::runtime_error(file + " cannot be watched under this name");
+}
+
+bool EndsInsideALine(const std::string& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return stream.seekg(-1, std::ios::end) && stream.peek() != '\n';
 }
 
 } // namespace
@@ -104,6 +114,8 @@ try {
             problems.push_back(std::string(setting.key) + " is \"" + value + "\" and not " + setting.allowed +
                                ", " + setting.get(settings) + " is used");
     }
+    if (EndsInsideALine(file))
+        problems.emplace_back("the last line has no line end: it is not read, and lost when the host ends");
     return settings;
 } catch (const std::out_of_range&) { // so the library reports it
     throw std::runtime_error(file + " has a section header without \"]\"");

@@ -76,6 +76,8 @@ TEST_F(HostExample, ReadsSettings)
          "t 60 12 console; FrameLimit is \"1001\" and not a whole number from 0 to 1000, 60 is used; "
          "Workload is \"5x\" and not a whole number from 1 to 1000, 12 is used; "
          "Sink is \"Console\" and not \"console\" or \"debugger\", console is used"},
+        {"[Frames]\nWorkload=7\nFrameLimit=50", "qmUtility example host 60 7 console; the last line has no "
+                                                "line end: it is not read, and lost when the host ends"},
     };
     for (const auto& [text, expected] : cases) {
         Lines problems;
