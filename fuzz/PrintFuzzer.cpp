@@ -96,7 +96,7 @@ public:
 private:
     static int Number(FuzzedDataProvider& data)
     {
-        switch (data.ConsumeIntegralInRange(0, 9)) {
+        switch (data.ConsumeIntegralInRange(0, 99)) {
         case 0:
             return -1;
         case 1:
