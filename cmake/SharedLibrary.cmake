@@ -16,6 +16,10 @@ function(qm_shared_library target)
     VISIBILITY_INLINES_HIDDEN ON
     VERIFY_INTERFACE_HEADER_SETS ${PROJECT_IS_TOP_LEVEL})
 
+  if(WIN32)
+    set_target_properties(${target} PROPERTIES PREFIX "") # MinGW's would be "lib"
+  endif()
+
   # Hidden visibility leaves one thing in the dynamic symbol table: what the standard library's templates make
   # in our sources. The version script keeps it in. Our libraries find one another in their own folder.
   if(CMAKE_SYSTEM_NAME STREQUAL "Linux")

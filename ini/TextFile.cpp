@@ -26,26 +26,31 @@ std::optional<std::filesystem::path> NativePath(const std::wstring& path)
 /// Opens nothing for a path that the system could not take as it is: it would end it at a NUL, and open
 /// another file.
 template <class Stream>
-void OpenFile(Stream& file, const std::string& path)
+void OpenFile(Stream& file, const std::string& path, std::ios::openmode mode)
 {
     if (path.find('\0') == std::string::npos)
-        file.open(path);
+        file.open(path, mode);
 }
 
 template <class Stream>
-void OpenFile(Stream& file, const std::wstring& path)
+void OpenFile(Stream& file, const std::wstring& path, std::ios::openmode mode)
 {
     const auto native = NativePath(path);
     if (native && path.find(L'\0') == std::wstring::npos)
-        file.open(*native);
+        file.open(*native, mode);
 }
+
+// In text mode Windows would take a Ctrl-Z for the end of the file, and an edit would lose what comes after it.
+// The carriage returns that text mode would take away are trimmed with the lines.
+constexpr auto reading = std::ios::in | std::ios::binary;
+constexpr auto writing = std::ios::out; // as text
 
 } // namespace
 
-void Open(std::ifstream& file, const std::string& path) { OpenFile(file, path); }
-void Open(std::ifstream& file, const std::wstring& path) { OpenFile(file, path); }
-void Open(std::ofstream& file, const std::string& path) { OpenFile(file, path); }
-void Open(std::ofstream& file, const std::wstring& path) { OpenFile(file, path); }
+void Open(std::ifstream& file, const std::string& path) { OpenFile(file, path, reading); }
+void Open(std::ifstream& file, const std::wstring& path) { OpenFile(file, path, reading); }
+void Open(std::ofstream& file, const std::string& path) { OpenFile(file, path, writing); }
+void Open(std::ofstream& file, const std::wstring& path) { OpenFile(file, path, writing); }
 
 std::optional<Bytes> ReadWhole(std::ifstream& file)
 {
@@ -104,8 +109,9 @@ void Encoding::Write(std::ostream& out, std::wstring_view text)
         const wchar_t* const before = from;
         if (BytesAreCharacters()) {
             from += std::min(end - from, std::ssize(buffer));
-            std::transform(before, from, buffer.begin(),
-                           [](wchar_t c) { return c >= 0 && c <= 0xFF ? static_cast<char>(c) : '?'; });
+            std::transform(before, from, buffer.begin(), [](wchar_t c) {
+                return static_cast<char32_t>(c) <= 0xFF ? static_cast<char>(c) : '?';
+            });
             out.write(buffer.data(), from - before);
             continue;
         }

@@ -14,8 +14,8 @@
 
 namespace ini {
 
-/// Opens a file in the stream's own mode; the stream stays closed when that fails, and for a path with a NUL,
-/// which would name another file. A wide path is passed on as UTF-8 where the system's paths are bytes,
+/// Opens a file for reading, with all its bytes, or for writing text, emptied. The stream stays closed when that
+/// fails, and for a path with a NUL, which would name another file. A wide path is passed on as UTF-8 where the system's paths are bytes,
 /// whatever the locale, and opens nothing when it is not valid Unicode.
 void Open(std::ifstream& file, const std::string& path);
 void Open(std::ifstream& file, const std::wstring& path);

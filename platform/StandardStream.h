@@ -16,7 +16,8 @@ enum class Stream
     Error = 2,
 };
 
-/// Writes a text as UTF-8, whatever the locale, with one write, so that the texts of several threads do not
+/// Writes a text as UTF-8, on Windows with CR LF for line breaks and to a console as it is, whatever the locale
+/// and the code page, with one write, so that the texts of several threads do not
 /// mix, as far as the system keeps one write together (on a pipe, 4096 bytes). What is not a Unicode character
 /// becomes U+FFFD. The C library's buffer is passed by: a program that also prints to the stream through that
 /// flushes first. Only what a write has left over, or a signal has interrupted, is written again; on any other

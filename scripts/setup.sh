@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build needs and that are missing here.
 #
-#   scripts/setup.sh [lint] [bench] [fuzz] [coverage]
+#   scripts/setup.sh [lint] [bench] [windows] [fuzz] [coverage]
 #
 # Without a word: what the library, its tests and its examples need. "lint" adds the checkers of
-# scripts/lint.sh, "bench" the benchmark library and the peers that the benchmarks compare with, "fuzz" the
-# compiler that makes the fuzzers, "coverage" the reporter of scripts/coverage.sh.
+# scripts/lint.sh, "bench" the benchmark library and the peers that the benchmarks compare with, "windows" the
+# cross-compiler for Windows, and Wine to run what it builds, "fuzz" the compiler that makes the fuzzers, "coverage"
+# the reporter of scripts/coverage.sh.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev libdtl-dev)
@@ -13,10 +14,11 @@ for group in "$@"; do
     case "$group" in
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
     bench) packages+=(libbenchmark-dev pkg-config libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
+    windows) packages+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
     fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
     *)
-        echo "setup: unknown group '$group' (lint, bench, fuzz, coverage)" >&2
+        echo "setup: unknown group '$group' (lint, bench, windows, fuzz, coverage)" >&2
         exit 2
         ;;
     esac

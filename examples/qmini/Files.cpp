@@ -13,7 +13,7 @@ namespace qmini {
 
 std::string ReadFile(const std::string& file)
 {
-    std::ifstream in(file, std::ios::binary);
+    std::ifstream in(file);
     std::string content;
     std::array<char, 4096> block;
     while (in.read(block.data(), block.size()), in.gcount() > 0)
@@ -36,7 +36,7 @@ try {
         m_folder = fs::temp_directory_path() / ("qmini-" + std::to_string(random()));
     while (!fs::create_directory(m_folder)); // false when someone else has a folder of that name
     fs::permissions(m_folder, fs::perms::owner_all);
-    std::ofstream copy(Path(), std::ios::binary);
+    std::ofstream copy(Path());
     copy << content << std::flush;
     if (!copy) {
         fs::remove_all(m_folder);

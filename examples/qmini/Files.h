@@ -28,7 +28,7 @@ private:
     ExitCode m_code;
 };
 
-/// @return the file's bytes
+/// @return the file's text
 /// @throws Failure when the file cannot be read
 std::string ReadFile(const std::string& file);
 

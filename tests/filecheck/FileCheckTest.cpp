@@ -1,8 +1,10 @@
 #include "filecheck/QMFileCheckAPI.h"
 #include "tests/support/TemporaryFolder.h"
 
+#if !defined(_WIN32)
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#endif
 #include <unistd.h>
 
 #include <chrono>
@@ -34,8 +36,16 @@ protected:
     std::wstring Wide(const std::string& name) const { return std::filesystem::path(Path(name)).wstring(); }
     CQMFileCheck Checked(const std::string& name) const { return CQMFileCheck(Wide(name).c_str()); }
 
+    /// Writes a file that was last modified at a whole second; on Windows the C++ library sets no other time.
+    std::string Write(const std::string& text, const std::string& name) const
+    {
+        const auto time = std::filesystem::last_write_time(TemporaryFolder::Write(text, name));
+        std::filesystem::last_write_time(Path(name), std::chrono::floor<std::chrono::seconds>(time));
+        return Path(name);
+    }
+
     /// Moves the time of the last modification.
-    void Touch(const std::string& name, std::chrono::nanoseconds by = 1ns) const
+    void Touch(const std::string& name, std::chrono::seconds by = 1s) const
     {
         const auto time = std::filesystem::last_write_time(Path(name));
         std::filesystem::last_write_time(Path(name), time + by);
@@ -69,15 +79,19 @@ TEST_F(FileCheck, ModifiedMeansThatTheTimeDiffers)
     const std::string path = Path("f");
     const auto nothing = [] {};
     const auto write = [this] { Write("1", "f"); };
-    const auto remove = [&] { fs::remove(path); };
+    const auto remove = [&] {
+        std::error_code ignored;
+        fs::permissions(path, fs::perms::owner_all, ignored); // Windows keeps what may not be written
+        fs::remove(path);
+    };
     const auto touch = [this] { Touch("f"); };
     const auto writeAtZero = [&] {
         fs::last_write_time(Write("1", "f"), std::chrono::file_clock::from_sys(std::chrono::sys_seconds()));
     };
     const auto changeAllButTheTime = [&] {
         const auto time = fs::last_write_time(path);
-        chmod(Write("12", "f").c_str(), 0444);
-        fs::last_write_time(path, time);
+        fs::last_write_time(Write("12", "f"), time);
+        fs::permissions(path, fs::perms::owner_read);
     };
     struct
     {
@@ -95,10 +109,12 @@ TEST_F(FileCheck, ModifiedMeansThatTheTimeDiffers)
         {"gone, and modified in 1970", writeAtZero, remove, false, true, false},
         {"still absent", nothing, nothing, false, true, false},
         {"appeared", nothing, write, true, false, true},
+#if !defined(_WIN32) // where a folder's time cannot be set so
         {"folder", [&] { fs::create_directory(path); }, touch, true, true, true},
         {"dangling link", [&] { fs::create_symlink("nothing", path); }, nothing, false, true, false},
         {"link", [&] { fs::create_symlink(Write("1", "g"), path); }, touch, true, false, true},
         {"pipe", [&] { mkfifo(path.c_str(), 0600); }, touch, true, false, true},
+#endif
     };
     const int nextDescriptor = dup(STDIN_FILENO);
     close(nextDescriptor);
@@ -125,7 +141,7 @@ TEST_F(FileCheck, PathsThatNameNoFile)
     Write("1", "f");
     const std::wstring file = Wide("f");
     for (const std::wstring& path : {std::wstring(), L'/' + std::wstring(10'000, L'x'),
-                                     file + wchar_t(0xD800), file + wchar_t(0x110000), file + L"\\"}) {
+                                     file + wchar_t(0xD800), file + wchar_t(-1), file + L"\\"}) {
         CQMFileCheck check(path.c_str());
         EXPECT_FALSE(check.ApplyChanges());
         EXPECT_FALSE(check.CheckModified());
@@ -133,6 +149,7 @@ TEST_F(FileCheck, PathsThatNameNoFile)
     }
 }
 
+#if !defined(_WIN32)
 TEST_F(FileCheck, AFileThatMayNotBeReadCountsAsDeleted)
 {
     ASSERT_EQ(chmod(Write("1", "f").c_str(), 0), 0);
@@ -145,6 +162,7 @@ TEST_F(FileCheck, AFileThatMayNotBeReadCountsAsDeleted)
         EXPECT_FALSE(file.CheckModified());
     }).join();
 }
+#endif
 
 TEST_F(FileCheck, CopiesAreIndependent)
 {
@@ -179,7 +197,7 @@ TEST_F(FileCheck, TheListTellsOfTheFirstModificationForEver)
     EXPECT_FALSE(CQMFileCheckAPI::Check());
     CQMFileCheckAPI::Enable(true);
     EXPECT_TRUE(CQMFileCheckAPI::Check());
-    Touch("b", -1ns);
+    Touch("b", -1s);
     EXPECT_FALSE(CQMFileCheckAPI::Check()) << "the time is the one it was";
     Touch("a");
     EXPECT_TRUE(CQMFileCheckAPI::m_files[0].CheckModified());

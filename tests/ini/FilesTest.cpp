@@ -96,6 +96,7 @@ TEST_F(Files, AGlobalLocaleConvertsTheWideForm)
     }
 }
 
+#if !defined(_WIN32) // where a file written as text is no UTF-16: each line feed gets a byte 0x0D in front
 TEST_F(Files, ALocaleMayConvertTheFormatsOwnCharactersToo)
 {
     const GlobalLocale global(std::locale(std::locale::classic(), new std::codecvt_utf16<wchar_t, 0xFF>));
@@ -111,6 +112,7 @@ TEST_F(Files, ALocaleMayConvertTheFormatsOwnCharactersToo)
     std::ifstream file(path, std::ios::binary);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), utf16("[S]\nk=?\n;c\n\n#[T]\nx=1\n"));
 }
+#endif
 
 TEST_F(Files, ALocaleThatKeepsTheClassicConversionKeepsBytes)
 {

@@ -3,35 +3,58 @@
 
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
 #include <dlfcn.h>
+#endif
 
 #include <algorithm>
+#include <thread>
 #include <vector>
 
 namespace {
 
 using Modules = std::vector<HINSTANCE>;
 
-template <class Function>
-Function* Find(void* library, const char* name)
+#if defined(_WIN32)
+HINSTANCE Open() { return LoadLibraryA(LIBRARY); }
+bool Close(HINSTANCE library) { return FreeLibrary(library) != 0; }
+bool IsLoaded() { return GetModuleHandleA(LIBRARY) != nullptr; }
+void* Symbol(HINSTANCE library, const char* name)
 {
-    return reinterpret_cast<Function*>(dlsym(library, name));
+    return reinterpret_cast<void*>(GetProcAddress(library, name));
+}
+HINSTANCE Base(HINSTANCE library, const void* /*symbol*/) { return library; }
+#else
+void* Open() { return dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL); }
+bool Close(void* library) { return dlclose(library) == 0; }
+bool IsLoaded() { return dlopen(LIBRARY, RTLD_NOW | RTLD_NOLOAD) != nullptr; }
+void* Symbol(void* library, const char* name) { return dlsym(library, name); }
+HINSTANCE Base(void* /*library*/, const void* symbol)
+{
+    Dl_info info{};
+    dladdr(symbol, &info);
+    return info.dli_fbase;
+}
+#endif
+
+template <class Function>
+Function* Find(decltype(Open()) library, const char* name)
+{
+    return reinterpret_cast<Function*>(Symbol(library, name));
 }
 
 TEST(Module, IsRegisteredWhileItIsLoaded)
 {
     for (int round = 0; round != 3; ++round) {
         ASSERT_EQ(platform::ExtensionModules(), Modules());
-        void* const library = dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        auto* const library = Open();
         ASSERT_NE(library, nullptr);
-        EXPECT_EQ(dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL), library);
+        EXPECT_EQ(Open(), library);
 
         auto* const isMonitoring = Find<bool>(library, "_ZN15CQMFileCheckAPI10m_bMonitorE");
         ASSERT_NE(isMonitoring, nullptr);
-        Dl_info info{};
-        dladdr(isMonitoring, &info);
-        EXPECT_EQ(platform::ExtensionModules(), Modules{info.dli_fbase});
-        EXPECT_EQ(dlsym(library, "DllMain"), nullptr);
+        EXPECT_EQ(platform::ExtensionModules(), Modules{Base(library, isMonitoring)});
+        EXPECT_EQ(Symbol(library, "DllMain"), nullptr);
 
         // What the list holds goes with the library; the next round's is a new one.
         EXPECT_FALSE(*isMonitoring);
@@ -40,18 +63,21 @@ TEST(Module, IsRegisteredWhileItIsLoaded)
         EXPECT_TRUE(
             Find<bool(CString)>(library, "_ZN15CQMFileCheckAPI11AddWatchDogE7CString")(L"/no such file"));
 
-        EXPECT_EQ(dlclose(library), 0);
+        EXPECT_TRUE(Close(library));
         EXPECT_EQ(platform::ExtensionModules().size(), 1) << "it was opened twice";
-        EXPECT_EQ(dlclose(library), 0);
-        EXPECT_EQ(dlopen(LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+        EXPECT_TRUE(Close(library));
+        EXPECT_FALSE(IsLoaded());
     }
     EXPECT_EQ(platform::ExtensionModules(), Modules());
 }
 
+/// A module's base for one that was never loaded.
+HINSTANCE Base(AFX_EXTENSION_MODULE& state) { return reinterpret_cast<HINSTANCE>(&state); }
+
 TEST(Module, TheListMayBeUsedFromAnyThread)
 {
     static AFX_EXTENSION_MODULE other;
-    AfxInitExtensionModule(other, &other);
+    AfxInitExtensionModule(other, Base(other));
     new CDynLinkLibrary(other);
 
     static AFX_EXTENSION_MODULE states[4];
@@ -59,17 +85,17 @@ TEST(Module, TheListMayBeUsedFromAnyThread)
     for (auto& state : states)
         threads.emplace_back([&state] {
             for (int i = 0; i != 100; ++i) {
-                EXPECT_TRUE(AfxInitExtensionModule(state, &state));
+                EXPECT_TRUE(AfxInitExtensionModule(state, Base(state)));
                 new CDynLinkLibrary(state);
                 new CDynLinkLibrary(state);
                 const Modules modules = platform::ExtensionModules();
-                EXPECT_EQ(std::count(modules.begin(), modules.end(), &state), 2);
+                EXPECT_EQ(std::count(modules.begin(), modules.end(), Base(state)), 2);
                 AfxTermExtensionModule(state);
             }
         });
     for (auto& thread : threads)
         thread.join();
-    EXPECT_EQ(platform::ExtensionModules(), Modules{&other});
+    EXPECT_EQ(platform::ExtensionModules(), Modules{Base(other)});
     AfxTermExtensionModule(other);
     EXPECT_EQ(platform::ExtensionModules(), Modules());
 }

@@ -11,6 +11,12 @@
 
 namespace {
 
+#if defined(_WIN32) // where the C++ library has no other
+constexpr const char* Locales[] = {"C"};
+#else
+constexpr const char* Locales[] = {"C", "C.UTF-8"};
+#endif
+
 template <class... Arguments>
 std::wstring Printed(const wchar_t* format, Arguments... arguments)
 {
@@ -43,7 +49,7 @@ TEST(WidePrint, NarrowTextIsUtf8WhateverTheLocale)
         {"\xC0\xAF\xED\xA0\x80", L"\u00C0\u00AF\u00ED\u00A0\u0080"}, // overlong; a surrogate
         {"\xF4\x90\x80\x80\xFF", L"\u00F4\u0090\u0080\u0080\u00FF"}, // past the last character
     };
-    for (const char* const locale : {"C", "C.UTF-8"}) {
+    for (const char* const locale : Locales) {
         std::locale::global(std::locale(locale));
         for (const auto& [narrow, wide] : cases)
             EXPECT_EQ(Printed(L"%hs", narrow), wide) << locale << ": " << narrow;

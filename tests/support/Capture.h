@@ -2,11 +2,34 @@
 
 #include <gtest/gtest.h>
 
+#if defined(_WIN32)
+#include "platform/Kernel.h"
+
+#include <fcntl.h>
+#include <io.h>
+#else
 #include <sys/socket.h>
+#endif
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
+
+/// Makes a channel that keeps the bounds of each write, and with them the ends to read from and to write to.
+inline bool MakeChannel(int (&ends)[2])
+{
+#if defined(_WIN32)
+    const std::string name = "\\\\.\\pipe\\qmUtility-" + std::to_string(GetCurrentProcessId());
+    void* const pipe = CreateNamedPipeA(name.c_str(), PIPE_ACCESS_INBOUND,
+                                        PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 1 << 20, 0, nullptr);
+    ends[0] = _open_osfhandle(reinterpret_cast<std::intptr_t>(pipe), _O_BINARY);
+    ends[1] = open(name.c_str(), _O_WRONLY | _O_TEXT);
+    return ends[0] >= 0 && ends[1] >= 0;
+#else
+    return socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends) == 0;
+#endif
+}
 
 /// Collects what is written to a descriptor while it lives, write by write.
 class Capture
@@ -14,9 +37,8 @@ class Capture
 public:
     explicit Capture(int descriptor) : m_descriptor(descriptor), m_original(dup(descriptor))
     {
-        // Keeps the bounds of each write, which a pipe would not.
-        EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, m_ends), 0);
-        EXPECT_EQ(dup2(m_ends[1], descriptor), descriptor);
+        EXPECT_TRUE(MakeChannel(m_ends));
+        EXPECT_NE(dup2(m_ends[1], descriptor), -1);
         close(m_ends[1]);
     }
     ~Capture()
@@ -33,8 +55,13 @@ public:
         dup2(m_original, m_descriptor);
         std::vector<std::string> writes;
         std::string bytes(65536, '\0');
-        for (ssize_t size = 0; (size = read(m_ends[0], bytes.data(), bytes.size())) > 0;)
-            writes.emplace_back(bytes, 0, size);
+        for (long size = 0; (size = static_cast<long>(read(m_ends[0], bytes.data(), 65536))) > 0;) {
+            writes.emplace_back(bytes, 0, static_cast<std::size_t>(size));
+#if defined(_WIN32)
+            const auto lines = std::count(writes.back().begin(), writes.back().end(), '\n');
+            EXPECT_EQ(std::erase(writes.back(), '\r'), lines) << "line ends are CR LF";
+#endif
+        }
         return writes;
     }
 

@@ -144,7 +144,7 @@ void ExpectSame(const Counter& counter, const Model& model)
     EXPECT_EQ(counter.GetFPSAverage(), model.Average);
     EXPECT_EQ(counter.GetFPSSampleIndex(), model.Index);
     EXPECT_EQ(counter.GetFPSSampleCount(), model.Rates->size());
-    for (std::size_t i = 0; i != model.Rates->size(); ++i)
+    for (unsigned long i = 0; i != model.Rates->size(); ++i)
         EXPECT_EQ(counter.GetFPSSample(i), (*model.Rates)[i]) << i;
     EXPECT_EQ(counter.GetFPSType(), model.Type);
     EXPECT_EQ(counter.GetTotalFrame(), model.Total);
@@ -190,7 +190,9 @@ void Walk(unsigned seed, std::uint64_t tickRate)
         else if (choice == 1)
             both([](auto& counter) { counter.Initialize(); });
         else if (choice == 2)
-            both([n = below(20)](auto& counter) { counter.SetFPSAverageSampleCount(n); });
+            both([n = static_cast<unsigned long>(below(20))](auto& counter) {
+                counter.SetFPSAverageSampleCount(n);
+            });
         else if (choice == 3)
             for (const unsigned long n : {1'000'000UL, ULONG_MAX / 2 + 6}) // no memory; more than 32 bits
                 EXPECT_THROW(pair.first.SetFPSAverageSampleCount(n), std::bad_alloc);

@@ -1,0 +1,25 @@
+# Fails when something of the framework's subset is left in the configuration with the framework itself: a source
+# that is compiled, or a declaration that a header makes beside including the framework's own header.
+execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET
+  COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${BINARY_DIR}" -G "${GENERATOR}" -DQMUTILITY_FRAMEWORK=ON
+    "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE}" "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}"
+    -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DQMUTILITY_BUILD_TESTS=OFF)
+file(READ "${BINARY_DIR}/compile_commands.json" commands)
+string(REGEX MATCHALL "platform/(C[A-Z]|Ext|Kernel)[^ /]*\\.cpp\"" sources "${commands}")
+
+file(GLOB headers RELATIVE "${SOURCE_DIR}" "${SOURCE_DIR}/platform/C*.h")
+file(WRITE "${BINARY_DIR}/all.cpp" "")
+foreach(header IN LISTS headers ITEMS platform/ExtensionModule.h platform/Kernel.h)
+  file(APPEND "${BINARY_DIR}/all.cpp" "#include \"${header}\"\n")
+endforeach()
+foreach(name IN ITEMS afxdllx afxtempl afxwin)
+  file(WRITE "${BINARY_DIR}/stubs/${name}.h" "#pragma once\n${name}\n")
+endforeach()
+execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE declarations
+  COMMAND "${CXX_COMPILER}" -E -P -DQMUTILITY_FRAMEWORK "-I${SOURCE_DIR}" "-I${BINARY_DIR}/stubs" "${BINARY_DIR}/all.cpp")
+string(REGEX MATCHALL "[^ \n]+" words "${declarations}")
+list(SORT words)
+
+if(NOT commands MATCHES "DQMUTILITY_FRAMEWORK" OR sources OR NOT words STREQUAL "afxdllx;afxtempl;afxwin")
+  message(FATAL_ERROR "Still there: ${sources} ${declarations}")
+endif()
