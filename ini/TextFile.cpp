@@ -57,7 +57,8 @@ std::optional<Bytes> ReadWhole(std::ifstream& file)
     // What the file reports as its size only says how much room to make once the first of it was read: a pipe
     // reports none, system files report too little, a directory anything.
     const std::streamoff reported = file.rdbuf()->pubseekoff(0, std::ios::end);
-    file.rdbuf()->pubseekoff(0, std::ios::beg);
+    if (reported >= 0 && file.rdbuf()->pubseekoff(0, std::ios::beg) != 0)
+        return std::nullopt; // it would be read from its end, as an empty file
 
     std::size_t capacity = std::size_t{96} * 1024;
     Bytes bytes = {std::make_unique_for_overwrite<char[]>(capacity)};

@@ -2,7 +2,7 @@
 
 #if defined(__linux__)
 // There only in a process that runs with the checker.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the checker's name
 extern "C" __attribute__((weak)) void __lsan_ignore_object(const void* allocation);
 
 void platform::KeepForEver(const void* allocation)

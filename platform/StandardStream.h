@@ -22,7 +22,7 @@ enum class Stream
 /// becomes U+FFFD. The C library's buffer is passed by: a program that also prints to the stream through that
 /// flushes first. Only what a write has left over, or a signal has interrupted, is written again; on any other
 /// failure, a stream that would block included, the rest of the text is dropped. A pipe without a reader raises
-/// SIGPIPE as ever.
+/// SIGPIPE as ever. `errno` stays as it was, since who logs a failure may yet look at it.
 /// @throws std::bad_alloc
 QMPLATFORM_API void Write(Stream stream, std::wstring_view text);
 

@@ -202,7 +202,7 @@ private:
 
     static bool IsNarrow(const Directive& directive, wchar_t narrowConversion)
     {
-        return directive.Length == Length::Short ||
+        return directive.Length == Length::Short || directive.Length == Length::Char ||
                (directive.Conversion == narrowConversion && directive.Length != Length::Long);
     }
 
@@ -280,7 +280,10 @@ private:
 
     void PutNarrowString(const Directive& directive, const char* text)
     {
-        PutPadded(directive, Widen(text != nullptr ? text : "(null)", Limit(directive)));
+        // A character more than there is room for tells that the text is cut; what else follows needs no widening.
+        const auto room = static_cast<std::size_t>(m_last - m_at);
+        const std::size_t enough = std::max(room, static_cast<std::size_t>(directive.Width)) + 1;
+        PutPadded(directive, Widen(text != nullptr ? text : "(null)", std::min(enough, Limit(directive))));
     }
 
     static std::wstring Widen(const char* text, std::size_t limit)

@@ -9,9 +9,9 @@
 /// |------------------------------|--------------------------------------------------------------------|
 /// | `%%`                         | none; prints a percent sign                                        |
 /// | `%s`, `%ls`, `%ws`, `%lS`    | wide string                                                        |
-/// | `%hs`, `%S`                  | narrow string: UTF-8, each other byte the character of its value   |
+/// | `%hs`, `%hhs`, `%S`          | narrow string: UTF-8, each other byte the character of its value   |
 /// | `%c`, `%lc`, `%wc`           | `wchar_t`                                                          |
-/// | `%hc`, `%C`                  | `char`, as in a narrow string                                      |
+/// | `%hc`, `%hhc`, `%C`          | `char`, as in a narrow string                                      |
 /// | `%d %i %u %o %x %X`          | `int`, or as `hh h l ll j z t I I32 I64` say; `I` is `size_t` wide |
 /// | `%e %f %g %a`, upper case    | `double`, `long double` with `L`; the locale's decimal point       |
 /// | `%p`                         | pointer, printed as `%#llx`                                        |

@@ -1,22 +1,25 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build needs and that are missing here.
 #
-#   scripts/setup.sh [lint] [bench] [docs] [windows]
+#   scripts/setup.sh [lint] [bench] [docs] [windows] [fuzz] [coverage]
 #
 # Without a word: what the library, its tests and its examples need. "lint" adds the checkers of scripts/lint.sh and of
 # the binary interface, "bench" the benchmark library and the peers that the benchmarks compare with, "docs" what
-# makes the reference, "windows" the cross-compiler for Windows, and Wine to run what it builds.
+# makes the reference, "windows" the cross-compiler for Windows, and Wine to run what it builds, "fuzz" the compiler
+# that makes the fuzzers, "coverage" the reporter of scripts/coverage.sh.
 set -euo pipefail
 
 packages=(g++ cmake ninja-build libgtest-dev libdtl-dev pkg-config)
 for group in "$@"; do
     case "$group" in
-    lint) packages+=(clang-format clang-tidy cppcheck abigail-tools) ;;
+    lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools) ;;
     bench) packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
     docs) packages+=(doxygen) ;;
     windows) packages+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
+    fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
+    coverage) packages+=(gcovr) ;;
     *)
-        echo "setup: unknown group '$group' (lint, bench, docs, windows)" >&2
+        echo "setup: unknown group '$group' (lint, bench, docs, windows, fuzz, coverage)" >&2
         exit 2
         ;;
     esac

@@ -151,8 +151,8 @@ void CQMTimer::RestorePriority()
     m_nSavedPriority = NothingSaved;
 }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static)
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): a report is an instance's
 void CQMTimer::_Log(const wchar_t* text, double seconds) const { CQMConsoleAPI::Log(text, seconds); }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static)
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): a report is an instance's
 void CQMTimer::_Trace(const wchar_t* text) const { OutputDebugStringW(text); }

@@ -92,7 +92,7 @@ private:
     QMUTILITY_PRIVATE void StopStep();
     QMUTILITY_PRIVATE double Elapsed() const;
     QMUTILITY_PRIVATE void RestorePriority();
-    // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+    // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): how the class marks its helpers
     QMUTILITY_PRIVATE void _Log(const wchar_t* text, double seconds) const;
     QMUTILITY_PRIVATE void _Trace(const wchar_t* text) const;
     // NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)

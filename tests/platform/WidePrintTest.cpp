@@ -29,8 +29,9 @@ std::wstring Printed(const wchar_t* format, Arguments... arguments)
 TEST(WidePrint, StringsAndCharacters)
 {
     EXPECT_EQ(Printed(L"%s|%ls|%ws|%lS", L"aa", L"bb", L"cc", L"dd"), L"aa|bb|cc|dd");
-    EXPECT_EQ(Printed(L"%hs|%S|%hS", "a", "b", "c"), L"a|b|c");
-    EXPECT_EQ(Printed(L"%c%lc%hc%C", L'\u0416', L'\u0416', 'a', '\xE9'), L"\u0416\u0416a\u00E9");
+    EXPECT_EQ(Printed(L"%hs|%S|%hS|%hhs", "a", "b", "c", "d"), L"a|b|c|d");
+    EXPECT_EQ(Printed(L"%c%lc%hc%C%hhc", L'\u0416', L'\u0416', 'a', '\xE9', '\xE9'),
+              L"\u0416\u0416a\u00E9\u00E9");
     EXPECT_EQ(Printed(L"%5s|%-5s|%.2s|%*s|", L"ab", L"ab", L"abc", -4, L"x"), L"   ab|ab   |ab|x   |");
     const wchar_t unended[] = {L'a', L'b'};
     EXPECT_EQ(Printed(L"%-*.*s|", 3, 2, unended), L"ab |");
@@ -108,8 +109,11 @@ TEST(WidePrint, ABufferIsCutAndAlwaysEnded)
         EXPECT_STREQ(buffer.c_str(), text) << format;
         EXPECT_EQ(buffer[capacity], L'#') << format;
     }
+    const char longer[] = {'1', '2', '3'}; // than the buffer, and not read any further
     wchar_t buffer[6] = L"123";
-    platform::Append(buffer, 6, L"4%d");
+    EXPECT_EQ(platform::Print(buffer, 3, L"%1hs", longer), -1);
+    EXPECT_STREQ(buffer, L"12");
+    platform::Append(buffer, 6, L"34%d");
     platform::Append(buffer, 6, L"5");
     EXPECT_STREQ(buffer, L"1234%");
 }
