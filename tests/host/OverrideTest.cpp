@@ -24,7 +24,8 @@ TEST(Override, TheExecutablesHostModulesTakePrecedence)
 
 } // namespace
 
-void CQMConsoleAPI::Log(const wchar_t* format, ...) { calls += format; } // NOLINT(cert-dcl50-cpp)
+// NOLINTNEXTLINE(cert-dcl50-cpp): the interface
+void CQMConsoleAPI::Log(const wchar_t* format, ...) { calls += format; }
 
 void* CQMProcess::GetHandle()
 {
