@@ -16,7 +16,7 @@ function bar(y, class, width) {
 
 function duration(us) { return us < 1000 ? sprintf("%.3g us", us) : sprintf("%.3g ms", us / 1000) }
 
-function draw_job(job, title,    i, n, who, names, time, longest, class) {
+function draw_job(job, title, limit_name, limit,    i, n, who, names, time, longest, class) {
     n = 0
     for (i = 1; i <= results; i++)
         if (result[i, "job"] == job && result[i, "who"] != "ours")
@@ -35,7 +35,7 @@ function draw_job(job, title,    i, n, who, names, time, longest, class) {
     text(24, y + 14, "title", "start", title)
     y += 24
     draw_library("ours", "qmUtility", ours[job], longest, job)
-    draw_library("limit", "reading the file once", limit, longest, job)
+    draw_library("limit", limit_name, limit, longest, job)
     for (i = 1; i <= n; i++)
         draw_library("peer", result[names[i], "who"], result[names[i], "time"], longest, job)
     y += 12
@@ -58,7 +58,9 @@ FNR == NR {
         sub(/_median$/, "", quoted[2])
         parts = split(quoted[2], part, "/")
         if (part[1] == "limit")
-            limit = figure[2]
+            reading = figure[2]
+        else if (part[1] == "write limit")
+            writing = figure[2]
         else {
             results++
             result[results, "job"] = part[1]
@@ -97,9 +99,9 @@ END {
     printf "  <rect class=\"card\" x=\"0.5\" y=\"0.5\" width=\"759\" height=\"%d\" rx=\"8\"/>\n", height - 1
     text(24, 34, "head", "start", "INI operations on a file of 1 MiB")
     text(736, 34, "soft", "end", "shorter is better; x: how many times qmUtility's duration")
-    draw_job("get", "Look up the last key")
-    draw_job("load", "Take all keys into a list")
-    draw_job("set", "Change a value and write the file back, with a flush after each record")
+    draw_job("get", "Look up the last key", "reading the file once", reading)
+    draw_job("load", "Take all keys into a list", "reading the file once", reading)
+    draw_job("set", "Change a value and write the file back, with a flush after each record", "a write for each record", writing)
     if (rows) {
         text(24, y + 14, "head", "start", "Time, frame rates, file changes")
         text(736, y + 14, "soft", "end", "the mark: at most so many times what the work itself takes")

@@ -1,6 +1,7 @@
 /// @file
-/// What the INI operations cost beside other libraries, and beside what no reader can do without: reading the
-/// file once and finding every line end. All in one process, as ratios of medians.
+/// What the INI operations cost beside other libraries, and beside what cannot be done without: for a lookup,
+/// reading the file once and finding every line end; for an edit, a write for each record. All in one process,
+/// as ratios of medians.
 
 #include "benchmarks/IniPeers.h"
 #include "benchmarks/MedianReporter.h"
@@ -30,20 +31,21 @@ struct Sample
     std::string LastSection;
     std::string LastKey;
     std::size_t Sections = 0;
+    std::size_t Keys = 0;
 
     Sample(const std::filesystem::path& path, std::size_t size, std::size_t keysPerSection)
         : Path(path.string())
     {
         std::string text;
-        for (std::size_t i = 0; text.size() < size; ++i) {
-            if (i % keysPerSection == 0) {
+        for (; text.size() < size; ++Keys) {
+            if (Keys % keysPerSection == 0) {
                 LastSection = "Section" + std::to_string(Sections++);
                 text += "[" + LastSection + "]\n";
             }
-            if (i % 4 == 0)
+            if (Keys % 4 == 0)
                 text += "# what the next setting is for, and which values it takes\n";
-            LastKey = "SettingNumber" + std::to_string(i);
-            text += LastKey + "=the value of setting " + std::to_string(i * 7919) + "\n";
+            LastKey = "SettingNumber" + std::to_string(Keys);
+            text += LastKey + "=the value of setting " + std::to_string(Keys * 7919) + "\n";
         }
         std::ofstream(Path) << text;
     }
@@ -64,6 +66,19 @@ std::size_t CountLines(const std::string& path)
          ++at)
         ++lines;
     return lines;
+}
+
+/// Fills a file with so many bytes, in as many writes as the sample has records.
+std::size_t WriteRecords(const std::string& path, const Sample& sample, std::size_t size)
+{
+    const std::size_t records = sample.Sections + sample.Keys;
+    const std::string record(size / records, 'x');
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "w"), std::fclose);
+    static_cast<void>(std::setvbuf(file.get(), nullptr, _IONBF, 0));
+    std::size_t written = 0;
+    for (std::size_t i = 0; i != records; ++i)
+        written += std::fwrite(record.data(), 1, record.size(), file.get());
+    return written;
 }
 
 template <class Call>
@@ -114,7 +129,8 @@ void PrintTable(const MedianReporter& reporter, const std::vector<IniPeer>& peer
             const double ours = reporter.Median(prefix + "ours");
             if (ours == 0.0)
                 continue; // filtered out
-            const double limit = reporter.Median("limit/" + std::string(SizeName(size)));
+            const char* const limits = job == std::string("set") ? "write limit/" : "limit/";
+            const double limit = reporter.Median(limits + std::string(SizeName(size)));
             const Fastest peer = FastestPeer(reporter, peers, narrow);
             std::printf("| %s | %s | %s | %s | %.2f | %s, %s | %.2f |\n", job, SizeName(size),
                         Duration(ours).c_str(), Duration(limit).c_str(), ours / limit, peer.Name.c_str(),
@@ -151,6 +167,8 @@ int main(int argc, char** argv)
         };
 
         Register("limit/" + std::string(SizeName(size)), [=] { return CountLines(file.Path); });
+        Register("write limit/" + std::string(SizeName(size)),
+                 [=, path = (folder / "writes").string()] { return WriteRecords(path, file, size); });
         Register("get" + suffix + "ours",
                  [=] { return INIParser::GetValue(file.LastKey, file.LastSection, file.Path); });
         Register("get wide" + suffix + "ours",

@@ -1,9 +1,9 @@
 #pragma once
 
 /// @file
-/// What is expected of INI files, said as plainly as possible: lines are copied one by one, every step is taken
-/// by itself, and nothing is fast. The fuzzers hold the library against it, so it shares nothing with the
-/// library but the record.
+/// What is expected of INI files, said as plainly as possible: lines are copied one by one, every step is
+/// taken by itself, and nothing is fast. The fuzzers hold the library against it, so it shares nothing with
+/// the library but the record.
 
 #include "ini/INIParser.h"
 
@@ -157,8 +157,8 @@ bool operator==(const Records<Char>& a, const Records<Char>& b)
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), same);
 }
 
-/// @return whether a list that was read comes back the same from what is written of it. Not if it holds what a
-///   line of neither kind makes, a key record that counts as a header, or a key or value with a "[".
+/// @return whether a list that was read comes back the same from what is written of it. Not if it holds what
+///   a line of neither kind makes, a key record that counts as a header, or a key or value with a "[".
 template <class Char>
 bool IsWellFormed(const Records<Char>& records)
 {

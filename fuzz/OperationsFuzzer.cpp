@@ -262,8 +262,8 @@ void RequireThrow(Call call)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     static const MemoryFile file;
-    // Choices are taken from the end of the bytes and texts from their front, up to a backslash before another
-    // character, so a seed is a plain INI file, a "\\.", and some more.
+    // Choices are taken from the end of the bytes and texts from their front, up to a backslash before
+    // another character, so a seed is a plain INI file, a "\\.", and some more.
     FuzzedDataProvider data(bytes, size);
     Session session(data, file);
     const auto steps = data.ConsumeIntegralInRange(1, 8);

@@ -64,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     [[maybe_unused]] static const char* const locale = std::setlocale(LC_CTYPE, "C.UTF-8");
     FuzzedDataProvider data(bytes, size);
     std::wstring path;
-    while (data.remaining_bytes() != 0) {
+    while (data.remaining_bytes() != 0 && path.size() < 20'000) {
         auto c = data.ConsumeIntegral<unsigned char>();
         if (c == 0x80)
             path += std::wstring(data.ConsumeIntegralInRange<std::size_t>(0, 5'000), L'x');

@@ -1,6 +1,6 @@
 /// @file
-/// Wide printing: one directive against the C library's own wide printing, under the name that it has there; and
-/// formats of any kind, which must stay within their buffer.
+/// Wide printing: one directive against the C library's own wide printing, under the name that it has there;
+/// and formats of any kind, which must stay within their buffer.
 
 #include "fuzz/Model.h"
 #include "platform/WidePrint.h"

@@ -93,9 +93,9 @@ public:
     /// Rewrites the file with its sections in the order of their names and, inside each section, the keys in
     /// the order of theirs (byte by byte, so "B" comes before "a"). Every section record is followed by all
     /// keys of that section's name from the whole file: a name with two headers gets its keys twice, and keys
-    /// of a section without a header (those above the first header) are dropped. The file is read once for the
-    /// headers and once more for the keys of each: a header whose keys can no longer be read then is written
-    /// without any.
+    /// of a section without a header (those above the first header) are dropped. The file is read once for
+    /// the headers and once more for the keys of each: a header whose keys can no longer be read then is
+    /// written without any.
     /// @param path of the file.
     /// @param descending true for descending order, of sections and keys alike.
     /// @return false, and nothing is written, when the file has no section record or cannot be read; false

@@ -23,8 +23,8 @@ std::optional<bool> TakeFirst(const String<Char>& path, Matches matches, Take ta
     return isRead ? std::optional(found) : std::nullopt;
 }
 
-/// Tells the records of a section. Those below one header share the place of its name in the text, so the names
-/// are compared once a header.
+/// Tells the records of a section. Those below one header share the place of its name in the text, so the
+/// names are compared once a header.
 template <class Char>
 auto IsSection(const String<Char>& section)
 {

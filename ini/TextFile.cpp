@@ -40,8 +40,8 @@ void OpenFile(Stream& file, const std::wstring& path, std::ios::openmode mode)
         file.open(*native, mode);
 }
 
-// In text mode Windows would take a Ctrl-Z for the end of the file, and an edit would lose what comes after it.
-// The carriage returns that text mode would take away are trimmed with the lines.
+// In text mode Windows would take a Ctrl-Z for the end of the file, and an edit would lose what comes after
+// it. The carriage returns that text mode would take away are trimmed with the lines.
 constexpr auto reading = std::ios::in | std::ios::binary;
 constexpr auto writing = std::ios::out; // as text
 

@@ -14,9 +14,9 @@
 
 namespace ini {
 
-/// Opens a file for reading, with all its bytes, or for writing text, emptied. The stream stays closed when that
-/// fails, and for a path with a NUL, which would name another file. A wide path is passed on as UTF-8 where the system's paths are bytes,
-/// whatever the locale, and opens nothing when it is not valid Unicode.
+/// Opens a file for reading, with all its bytes, or for writing text, emptied. The stream stays closed when
+/// that fails, and for a path with a NUL, which would name another file. A wide path is passed on as UTF-8
+/// where the system's paths are bytes, whatever the locale, and opens nothing when it is not valid Unicode.
 void Open(std::ifstream& file, const std::string& path);
 void Open(std::ifstream& file, const std::wstring& path);
 void Open(std::ofstream& file, const std::string& path);

@@ -21,9 +21,9 @@
 /// more, but no less than 4 elements and no more than 1024. References to elements end there. The storage is
 /// kept until the array is empty.
 ///
-/// **Failure.** A bad index or size is thrown as `CInvalidArgException*`, lack of memory as std::bad_alloc, and
-/// a size that no memory could hold as std::length_error. The elements are then what they were; the storage
-/// may have grown, which ends references.
+/// **Failure.** A bad index or size is thrown as `CInvalidArgException*`, lack of memory as std::bad_alloc,
+/// and a size that no memory could hold as std::length_error. The elements are then what they were; the
+/// storage may have grown, which ends references.
 ///
 /// **Threads.** An array belongs to one thread at a time.
 ///
@@ -94,8 +94,9 @@ public:
     /// @throws CArchiveException* with the cause `genericException` when not all could be stored. When
     ///   loading, with the cause `endOfFile` when the file ends in the number, which leaves the array as it
     ///   was, or before the last element: the array then has the new size, and behind the elements that were
-    ///   read, the last perhaps in part, stand those from before, or new ones. With the cause `badClass` when there are elements that
-    ///   bytes alone do not make (such as strings, whose bytes are pointers): the array is then as it was.
+    ///   read, the last perhaps in part, stand those from before, or new ones. With the cause `badClass` when
+    ///   there are elements that bytes alone do not make (such as strings, whose bytes are pointers): the
+    ///   array is then as it was.
     /// @throws CInvalidArgException* when loading a number above `PTRDIFF_MAX`, std::length_error for one
     ///   that no memory could hold, std::bad_alloc for lack of memory: the elements are then what they were.
     void Serialize(CArchive& archive) override

@@ -1,9 +1,10 @@
 #pragma once
 
 /// @file
-/// The framework's wide string class. Where the library is built with the framework (Visual C++, `UNICODE`; the
-/// CMake option `QMUTILITY_FRAMEWORK`), the whole build and its users define `QMUTILITY_FRAMEWORK`, and `CString`
-/// is the framework's own; elsewhere this header declares what is used of it, with the same names and meaning.
+/// The framework's wide string class. Where the library is built with the framework (Visual C++, `UNICODE`;
+/// the CMake option `QMUTILITY_FRAMEWORK`), the whole build and its users define `QMUTILITY_FRAMEWORK`, and
+/// `CString` is the framework's own; elsewhere this header declares what is used of it, with the same names
+/// and meaning.
 
 #if defined(QMUTILITY_FRAMEWORK)
 #include <afxwin.h>

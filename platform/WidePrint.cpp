@@ -24,8 +24,8 @@ enum class Length
     LongDouble,
 };
 
-/// The most that a width, or the precision of a number, can ask for: enough for all the digits that a number has,
-/// and little enough that no format makes the library work for minutes or run out of memory.
+/// The most that a width, or the precision of a number, can ask for: enough for all the digits that a number
+/// has, and little enough that no format makes the library work for minutes or run out of memory.
 constexpr int MaximumPadding = 65535;
 
 struct Directive
@@ -280,7 +280,8 @@ private:
 
     void PutNarrowString(const Directive& directive, const char* text)
     {
-        // A character more than there is room for tells that the text is cut; what else follows needs no widening.
+        // A character more than there is room for tells that the text is cut; what else follows needs no
+        // widening.
         const auto room = static_cast<std::size_t>(m_last - m_at);
         const std::size_t enough = std::max(room, static_cast<std::size_t>(directive.Width)) + 1;
         PutPadded(directive, Widen(text != nullptr ? text : "(null)", std::min(enough, Limit(directive))));

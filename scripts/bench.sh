@@ -47,8 +47,8 @@ percent from run to run on a machine that does nothing else.
 ## INI files
 
 \`get\` looks up the last key of a file with comments, \`load\` takes all keys of a file into a list, \`set\` changes a
-value and writes the file back, one flush a record included. The limit is what no reader can do without: reading the
-file once and finding every line end.
+value and writes the file back, one flush a record included. The limit is what cannot be done without: reading the file
+once and finding every line end; for \`set\`, a write of the system for each record, which the peers do not make.
 
 $(table bench_ini)
 

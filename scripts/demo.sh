@@ -181,7 +181,9 @@ sed 's/^/    /' host.ini
 echo
 echo "  $ host --seconds 5 --frame-log frames.csv host.ini"
 "$host" --seconds 5 --frame-log frames.csv host.ini 2>&1 | tee host.out | sed -u 's/^/    /' &
-sleep 2
+until grep -qs 'frame ' host.out || ! kill -0 $! 2>/dev/null; do # it has read its settings, and draws
+    sleep 0.5
+done
 say "Meanwhile, as if in another terminal, someone changes the limit of the frame rate:"
 typed set host.ini Frames FrameLimit 25
 run 0 set host.ini Frames FrameLimit 25

@@ -14,7 +14,7 @@ case "${1:-}" in
     exit 2
     ;;
 esac
-each=$(($1 / ${#fuzzers[@]}))
+each=$((10#$1 / ${#fuzzers[@]}))
 
 scripts/setup.sh fuzz
 cmake --preset fuzz >/dev/null

@@ -5,7 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh lint bench
-mapfile -t sources < <(git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
+sources=$(git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
+mapfile -t sources <<<"$sources"
 
 if [ "${1:-}" = fix ]; then
     clang-format -i "${sources[@]}"

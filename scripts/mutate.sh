@@ -50,7 +50,7 @@ check() {
     mkdir -p "$tree.tmp"
     for program in "$@"; do
         # A fault may well make a program run for ever, or take all memory.
-        TMPDIR=$tree.tmp ASAN_OPTIONS=hard_rss_limit_mb=2000 timeout -k 1 30 \
+        TMPDIR=$tree.tmp ASAN_OPTIONS=hard_rss_limit_mb=2000 timeout -k 1 60 \
             "$build/tests/"*"/$program" --gtest_brief=1 --gtest_fail_fast >"$tree.log" 2>&1 </dev/null ||
             code=1
         [ $code -eq 0 ] || break

@@ -9,7 +9,7 @@
 # that makes the fuzzers, "coverage" the reporter of scripts/coverage.sh.
 set -euo pipefail
 
-packages=(g++ cmake ninja-build libgtest-dev libdtl-dev pkg-config)
+packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev libdtl-dev)
 for group in "$@"; do
     case "$group" in
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools) ;;

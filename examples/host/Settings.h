@@ -24,8 +24,8 @@ struct Settings
 };
 
 /// Reads the settings from an INI file.
-/// @param settings the ones in force: one that the file does not have, has commented out, or has with a value that
-///   is not allowed stays as it is
+/// @param settings the ones in force: one that the file does not have, has commented out, or has with a value
+///   that is not allowed stays as it is
 /// @param problems receives a sentence for each value that is not allowed
 /// @throws std::runtime_error that says why the file cannot be read
 Settings LoadSettings(const std::string& file, Settings settings, std::vector<std::string>& problems);
