@@ -3,59 +3,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
-
-#include <cerrno>
-
-namespace {
-
-/// How many more calls of `read` succeed; none fails while negative.
-int readsLeft = -1;
-int writes = 0;
-
-} // namespace
-
-// The library reads and writes through these.
-
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
-extern "C" ssize_t read(int file, void* buffer, std::size_t size)
-{
-    if (readsLeft == 0) {
-        errno = EIO;
-        return -1;
-    }
-    if (readsLeft > 0)
-        --readsLeft;
-    return syscall(SYS_read, file, buffer, size);
-}
-
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
-extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
-{
-    ++writes;
-    return syscall(SYS_write, file, buffer, size);
-}
 
 namespace {
 
 using PosixFiles = TemporaryFolder;
-
-TEST_F(PosixFiles, AFileWhoseReadingFailsMidwayIsLeftAlone)
-{
-    const std::string text = "[S]\nk=1\nl=" + std::string(300'000, 'v') + "\n";
-    const std::string path = Write(text);
-    for (int successes = 0; successes < 2; ++successes) {
-        readsLeft = successes;
-        EXPECT_FALSE(INIParser::SetValue("k", "2", "S", path));
-        readsLeft = successes;
-        EXPECT_FALSE(INIParser::SetValue(L"k", L"2", L"S", WidePath("test.ini")));
-        readsLeft = successes;
-        EXPECT_TRUE(INIParser::RecordExists("none", "S", path));
-        readsLeft = -1;
-        EXPECT_EQ(Read(path), text);
-    }
-}
 
 TEST_F(PosixFiles, ARewriteKeepsTheFileAndItsLinks)
 {
@@ -71,17 +23,6 @@ TEST_F(PosixFiles, ARewriteKeepsTheFileAndItsLinks)
     EXPECT_EQ(before.st_mode, after.st_mode);
     EXPECT_TRUE(std::filesystem::is_symlink(Path("link.ini")));
     EXPECT_EQ(Read(path), " [S]\n k=2\n");
-}
-
-TEST_F(PosixFiles, EachRecordIsFlushed)
-{
-    const std::string path = Write("; c\n[S]\na=1\n\nb=2\n");
-    writes = 0;
-    EXPECT_TRUE(INIParser::SetValue("a", "2", "S", path));
-    EXPECT_EQ(writes, 3);
-    writes = 0;
-    EXPECT_TRUE(INIParser::SetValue(L"a", L"3", L"T", WidePath("test.ini")));
-    EXPECT_EQ(writes, 5);
 }
 
 TEST_F(PosixFiles, FilesWithoutASizeLoadWhole)

@@ -1,22 +1,13 @@
 #include "filecheck/QMFileCheck.h"
 #include "platform/Kernel.h"
 #include "tests/support/TemporaryFolder.h"
+#include "timing/QMTimer.h"
 
-#include <cwchar>
+#include <chrono>
 
 namespace {
 
-class WindowsFile : public TemporaryFolder
-{
-protected:
-    static void SetTimes(const std::wstring& path, const FILETIME& access, const FILETIME& modification)
-    {
-        void* const file =
-            CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-        EXPECT_NE(SetFileTime(file, nullptr, &access, &modification), 0);
-        CloseHandle(file);
-    }
-};
+using WindowsFile = TemporaryFolder;
 
 /// @param units of 100 nanoseconds since the beginning of 1970
 FILETIME Time(std::int64_t units)
@@ -30,7 +21,12 @@ TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem)
     Write("12345", "f");
     const std::wstring path = WidePath("f");
     constexpr std::int64_t second = 10'000'000;
-    SetTimes(path, Time(1'000'000'000 * second + 1), Time(2'000'000'000 * second + 9'999'999));
+    const FILETIME access = Time(1'000'000'000 * second + 1);
+    const FILETIME modification = Time(2'000'000'000 * second + 9'999'999);
+    void* const file =
+        CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(SetFileTime(file, nullptr, &access, &modification), 0);
+    CloseHandle(file);
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
 
     CFileStatus status{};
@@ -51,34 +47,30 @@ TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem)
     EXPECT_EQ(status.m_attribute, CFile::directory);
 }
 
-TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedToThe100Nanoseconds)
+TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedAndALockedFileCountsAsDeleted)
 {
     const std::wstring path = WidePath("") + L"\u0416 \u20AC \U0001F600";
     std::filesystem::rename(Write("x", "f"), path);
     CQMFileCheck file((L" " + path + L" ").c_str());
     EXPECT_FALSE(file.CheckDeleted());
-    CFileStatus status{};
-    ASSERT_TRUE(CFile::GetStatus(path.c_str(), status));
-    SetTimes(path, Time(0), Time(1));
-    EXPECT_TRUE(file.CheckModified());
-    EXPECT_TRUE(file.ApplyChanges());
-    EXPECT_FALSE(file.CheckModified());
-    SetTimes(path, Time(0), Time(2));
-    EXPECT_TRUE(file.CheckModified());
-    std::filesystem::remove(path);
-    EXPECT_TRUE(file.CheckDeleted());
-}
-
-TEST_F(WindowsFile, AFileThatIsLockedAgainstReadingCountsAsDeleted)
-{
-    Write("x", "f");
-    CQMFileCheck file(WidePath("f").c_str());
-    void* const lock =
-        CreateFileW(WidePath("f").c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    void* const lock = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_TRUE(file.CheckDeleted());
     EXPECT_FALSE(file.CheckModified());
     CloseHandle(lock);
     EXPECT_FALSE(file.CheckDeleted());
+    std::filesystem::last_write_time(path, std::filesystem::last_write_time(path) + std::chrono::hours(1));
+    EXPECT_TRUE(file.CheckModified());
+}
+
+TEST(WindowsTimer, TheThreadHasThePriorityThatWasSet)
+{
+    const auto priority = [] { return GetThreadPriority(GetCurrentThread()); };
+    EXPECT_EQ(priority(), THREAD_PRIORITY_NORMAL);
+    CQMTimer timer;
+    timer.Start(false, true);
+    EXPECT_EQ(priority(), THREAD_PRIORITY_TIME_CRITICAL);
+    timer.Stop(true);
+    EXPECT_EQ(priority(), 1) << "the result of the raise, not the priority from before";
 }
 
 } // namespace
