@@ -1,7 +1,7 @@
 /// @file
 /// What the INI operations cost beside other libraries, and beside what cannot be done without: for a lookup,
-/// reading the file once and finding every line end; for an edit, a write for each record. All in one process,
-/// as ratios of medians.
+/// reading the file once and finding every line end; for an edit, a write for each record. All in one
+/// process, as ratios of medians.
 
 #include "benchmarks/IniPeers.h"
 #include "benchmarks/MedianReporter.h"

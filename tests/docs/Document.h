@@ -54,8 +54,8 @@ protected:
     }
 
 private:
-    /// Joins texts, with a zero for each number, since they depend on the machine, and for each of its decimals.
-    /// What takes less than a counter read cost when that was measured has a negative duration.
+    /// Joins texts, with a zero for each number, since they depend on the machine, and for each of its
+    /// decimals. What takes less than a counter read cost when that was measured has a negative duration.
     static std::string Figures(const std::vector<std::string>& texts)
     {
         std::string figures;

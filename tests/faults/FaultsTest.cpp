@@ -9,6 +9,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -34,6 +35,7 @@ int callsLeft = -1;
 bool areAllToFail = false; ///< that one and every other call after it
 std::string_view failed;   ///< the first call that failed
 std::function<void()> beforeRead = [] {};
+bool isDiskFull = false;  ///< what is opened for writing is a full disk
 bool isReluctant = false; ///< every other write is interrupted, the rest take one byte
 int writes = 0;
 constexpr std::string_view New = "new"; ///< the call that fails for lack of memory
@@ -100,6 +102,8 @@ extern "C" off64_t lseek64(int file, off64_t offset, int from) noexcept
 
 extern "C" std::FILE* fopen64(const char* path, const char* mode)
 {
+    if (isDiskFull && *mode == 'w')
+        path = "/dev/full";
     return Call(&fopen64, "fopen64", nullptr, EMFILE, path, mode);
 }
 
@@ -154,8 +158,8 @@ CQMFileCheck Watch(const std::string& path) { return CQMFileCheck(Wide(path).c_s
 struct Operation
 {
     const char* Name;
-    /// @return how much was found, or whether all went well. When the file cannot be read, or not be opened for
-    ///   writing, that is the opposite: nothing, or false, or true for what tells that all is as it was.
+    /// @return how much was found, or whether all went well. When the file cannot be read, or not be opened
+    ///   for writing, that is the opposite: nothing, or false, or true for what tells that all is as it was.
     std::function<std::size_t(const std::string& path)> Run;
 };
 
@@ -261,6 +265,13 @@ protected:
     /// Sorting reads the keys section by section, and a section whose keys could not be read then has none.
     static long Headers(const std::string& text) { return std::ranges::count(text, '['); }
 
+    static int NextDescriptor()
+    {
+        const int next = dup(STDIN_FILENO);
+        close(next);
+        return next;
+    }
+
     /// @return a text with a value of this length.
     static std::string TextWith(std::size_t length)
     {
@@ -273,8 +284,7 @@ protected:
 
 TEST_F(Faults, EachCallOfEachOperationFails)
 {
-    const int nextDescriptor = dup(STDIN_FILENO);
-    close(nextDescriptor);
+    const int nextDescriptor = NextDescriptor();
     int points = 0;
     const std::tuple<bool, const char*, std::size_t> rounds[] = {
         {false, "C", 10},
@@ -291,8 +301,7 @@ TEST_F(Faults, EachCallOfEachOperationFails)
                 points += FailEach(operation);
         std::locale::global(before);
     }
-    EXPECT_EQ(dup(STDIN_FILENO), nextDescriptor) << "a descriptor was left open";
-    close(nextDescriptor);
+    EXPECT_EQ(NextDescriptor(), nextDescriptor) << "a descriptor was left open";
     std::printf("%d calls failed\n", points);
 }
 
@@ -314,6 +323,27 @@ TEST_F(Faults, TheFileMayNotBeReadOrNotBeWritten)
             chmod(m_path.c_str(), 0644);
             EXPECT_EQ(Outcome(result, Read(m_path)), expected) << operation.Name << ", mode " << mode;
         }
+}
+
+TEST_F(Faults, TheDiskIsFullOrNoDescriptorIsLeft)
+{
+    for (const Operation& operation : operations) {
+        const Outcome good = Run(operation);
+        Write(m_text);
+        isDiskFull = true;
+        EXPECT_EQ(operation.Run(m_path), good.first) << operation.Name << ": a failing write is not noticed";
+        isDiskFull = false;
+        EXPECT_EQ(Read(m_path), m_text); // since it was not this file that was opened
+
+        const auto next = static_cast<rlim_t>(NextDescriptor());
+        rlimit before{};
+        getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit none = {next, before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+        const std::size_t result = operation.Run(m_path);
+        setrlimit(RLIMIT_NOFILE, &before);
+        EXPECT_EQ(Outcome(result, Read(m_path)), Outcome(!good.first, m_text)) << operation.Name;
+    }
 }
 
 TEST_F(Faults, AnEditThatFailsLeavesAFileThatReplacesItsOwn)

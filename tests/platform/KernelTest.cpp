@@ -87,8 +87,8 @@ TEST(Kernel, ProcessTimesAreThoseOfTheSystemsAccounting)
 
 TEST(Kernel, ADebuggerEntryIsOneWriteOfUtf8ThatEndsItsLine)
 {
-    // Lone surrogates and what lies past the last character; then a smiley as two surrogates and as one, and the
-    // last character.
+    // Lone surrogates and what lies past the last character; then a smiley as two surrogates and as one, and
+    // the last character.
     std::wstring odd;
     for (const int c : {0xD800, 0x61, 0xDC00, 0x110000, -1, 0xD83D, 0xDE00, 0x1F600, 0xDBFF, 0xDFFF})
         odd += static_cast<wchar_t>(c);

@@ -48,6 +48,25 @@ TEST_F(Threads, EachEditsAFileOfItsOwn)
         EXPECT_EQ(Read(path), " [S]\n k=49\n [W]\n#w=49\n");
 }
 
+TEST_F(Threads, ReadersBesideAWriterSeeWhatIsThereYet)
+{
+    // Values of one length, so that what a reader puts together of two rewrites still has whole lines.
+    const std::string path = Write(" [S]\n k=aaaa\n [T]\n l=1\n");
+    InEachThread([&](int thread) {
+        for (int i = 0; i != rounds * 4; ++i)
+            if (thread == 0) {
+                EXPECT_TRUE(INIParser::SetValue("k", i % 2 == 0 ? "bbbb" : "aaaa", "S", path));
+            } else {
+                const std::string value = INIParser::GetValue("k", "S", path);
+                EXPECT_TRUE(value.empty() || value == "aaaa" || value == "bbbb") << value;
+                const std::vector<std::string> names = INIParser::GetSectionNames(path);
+                EXPECT_LE(names.size(), 2);
+                EXPECT_TRUE(names.empty() || names.front() == "S");
+            }
+    });
+    EXPECT_EQ(Read(path), " [S]\n k=aaaa\n [T]\n l=1\n");
+}
+
 TEST(Console, LinesDoNotMix)
 {
     Capture console(STDOUT_FILENO);

@@ -64,7 +64,8 @@ TEST_F(Timer, MovesItsMarks)
 
 TEST_F(Scripted, ATimerTakesTheStartOffBeforeTheOverhead)
 {
-    // Where doubles are two apart: added up first, the start and the overhead of 3 would come to one tick more.
+    // Where doubles are two apart: added up first, the start and the overhead of 3 would come to one tick
+    // more.
     constexpr std::int64_t large = std::int64_t{1} << 53;
     script.Counts = {100, 103, large, large + 1000};
     CQMTimer timer;
