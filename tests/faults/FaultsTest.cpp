@@ -72,7 +72,7 @@ Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_
 } // namespace
 
 // The library, the standard library's streams included, calls these for the system's.
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's are reserved
 
 extern "C" ssize_t read(int file, void* buffer, std::size_t size)
 {
