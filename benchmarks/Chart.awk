@@ -112,7 +112,7 @@ END {
             text(left - 10, y + 12, "plain", "end", row[i, "what"])
             bar(y, share > 1 ? "over" : "ours", (share > 1.3 ? 1.3 : share) * 150)
             printf "  <path class=\"most\" d=\"M%d,%d v18\"/>\n", left + 150, y - 2
-            text(736, y + 12, "plain", "end", sprintf("%.3g of %g", row[i, "ratio"], row[i, "most"]))
+            text(736, y + 12, "plain", "end", sprintf(row[i, "ratio"] < 100 ? "%.3g of %g" : "%.0f of %g", row[i, "ratio"], row[i, "most"]))
             y += 20
         }
     }
