@@ -5,7 +5,7 @@
 
 #include "benchmarks/IniPeers.h"
 #include "benchmarks/MedianReporter.h"
-#include "ini/INIParser.h"
+#include "qmUtility/ini/INIParser.h"
 
 #include <array>
 #include <cstdio>

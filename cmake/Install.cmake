@@ -11,7 +11,7 @@ install(TARGETS ${libraries}
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Runtime NAMELINK_COMPONENT Development
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development
-  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qmUtility" COMPONENT Development)
+  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT Development)
 install(EXPORT qmUtilityTargets
   NAMESPACE qmUtility::
   DESTINATION "${package_dir}"
@@ -32,7 +32,7 @@ install(FILES
 # The file finds its folder's prefix by itself, so an installed tree can be moved.
 cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE pkgconfig_path)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${pkgconfig_path}" OUTPUT_VARIABLE pkgconfig_to_prefix)
-cmake_path(APPEND pkgconfig_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}" qmUtility)
+cmake_path(APPEND pkgconfig_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
 cmake_path(APPEND pkgconfig_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/qmutility.pc.in" "${PROJECT_BINARY_DIR}/qmutility.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/qmutility.pc" DESTINATION "${pkgconfig_dir}" COMPONENT Development)

@@ -21,7 +21,7 @@ function(qm_shared_library target)
   endif()
 
   # Hidden visibility leaves one thing in the dynamic symbol table: what the standard library's templates make
-  # in our sources. The version script keeps it in. Our libraries find one another in their own folder.
+  # in our sources. The version script hides it. Our libraries find one another in their own folder.
   if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     set(exports "${qmUtility_SOURCE_DIR}/cmake/exports.map")
     target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}")

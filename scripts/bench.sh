@@ -20,7 +20,7 @@ if [ -d /dev/shm ]; then
     export TMPDIR=/dev/shm
     files="in memory"
 fi
-for program in bench_ini timing/bench_timing filecheck/bench_filecheck; do
+for program in bench_ini bench_timing bench_filecheck; do
     name=$results/$(basename "$program")
     "build/benchmark/benchmarks/$program" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
         --benchmark_enable_random_interleaving=true --benchmark_min_time=0.1 \

@@ -13,7 +13,7 @@ find build/coverage -name '*.gcda' -delete # of earlier runs
 ctest --preset coverage
 
 report() {
-    gcovr --root . --filter '(filecheck|host|ini|module|platform|timing)/' --exclude-throw-branches \
+    gcovr --root . --filter 'qmUtility/' --exclude-throw-branches \
         --exclude-unreachable-branches --object-directory build/coverage "$@"
 }
 report --html-details build/coverage/report.html --json build/coverage/report.json

@@ -13,12 +13,12 @@ if ! log=$(cmake --preset release 2>&1 && cmake --build --preset release --targe
 fi
 
 examples=$PWD/build/release/examples
-qmini=$examples/qmini/qmini
+qmini=$tools/qmini/qmini
 host=$examples/host/host
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-cp examples/qmini/demo.ini "$folder/settings.ini"
-cp examples/host/host.ini "$folder"
+cp tools/qmini/demo.ini "$folder/settings.ini"
+cp examples/frameloop/frameloop.ini "$folder"
 cd "$folder"
 
 # Prints a sentence about what comes next.

@@ -25,10 +25,10 @@ mkdir -p build/fuzz/findings
 run() {
     local fuzzer=$1 log=build/fuzz/$1.log
     shift
-    if ! "build/fuzz/fuzz/fuzz_$fuzzer" -timeout=10 -print_final_stats=1 -artifact_prefix=build/fuzz/findings/ \
+    if ! "build/fuzz/tests/fuzz/fuzz_$fuzzer" -timeout=10 -print_final_stats=1 -artifact_prefix=build/fuzz/findings/ \
         "$@" >"$log" 2>&1; then
         tail -n 40 "$log"
-        echo "fuzz: $fuzzer failed; to see it again: build/fuzz/fuzz/fuzz_$fuzzer build/fuzz/findings/..." >&2
+        echo "fuzz: $fuzzer failed; to see it again: build/fuzz/tests/fuzz/fuzz_$fuzzer build/fuzz/findings/..." >&2
         exit 1
     fi
     awk -v name="$fuzzer" '/^stat::number_of_executed_units/ { printf "fuzz: %-12s %9d inputs\n", name, $2 }' "$log"
@@ -36,7 +36,7 @@ run() {
 
 for fuzzer in "${fuzzers[@]}"; do
     mkdir -p "build/fuzz/corpus/$fuzzer"
-    corpora=("build/fuzz/corpus/$fuzzer" "fuzz/corpus/$fuzzer")
+    corpora=("build/fuzz/corpus/$fuzzer" "tests/fuzz/corpus/$fuzzer")
     if [ "$each" -eq 0 ]; then
         run "$fuzzer" -runs=0 "${corpora[@]}" # the corpus only
     else

@@ -5,11 +5,11 @@ execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET
     "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE}" "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}"
     -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DQMUTILITY_BUILD_TESTS=OFF)
 file(READ "${BINARY_DIR}/compile_commands.json" commands)
-string(REGEX MATCHALL "platform/(C[A-Z]|Ext|Kernel)[^ /]*\\.cpp\"" sources "${commands}")
+string(REGEX MATCHALL "(framework/[^ /]*|Kernel[^ /]*)\\.cpp\"" sources "${commands}")
 
-file(GLOB headers RELATIVE "${SOURCE_DIR}" "${SOURCE_DIR}/platform/C*.h")
+file(GLOB headers RELATIVE "${SOURCE_DIR}" "${SOURCE_DIR}/qmUtility/framework/*.h")
 file(WRITE "${BINARY_DIR}/all.cpp" "")
-foreach(header IN LISTS headers ITEMS platform/ExtensionModule.h platform/Kernel.h)
+foreach(header IN LISTS headers ITEMS qmUtility/platform/Kernel.h)
   file(APPEND "${BINARY_DIR}/all.cpp" "#include \"${header}\"\n")
 endforeach()
 foreach(name IN ITEMS afxdllx afxtempl afxwin)

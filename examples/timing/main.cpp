@@ -1,11 +1,11 @@
 // A tour of the timing classes. In brackets below each figure stands the one that the standard library's own
 // clocks give.
 
-#include "host/qmConsole.h"
-#include "host/qmSystemInfo.h"
-#include "timing/QMDebugTraceStartEndMarker.h"
-#include "timing/QMFPSCounter.h"
-#include "timing/QMTimer.h"
+#include "qmUtility/host/qmConsole.h"
+#include "qmUtility/host/qmSystemInfo.h"
+#include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
+#include "qmUtility/timing/QMFPSCounter.h"
+#include "qmUtility/timing/QMTimer.h"
 
 #include <algorithm>
 #include <chrono>

@@ -3,13 +3,13 @@
 /// @file
 /// What the statements that stand in the documents are run in.
 
-#include "filecheck/QMFileCheckAPI.h"
-#include "ini/INIParser.h"
+#include "qmUtility/filecheck/QMFileCheckAPI.h"
+#include "qmUtility/ini/INIParser.h"
+#include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
+#include "qmUtility/timing/QMFPSCounter.h"
+#include "qmUtility/timing/QMTimer.h"
 #include "tests/support/Capture.h"
 #include "tests/support/TemporaryFolder.h"
-#include "timing/QMDebugTraceStartEndMarker.h"
-#include "timing/QMFPSCounter.h"
-#include "timing/QMTimer.h"
 
 #include <iostream>
 #include <optional>

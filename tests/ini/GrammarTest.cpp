@@ -1,4 +1,4 @@
-#include "ini/ScanFile.h"
+#include "qmUtility/ini/ScanFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ini/INIParser.h"
+#include "qmUtility/ini/INIParser.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>

@@ -1,6 +1,6 @@
-#include "platform/Kernel.h"
+#include "qmUtility/platform/Kernel.h"
 
-#include "platform/StandardStream.h"
+#include "qmUtility/platform/StandardStream.h"
 #include "tests/support/Capture.h"
 
 #include <gtest/gtest.h>

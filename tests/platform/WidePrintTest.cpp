@@ -1,6 +1,6 @@
-#include "platform/WidePrint.h"
+#include "qmUtility/platform/WidePrint.h"
 
-#include "platform/CString.h"
+#include "qmUtility/framework/CString.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "qmini/Check.h"
 
-#include "ini/INIParser.h"
+#include "qmUtility/ini/INIParser.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>

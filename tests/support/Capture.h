@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #if defined(_WIN32)
-#include "platform/Kernel.h"
+#include "qmUtility/platform/Kernel.h"
 
 #include <fcntl.h>
 #include <io.h>

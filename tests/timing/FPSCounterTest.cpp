@@ -1,5 +1,5 @@
+#include "qmUtility/timing/QMFPSCounter.h"
 #include "tests/timing/Script.h"
-#include "timing/QMFPSCounter.h"
 
 #include <algorithm>
 #include <climits>

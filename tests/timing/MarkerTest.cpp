@@ -1,5 +1,5 @@
+#include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
 #include "tests/timing/Script.h"
-#include "timing/QMDebugTraceStartEndMarker.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "tests/timing/Script.h"
 
-#include "host/qmCommonBase.h"
-#include "host/qmConsole.h"
-#include "host/qmSystemInfo.h"
-#include "platform/Kernel.h"
+#include "qmUtility/host/qmCommonBase.h"
+#include "qmUtility/host/qmConsole.h"
+#include "qmUtility/host/qmSystemInfo.h"
+#include "qmUtility/platform/Kernel.h"
 
 #include <cstdarg>
 #include <string_view>

@@ -1,5 +1,5 @@
+#include "qmUtility/timing/QMTimer.h"
 #include "tests/timing/Script.h"
-#include "timing/QMTimer.h"
 
 #include <optional>
 #include <tuple>

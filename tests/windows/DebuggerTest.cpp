@@ -1,6 +1,6 @@
-#include "platform/Kernel.h"
-#include "timing/QMDebugTraceStartEndMarker.h"
-#include "timing/QMTimer.h"
+#include "qmUtility/platform/Kernel.h"
+#include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
+#include "qmUtility/timing/QMTimer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "filecheck/QMFileCheck.h"
-#include "platform/Kernel.h"
+#include "qmUtility/filecheck/QMFileCheck.h"
+#include "qmUtility/platform/Kernel.h"
+#include "qmUtility/timing/QMTimer.h"
 #include "tests/support/TemporaryFolder.h"
-#include "timing/QMTimer.h"
 
 #include <chrono>
 

@@ -1,5 +1,0 @@
-#include "host/qmCommonBase.h"
-
-#include "platform/Kernel.h"
-
-void* CQMProcess::GetHandle() { return GetCurrentProcess(); }

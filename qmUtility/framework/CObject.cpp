@@ -1,0 +1,22 @@
+#include "qmUtility/framework/CObject.h"
+
+CRuntimeClass* CObject::GetRuntimeClass() const
+{
+    static CRuntimeClass runtimeClass = {"CObject", sizeof(CObject)};
+    return &runtimeClass;
+}
+
+CObject::~CObject() = default;
+
+void CObject::Serialize(CArchive&) {}
+
+void CObject::AssertValid() const {}
+
+void CObject::Dump(CDumpContext&) const {}
+
+void CException::Delete() { delete this; }
+
+void AfxThrowInvalidArgException()
+{
+    throw new CInvalidArgException; // NOLINT: hosts catch pointers
+}

@@ -1,0 +1,5 @@
+#include "qmUtility/host/qmCommonBase.h"
+
+#include "qmUtility/platform/Kernel.h"
+
+void* CQMProcess::GetHandle() { return GetCurrentProcess(); }

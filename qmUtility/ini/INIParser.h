@@ -1,0 +1,210 @@
+#pragma once
+
+/// @file
+/// Reading and editing INI files named by their path.
+
+#include "qmUtility/Export.h"
+
+#include <string>
+#include <vector>
+
+/// Reads and edits INI files named by their path. Every operation is a static member function.
+///
+/// **How an operation works.** Each call reads the whole file afresh; an operation that edits changes the
+/// list of records in memory and writes the whole file back in place (same inode, mode, owner; a link stays a
+/// link). Nothing is kept between calls. What a rewrite does not keep is listed in docs/ini-format.md: blank
+/// lines, white space around lines, text after a header's "]", comments below the last record and a last line
+/// without a line end.
+///
+/// **Arguments.** The path comes last, and the key before the section's name. All are copied.
+///
+/// **Names** match when they have the same length and the same code units (bytes, or `wchar_t` in the wide
+/// form): nothing is trimmed or folded. Whether a record is commented out plays no part, so commented-out
+/// records are found like live ones. Of several matches the one nearest the start of the file counts. An
+/// empty key names the section's header.
+///
+/// **Paths** are used as given. A wide path is passed on as UTF-8 where the system's paths are bytes; one
+/// that is not valid Unicode counts as a file that cannot be opened.
+///
+/// **Characters.** The narrow form keeps bytes as they are. The wide form maps each byte to the `wchar_t` of
+/// the same value and back, unless the host has set a global C++ locale with a conversion of its own, which
+/// then applies. Neither form knows byte order marks.
+///
+/// **Failure.** A file that cannot be opened or not be read to its end (a directory, a read error, a byte
+/// that the host's locale cannot decode) gives an empty result from an operation that returns data, false
+/// from one that edits, which then writes nothing, and true from `RecordExists` and `SectionExists`. Errors
+/// while writing are not detected once the file is open for writing.
+///
+/// @throws std::out_of_range ("invalid string position") from every operation that reads, when the file holds
+///   a header line without a "]" after its first character; the file is left as it was.
+/// @throws std::bad_alloc when memory runs out; the file is left as it was.
+///
+/// **Threads.** Any thread may call; there is no shared state. Nothing guards a file against two writers: the
+/// later one wins.
+class QMUTILITY_API INIParser
+{
+public:
+    /// One record of a file: a section header line, or a key line. It is a section record when `Key` is
+    /// empty.
+    template <class Char>
+    struct BasicRecord
+    {
+        /// The comment lines above the record, each with its "#" or ";" and followed by one "\n"; written
+        /// back verbatim.
+        std::basic_string<Char> Comments;
+        /// A space when the record is live, else the character that comments it out.
+        Char Commented = Char(' ');
+        /// The section's name; for a key record, the section that the key stands in, empty above the first
+        /// header.
+        std::basic_string<Char> Section;
+        /// What stands before the first "=", untrimmed; empty for a section record.
+        std::basic_string<Char> Key;
+        /// What stands after the first "=", untrimmed; empty for a section record.
+        std::basic_string<Char> Value;
+    };
+
+    using Record = BasicRecord<char>;     ///< of the narrow form
+    using WRecord = BasicRecord<wchar_t>; ///< of the wide form
+
+    /// The characters that comment out a record in a file; the values are the characters' codes.
+    enum CommentChar : int
+    {
+        Hash = '#',      ///< as in "#Width=800"
+        Semicolon = ';', ///< as in ";Width=800"
+    };
+
+    INIParser();                            ///< serves no purpose: an instance has no state
+    INIParser(const INIParser&);            ///< does nothing
+    INIParser& operator=(const INIParser&); ///< does nothing
+    virtual ~INIParser();
+
+    /// @name Whole files
+    /// @{
+
+    /// Makes `path` an empty file. An existing file is emptied.
+    /// @return false when the file cannot be opened for writing.
+    static bool Create(std::string path);
+
+    /// @return the file's records as text, each line ended by "\n": without the blank lines and outer white
+    ///   space of the file, and without the space that a narrow save puts before live lines. Empty when there
+    ///   are no records or the file cannot be read.
+    static std::string Content(std::string path);
+
+    /// Rewrites the file with its sections in the order of their names and, inside each section, the keys in
+    /// the order of theirs (byte by byte, so "B" comes before "a"). Every section record is followed by all
+    /// keys of that section's name from the whole file: a name with two headers gets its keys twice, and keys
+    /// of a section without a header (those above the first header) are dropped. The file is read once for
+    /// the headers and once more for the keys of each: a header whose keys can no longer be read then is
+    /// written without any.
+    /// @param path of the file.
+    /// @param descending true for descending order, of sections and keys alike.
+    /// @return false, and nothing is written, when the file has no section record or cannot be read; false
+    ///   when it cannot be opened for writing.
+    static bool Sort(std::string path, bool descending);
+
+    /// @}
+    /// @name Lookups
+    /// @{
+
+    /// @return the first record of this key and section, or nothing.
+    static std::vector<Record> GetRecord(std::string key, std::string section, std::string path);
+    /// @overload
+    static std::vector<WRecord> GetRecord(std::wstring key, std::wstring section, std::wstring path);
+
+    /// @return the value of the first record of this key and section; empty when there is none.
+    static std::string GetValue(std::string key, std::string section, std::string path);
+    /// @overload
+    static std::wstring GetValue(std::wstring key, std::wstring section, std::wstring path);
+
+    /// @return all key records of the section, in file order, those under further headers of that name
+    /// included.
+    static std::vector<Record> GetSection(std::string section, std::string path);
+
+    /// @return the `Section` of every section record, in file order; a name with two headers stands there
+    /// twice.
+    static std::vector<std::string> GetSectionNames(std::string path);
+
+    /// @return whether there is a record of this key and section; true also for a file that cannot be read.
+    static bool RecordExists(std::string key, std::string section, std::string path);
+    /// @overload
+    static bool RecordExists(std::wstring key, std::wstring section, std::wstring path);
+
+    /// @return whether any record, header or key, carries this section name; true also for a file that cannot
+    ///   be read.
+    static bool SectionExists(std::string section, std::string path);
+    /// @overload
+    static bool SectionExists(std::wstring section, std::wstring path);
+
+    /// @}
+    /// @name Edits
+    /// All return false, and write nothing, when the file cannot be read, and false when it cannot be opened
+    /// for writing. None creates a file.
+    /// @{
+
+    /// Sets the value of the first record of this key and section, which stays commented out if it was. A
+    /// missing key is added as the first of its section, a missing section at the end of the file.
+    static bool SetValue(std::string key, std::string value, std::string section, std::string path);
+    /// @overload
+    static bool SetValue(std::wstring key, std::wstring value, std::wstring section, std::wstring path);
+
+    /// Adds a section header at the end of the file, also when there is one of that name already.
+    static bool AddSection(std::string section, std::string path);
+
+    /// Removes the first record of this key and section with the comments above it.
+    /// @return false also when there is no such record; the file is then not rewritten.
+    static bool DeleteRecord(std::string key, std::string section, std::string path);
+
+    /// Removes every record of the section with the comments above them. A section without records is no
+    /// failure.
+    static bool DeleteSection(std::string section, std::string path);
+
+    /// Gives every record of section `oldName` the section name `newName`, which may exist already. A section
+    /// without records is no failure.
+    static bool RenameSection(std::string oldName, std::string newName, std::string path);
+
+    /// Comments out the first record of this key and section, or changes the character that comments it out.
+    /// @return false also when there is no such record; the file is then not rewritten.
+    static bool CommentRecord(CommentChar character, std::string key, std::string section, std::string path);
+
+    /// Comments out every record of the section, its headers included. A section without records is no
+    /// failure.
+    /// @param character stored as given: one that is neither "#" nor ";" comes back as part of the line.
+    /// @param section its name.
+    /// @param path of the file.
+    static bool CommentSection(char character, std::string section, std::string path);
+
+    /// Makes the first record of this key and section live.
+    /// @return false also when there is no such record; the file is then not rewritten.
+    static bool UnCommentRecord(std::string key, std::string section, std::string path);
+
+    /// Makes every record of the section live, its headers included. A section without records is no failure.
+    static bool UnCommentSection(std::string section, std::string path);
+
+    /// Replaces the comments above the first record of this key and section.
+    /// @param comments the comment lines as they are to stand in the file, with their "#" or ";". A "\n" is
+    ///   appended to a text of two characters or more, even to one that ends in "\n"; a shorter one is stored
+    ///   as it is. Empty removes the comments.
+    /// @param key of the record; empty for the section's header.
+    /// @param section its name.
+    /// @param path of the file.
+    /// @return false also when there is no such record; the file is then not rewritten.
+    static bool SetRecordComments(std::string comments, std::string key, std::string section,
+                                  std::string path);
+
+    /// Replaces the comments above the section's first header, as `SetRecordComments` does.
+    static bool SetSectionComments(std::string comments, std::string section, std::string path);
+
+    /// @}
+
+private:
+    QMUTILITY_PRIVATE static bool Load(std::string path, std::vector<Record>& records);
+    QMUTILITY_PRIVATE static bool Load(std::wstring path, std::vector<WRecord>& records);
+    QMUTILITY_PRIVATE static bool Save(std::string path, std::vector<Record>& records);
+    QMUTILITY_PRIVATE static bool Save(std::wstring path, std::vector<WRecord>& records);
+    QMUTILITY_PRIVATE static std::vector<Record> GetSections(std::string path);
+
+    /// Loads the file, calls `change` with the list of its records, and saves the list when that returned
+    /// true.
+    template <class Char, class Change>
+    QMUTILITY_PRIVATE static bool Edit(const std::basic_string<Char>& path, Change change);
+};

@@ -1,0 +1,86 @@
+#include "qmUtility/platform/Utf8.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+namespace platform {
+namespace {
+
+constexpr bool IsHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
+constexpr bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
+
+/// @return how many bytes the character takes.
+constexpr int Length(char32_t c) { return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4; }
+
+/// The bits that tell a sequence's length in its first byte.
+constexpr char32_t LeadBits(int length) { return length == 1 ? 0 : 0xF00U >> length & 0xFFU; }
+
+} // namespace
+
+bool IsCharacter(char32_t character)
+{
+    return character <= 0x10FFFF && !IsHighSurrogate(character) && !IsLowSurrogate(character);
+}
+
+char* EncodeUtf8(char32_t character, char* to)
+{
+    const int length = Length(character);
+    *to++ = static_cast<char>(LeadBits(length) | character >> 6 * (length - 1));
+    for (int following = length - 2; following >= 0; --following)
+        *to++ = static_cast<char>(0x80 | (character >> 6 * following & 0x3F));
+    return to;
+}
+
+std::string EncodeUtf8(std::wstring_view text)
+{
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (std::size_t i = 0; i != text.size(); ++i) {
+        auto c = static_cast<char32_t>(text[i]);
+        if (IsHighSurrogate(c) && i + 1 != text.size()) {
+            const auto next = static_cast<char32_t>(text[i + 1]);
+            if (IsLowSurrogate(next)) {
+                c = 0x10000 + ((c - 0xD800) << 10) + (next - 0xDC00);
+                ++i;
+            }
+        }
+        if (!IsCharacter(c))
+            c = 0xFFFD;
+        char character[4];
+        bytes.append(character, EncodeUtf8(c, character));
+    }
+    return bytes;
+}
+
+char32_t DecodeUtf8(const char*& text)
+{
+    const auto lead = static_cast<unsigned char>(*text++);
+    for (int length = 2; length <= 4; ++length) {
+        const auto lengthMask = static_cast<unsigned>(0xFF80 >> length) & 0xFFU;
+        if ((lead & lengthMask) != LeadBits(length))
+            continue;
+        char32_t c = lead & ~lengthMask & 0xFFU;
+        int following = 1;
+        // A terminating zero is no continuation, so nothing behind it is read.
+        for (; following != length && (static_cast<unsigned char>(text[following - 1]) & 0xC0) == 0x80;
+             ++following)
+            c = c << 6 | (static_cast<unsigned char>(text[following - 1]) & 0x3F);
+        if (following != length || Length(c) != length || !IsCharacter(c))
+            break;
+        text += length - 1;
+        return c;
+    }
+    return lead;
+}
+
+void AppendCharacter(std::wstring& to, char32_t character)
+{
+    if (character > static_cast<std::make_unsigned_t<wchar_t>>(std::numeric_limits<wchar_t>::max())) {
+        to += static_cast<wchar_t>(0xD7C0 + (character >> 10));
+        to += static_cast<wchar_t>(0xDC00 | (character & 0x3FF));
+    } else
+        to += static_cast<wchar_t>(character);
+}
+
+} // namespace platform

@@ -1,0 +1,91 @@
+#include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
+
+#include "qmUtility/host/qmCommonBase.h"
+#include "qmUtility/host/qmConsole.h"
+#include "qmUtility/platform/Kernel.h"
+#include "qmUtility/platform/LeakChecker.h"
+#include "qmUtility/timing/QMTimer.h"
+
+namespace {
+
+std::uint64_t Units(const FILETIME& time)
+{
+    return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+/// Stores the host process's times, in 100-nanosecond units.
+/// @return false, and nothing is stored, when they cannot be had.
+bool ReadProcessTimes(std::uint64_t& kernel, std::uint64_t& user)
+{
+    FILETIME creation;
+    FILETIME exit;
+    FILETIME kernelTime;
+    FILETIME userTime;
+    if (!GetProcessTimes(CQMProcess::GetHandle(), &creation, &exit, &kernelTime, &userTime))
+        return false;
+    kernel = Units(kernelTime);
+    user = Units(userTime);
+    return true;
+}
+
+CQMTimer* NewTimer()
+{
+    auto* const timer = new CQMTimer(nullptr);
+    platform::IgnoreLeak(timer); // markers are copied with the pointer, so none of them may release it
+    return timer;
+}
+
+} // namespace
+
+CQMDebugTraceStartEndMarker::CQMDebugTraceStartEndMarker(const CString& name, bool bUseTimer,
+                                                         bool bUseLogConsole, bool bCPU)
+    : m_strName(name), m_bUseLogConsole(bUseLogConsole), m_bUseTimer(bUseTimer),
+      m_pTimer(bUseTimer && !bCPU ? NewTimer() : nullptr), m_bCPU(bCPU)
+{
+    if (m_bUseLogConsole)
+        CQMConsoleAPI::Log(L"%s - Start\n", m_strName.GetString());
+    else {
+        CString line;
+        line.Format(L">>> %s - Start", m_strName.GetString());
+        OutputDebugStringW(line.GetString());
+    }
+
+    if (m_pTimer != nullptr)
+        m_pTimer->Start(false, false); // writing the line is not measured
+    else if (m_bUseTimer)
+        ReadProcessTimes(m_nKernelStart, m_nUserStart);
+}
+
+CQMDebugTraceStartEndMarker::CQMDebugTraceStartEndMarker(const CQMDebugTraceStartEndMarker&) = default;
+CQMDebugTraceStartEndMarker&
+CQMDebugTraceStartEndMarker::operator=(const CQMDebugTraceStartEndMarker&) = default;
+
+CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker()
+{
+    CString line;
+    if (m_bUseTimer) {
+        double seconds = 0;
+        std::uint64_t kernel = 0;
+        std::uint64_t user = 0;
+        if (m_bCPU) {
+            if (ReadProcessTimes(kernel, user))
+                seconds = static_cast<double>(kernel - m_nUserStart - m_nKernelStart + user) / 10'000'000;
+        } else if (m_pTimer != nullptr)
+            seconds = m_pTimer->GetLapsedTime(true);
+
+        CString time;
+        time.Format(m_bCPU ? L"%.2f sec (CPU)" : L"%.2f sec", seconds);
+        line.Format(m_bUseLogConsole ? L"%s - End : %s\n" : L">>> %s - End : %s", m_strName.GetString(),
+                    time.GetString());
+    } else
+        line.Format(m_bUseLogConsole ? L"%s - End\n" : L">>> %s - End", m_strName.GetString());
+
+    if (m_bUseLogConsole)
+        CQMConsoleAPI::Log(line.GetString()); // the line is the format, percent signs and all
+    else
+        OutputDebugStringW(line.GetString());
+}
+
+void CQMDebugTraceStartEndMarker::SetUseLogConsole(bool bUseLogConsole) { m_bUseLogConsole = bUseLogConsole; }
+
+void CQMDebugTraceStartEndMarker::SetUseTimer(bool bUseTimer) { m_bUseTimer = bUseTimer; }

@@ -1,0 +1,22 @@
+# Compares the symbols that the libraries export with those on record. A change that is intended is recorded by
+# copying the list that was built over the recorded one.
+set(symbols "")
+foreach(library IN LISTS LIBRARIES)
+  execute_process(COMMAND "${NM}" -DC --defined-only "${library}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE lines)
+  string(REPLACE ";" "," lines "${lines}")
+  string(REGEX REPLACE "(^|\n)[0-9a-f]+ [A-Za-z] " "\\1" lines "${lines}")
+  string(REGEX REPLACE "__cxx11::(basic_string<(char|wchar_t)), std::char_traits<(char|wchar_t)>, std::allocator<(char|wchar_t)> >"
+    "\\1>" lines "${lines}")
+  string(REGEX REPLACE "\n$" "" lines "${lines}")
+  string(REPLACE "\n" ";" lines "${lines}")
+  list(REMOVE_DUPLICATES lines)
+  list(SORT lines)
+  list(JOIN lines "\n" lines)
+  cmake_path(GET library FILENAME name)
+  string(APPEND symbols "== ${name}\n${lines}\n")
+endforeach()
+file(WRITE "${BUILT}" "${symbols}")
+execute_process(COMMAND diff -u "${RECORDED}" "${BUILT}" RESULT_VARIABLE isDifferent)
+if(isDifferent)
+  message(FATAL_ERROR "To record the symbols built: cp ${BUILT} ${RECORDED}")
+endif()

@@ -1,0 +1,392 @@
+/// @file
+/// Every operation with every call that it makes of the system failing, one after the other.
+
+#include "qmUtility/filecheck/QMFileCheckAPI.h"
+#include "qmUtility/host/qmConsole.h"
+#include "qmUtility/ini/INIParser.h"
+#include "tests/support/Capture.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <locale>
+#include <new>
+#include <string_view>
+#include <thread>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// How many more calls succeed before those begin that fail; none fails while negative.
+int callsLeft = -1;
+bool areAllToFail = false; ///< that one and every other call after it
+std::string_view failed;   ///< the first call that failed
+std::function<void()> beforeRead = [] {};
+bool isDiskFull = false;  ///< what is opened for writing is a full disk
+bool isReluctant = false; ///< every other write is interrupted, the rest take one byte
+int writes = 0;
+constexpr std::string_view New = "new"; ///< the call that fails for lack of memory
+
+bool Fails(std::string_view call, int error)
+{
+    if (callsLeft != 0) {
+        callsLeft -= callsLeft > 0;
+        return false;
+    }
+    if (!areAllToFail)
+        callsLeft = -1;
+    if (failed.empty())
+        failed = call;
+    errno = error;
+    return true;
+}
+
+/// The function that is hidden by ours of this name.
+template <class Function>
+Function* Real(Function* /*ours*/, const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+/// Fails a call, or makes it of the real function.
+template <class Result, class... Parameters>
+Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_t<Result> failure, int error,
+            std::type_identity_t<Parameters>... arguments)
+{
+    return Fails(name, error) ? failure : Real(ours, name)(arguments...);
+}
+
+} // namespace
+
+// The library, the standard library's streams included, calls these for the system's.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's are reserved
+
+extern "C" ssize_t read(int file, void* buffer, std::size_t size)
+{
+    beforeRead();
+    return Call(&read, "read", -1, EIO, file, buffer, size);
+}
+
+extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
+{
+    ++writes;
+    if (isReluctant && writes % 2 != 0) {
+        errno = EINTR;
+        return -1;
+    }
+    return Call(&write, "write", -1, ENOSPC, file, buffer, isReluctant ? 1 : size);
+}
+
+extern "C" ssize_t writev(int file, const iovec* parts, int count)
+{
+    return Call(&writev, "writev", -1, ENOSPC, file, parts, count);
+}
+
+extern "C" off64_t lseek64(int file, off64_t offset, int from) noexcept
+{
+    return Call(&lseek64, "lseek64", -1, ESPIPE, file, offset, from);
+}
+
+extern "C" std::FILE* fopen64(const char* path, const char* mode)
+{
+    if (isDiskFull && *mode == 'w')
+        path = "/dev/full";
+    return Call(&fopen64, "fopen64", nullptr, EMFILE, path, mode);
+}
+
+extern "C" std::FILE* fdopen(int file, const char* mode) noexcept
+{
+    return Call(&fdopen, "fdopen", nullptr, ENOMEM, file, mode);
+}
+
+extern "C" int fclose(std::FILE* file)
+{
+    const int result = Real(&fclose, "fclose")(file); // which closes it even if it fails
+    return Fails("fclose", EIO) ? EOF : result;
+}
+
+extern "C" int open(const char* path, int flags, ...) // NOLINT(cert-dcl50-cpp): the system's declaration
+{
+    return Fails("open", EMFILE) ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0600));
+}
+
+extern "C" int fstat(int file, struct stat* status) noexcept
+{
+    return Call(&fstat, "fstat", -1, EIO, file, status);
+}
+
+extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status) noexcept
+{
+    return Call(&statx, "statx", -1, EIO, folder, path, flags, mask, status);
+}
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+
+void* operator new(std::size_t size)
+{
+    void* const memory = Fails(New, ENOMEM) ? nullptr : std::malloc(size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void* operator new[](std::size_t size) { return operator new(size); }
+// Not inlined, or the compiler would take the memory for one of the original function.
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { operator delete(memory); }
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
+
+namespace {
+
+std::wstring Wide(const std::string& path) { return {path.begin(), path.end()}; }
+CQMFileCheck Watch(const std::string& path) { return CQMFileCheck(Wide(path).c_str()); }
+
+struct Operation
+{
+    const char* Name;
+    /// @return how much was found, or whether all went well. When the file cannot be read, or not be opened
+    ///   for writing, that is the opposite: nothing, or false, or true for what tells that all is as it was.
+    std::function<std::size_t(const std::string& path)> Run;
+};
+
+const std::vector<Operation> operations = {
+    {"GetValue", [](auto& p) { return INIParser::GetValue("l", "S", p).size(); }},
+    {"wide GetValue", [](auto& p) { return INIParser::GetValue(L"l", L"S", Wide(p)).size(); }},
+    {"GetRecord", [](auto& p) { return INIParser::GetRecord("k", "S", p).size(); }},
+    {"GetSection", [](auto& p) { return INIParser::GetSection("S", p).size(); }},
+    {"GetSectionNames", [](auto& p) { return INIParser::GetSectionNames(p).size(); }},
+    {"RecordExists", [](auto& p) { return INIParser::RecordExists("x", "S", p); }},
+    {"wide RecordExists", [](auto& p) { return INIParser::RecordExists(L"x", L"S", Wide(p)); }},
+    {"SectionExists", [](auto& p) { return INIParser::SectionExists("x", p); }},
+    {"wide SectionExists", [](auto& p) { return INIParser::SectionExists(L"x", Wide(p)); }},
+    {"Content", [](auto& p) { return INIParser::Content(p).size(); }},
+    {"Create", [](auto& p) { return INIParser::Create(p); }},
+    {"Sort", [](auto& p) { return INIParser::Sort(p, true); }},
+    {"SetValue", [](auto& p) { return INIParser::SetValue("k", "2", "S", p); }},
+    {"SetValue, new key", [](auto& p) { return INIParser::SetValue("x", "2", "S", p); }},
+    {"SetValue, new section", [](auto& p) { return INIParser::SetValue("x", "2", "X", p); }},
+    {"wide SetValue", [](auto& p) { return INIParser::SetValue(L"k", L"2", L"S", Wide(p)); }},
+    {"wide SetValue, new section", [](auto& p) { return INIParser::SetValue(L"x", L"2", L"X", Wide(p)); }},
+    {"AddSection", [](auto& p) { return INIParser::AddSection("X", p); }},
+    {"DeleteRecord", [](auto& p) { return INIParser::DeleteRecord("k", "S", p); }},
+    {"DeleteSection", [](auto& p) { return INIParser::DeleteSection("S", p); }},
+    {"RenameSection", [](auto& p) { return INIParser::RenameSection("S", "X", p); }},
+    {"CommentRecord", [](auto& p) { return INIParser::CommentRecord(INIParser::Hash, "k", "S", p); }},
+    {"CommentSection", [](auto& p) { return INIParser::CommentSection(';', "S", p); }},
+    {"UnCommentRecord", [](auto& p) { return INIParser::UnCommentRecord("k", "S", p); }},
+    {"UnCommentSection", [](auto& p) { return INIParser::UnCommentSection("S", p); }},
+    {"SetRecordComments", [](auto& p) { return INIParser::SetRecordComments("; x", "k", "S", p); }},
+    {"SetSectionComments", [](auto& p) { return INIParser::SetSectionComments("; x", "S", p); }},
+    {"CheckDeleted", [](auto& p) { return Watch(p).CheckDeleted(); }},
+};
+
+/// What can be asked of a watched file even when it may not be opened.
+const std::vector<Operation> statusOperations = {
+    {"CheckModified", [](auto& p) { return Watch(p).CheckModified(); }},
+    {"ApplyChanges", [](auto& p) { return Watch(p).ApplyChanges(); }},
+    {"watch list",
+     [](auto& p) {
+         CQMFileCheckAPI::Initialize();
+         CQMFileCheckAPI::AddWatchDog(Wide(p).c_str());
+         CQMFileCheckAPI::Enable(true);
+         return CQMFileCheckAPI::Check();
+     }},
+};
+
+constexpr std::size_t Threw = std::string::npos; ///< the result of an operation that ended with an exception
+
+/// An operation's result, and what the file holds then.
+using Outcome = std::pair<std::size_t, std::string>;
+
+class Faults : public TemporaryFolder
+{
+protected:
+    ~Faults() override { CQMFileCheckAPI::Initialize(); }
+
+    /// Runs an operation on a file with the text.
+    /// @param n the call of it that fails
+    Outcome Run(const Operation& operation, int n = -1) const
+    {
+        Write(m_text);
+        std::size_t result = Threw;
+        callsLeft = n;
+        try {
+            result = operation.Run(m_path);
+        } catch (const std::bad_alloc&) {    // no memory
+        } catch (const std::out_of_range&) { // torn lines
+        }
+        callsLeft = -1;
+        beforeRead = [] {};
+        return {result, Read(m_path)};
+    }
+
+    /// Fails an operation's n-th call, for every n until it makes no more.
+    /// @return how many calls it makes.
+    int FailEach(const Operation& operation) const
+    {
+        const auto [good, edited] = Run(operation);
+        for (int n = 0;; ++n) {
+            failed = {};
+            const auto [result, after] = Run(operation, n);
+            if (failed.empty())
+                return n;
+            const bool isWrite = failed.starts_with("write");
+            bool isAsDocumented = false;
+            if (result == Threw)
+                isAsDocumented = after == m_text && (failed == New || areAllToFail);
+            else if (result == std::size_t{!good})
+                isAsDocumented = after == m_text && !isWrite;
+            else if (isWrite) // is not noticed, and what has been written stays
+                isAsDocumented = result == good && edited.starts_with(after);
+            else if (operation.Name == std::string("Sort") && failed != "fclose")
+                isAsDocumented =
+                    result == good && Headers(after) == Headers(edited) && after.size() <= edited.size();
+            else
+                isAsDocumented = result == good && after == edited && failed != New;
+            EXPECT_TRUE(isAsDocumented) << operation.Name << ", call " << n << " (" << failed << ") gave "
+                                        << result << " and a file of " << after.size() << " bytes";
+        }
+    }
+
+    /// Sorting reads the keys section by section, and a section whose keys could not be read then has none.
+    static long Headers(const std::string& text) { return std::ranges::count(text, '['); }
+
+    static int NextDescriptor()
+    {
+        const int next = dup(STDIN_FILENO);
+        close(next);
+        return next;
+    }
+
+    /// @return a text with a value of this length.
+    static std::string TextWith(std::size_t length)
+    {
+        return "above=1\n; note\n[S]\nk=1\n#l=" + std::string(length, 'v') + "\n[T]\nm=1\n[S]\nk=3\n";
+    }
+
+    std::string m_text = TextWith(10);
+    const std::string m_path = Path("test.ini");
+};
+
+TEST_F(Faults, EachCallOfEachOperationFails)
+{
+    const int nextDescriptor = NextDescriptor();
+    int points = 0;
+    const std::tuple<bool, const char*, std::size_t> rounds[] = {
+        {false, "C", 10},
+        {true, "C", 10},
+        {false, "C.UTF-8", 10},
+        {false, "C", 110'000}, // takes several reads, and writes past the buffer
+    };
+    for (const auto& [all, locale, length] : rounds) {
+        const std::locale before = std::locale::global(std::locale(locale));
+        areAllToFail = all;
+        m_text = TextWith(length);
+        for (const auto* const list : {&operations, &statusOperations})
+            for (const Operation& operation : *list)
+                points += FailEach(operation);
+        std::locale::global(before);
+    }
+    EXPECT_EQ(NextDescriptor(), nextDescriptor) << "a descriptor was left open";
+    std::printf("%d calls failed\n", points);
+}
+
+TEST_F(Faults, TheFileMayNotBeReadOrNotBeWritten)
+{
+    for (const mode_t mode : {0, 0444})
+        for (const Operation& operation : operations) {
+            Outcome expected = Run(operation);
+            if (mode == 0 || expected.second != m_text)
+                expected = {!expected.first, m_text};
+            Write(m_text);
+            chmod(m_path.c_str(), mode);
+            std::size_t result = Threw;
+            std::thread([&, &path = m_path] {
+                // The bare call, unlike the C library's, leaves the other threads their privileges.
+                ASSERT_TRUE(getuid() != 0 || syscall(SYS_setresuid, 65534, 65534, 65534) == 0);
+                result = operation.Run(path);
+            }).join();
+            chmod(m_path.c_str(), 0644);
+            EXPECT_EQ(Outcome(result, Read(m_path)), expected) << operation.Name << ", mode " << mode;
+        }
+}
+
+TEST_F(Faults, TheDiskIsFull)
+{
+    for (const Operation& operation : operations) {
+        const Outcome good = Run(operation);
+        Write(m_text);
+        isDiskFull = true;
+        EXPECT_EQ(operation.Run(m_path), good.first) << operation.Name << ": a failing write is not noticed";
+        isDiskFull = false;
+        EXPECT_EQ(Read(m_path), m_text); // since it was not this file that was opened
+    }
+}
+
+TEST_F(Faults, AnEditThatFailsLeavesAFileThatReplacesItsOwn)
+{
+    for (const Operation& operation : operations)
+        for (const std::string replacement : {"[U]\nu=1\n", ""})
+            for (const bool inPlace : {false, true}) {
+                const Outcome good = Run(operation);
+                bool isReplaced = true;
+                for (int n = 0; isReplaced; ++n) {
+                    isReplaced = false;
+                    beforeRead = [&, left = n]() mutable {
+                        if (left-- != 0)
+                            return;
+                        isReplaced = true;
+                        Write(replacement, inPlace ? "test.ini" : "new.ini");
+                        if (!inPlace)
+                            std::filesystem::rename(Path("new.ini"), m_path);
+                    };
+                    const auto [result, after] = Run(operation);
+                    if (isReplaced && result != good.first) {
+                        EXPECT_EQ(after, replacement) << operation.Name;
+                    }
+                }
+            }
+}
+
+TEST_F(Faults, EachRecordIsFlushed)
+{
+    Write("; c\n[S]\na=1\n\nb=2\n");
+    writes = 0;
+    EXPECT_TRUE(INIParser::SetValue("a", "2", "S", m_path));
+    EXPECT_EQ(std::exchange(writes, 0), 3);
+    EXPECT_TRUE(INIParser::SetValue(L"a", L"3", L"T", Wide(m_path)));
+    EXPECT_EQ(writes, 5);
+}
+
+TEST(Console, WritesAreInterruptedPartialOrFail)
+{
+    Capture console(STDOUT_FILENO);
+    errno = EDOM;
+    isReluctant = true;
+    CQMConsoleAPI::Log(L"text\n");
+    isReluctant = false;
+    EXPECT_EQ(errno, EDOM);
+    EXPECT_EQ(console.Writes(), (std::vector<std::string>{"t", "e", "x", "t", "\n"}));
+
+    const int output = dup(STDOUT_FILENO);
+    close(STDOUT_FILENO);
+    CQMConsoleAPI::Log(L"text\n");
+    EXPECT_EQ(errno, EDOM);
+    dup2(output, STDOUT_FILENO);
+    close(output);
+}
+
+} // namespace
