@@ -1,0 +1,140 @@
+#include "qmini/Files.h"
+#include "qmini/Qmini.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <dlfcn.h>
+#include <sys/sendfile.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <sstream>
+
+namespace {
+
+enum class Fault
+{
+    Kill,       ///< the process is killed
+    FailOnce,   ///< as for a disk that is full until the file is put back
+    FailAlways, ///< as for a disk that breaks
+    Lose,       ///< the call does nothing and succeeds
+};
+
+Fault fault = Fault::FailOnce;
+int callsLeft = -1; ///< how many calls succeed before the fault
+
+/// @return whether the call succeeds
+bool Proceed()
+{
+    if (callsLeft != 0) {
+        callsLeft -= callsLeft > 0;
+        return true;
+    }
+    if (fault == Fault::Kill)
+        kill(getpid(), SIGKILL);
+    if (fault != Fault::FailAlways)
+        callsLeft = -1;
+    errno = ENOSPC;
+    return false;
+}
+
+template <class Result, class... Parameters>
+Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_t<Parameters>... arguments)
+{
+    return reinterpret_cast<decltype(ours)>(dlsym(RTLD_NEXT, name))(arguments...);
+}
+
+} // namespace
+
+// The standard library calls these for the system's.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's are reserved
+
+extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
+{
+    if (callsLeft == 0 && fault != Fault::Lose) // the first half arrives
+        Call(&write, "write", file, buffer, size / 2);
+    if (Proceed())
+        return Call(&write, "write", file, buffer, size);
+    return fault == Fault::Lose ? static_cast<ssize_t>(size) : -1;
+}
+
+extern "C" ssize_t sendfile(int to, int from, off_t* at, std::size_t size) noexcept
+{
+    if (Proceed())
+        return Call(&sendfile, "sendfile", to, from, at, size);
+    return fault == Fault::Lose ? static_cast<ssize_t>(size) : -1;
+}
+
+extern "C" int truncate(const char* path, off_t size) noexcept
+{
+    return Proceed() ? Call(&truncate, "truncate", path, size) : fault == Fault::Lose ? 0 : -1;
+}
+
+extern "C" int remove(const char* path) noexcept
+{
+    return fault == Fault::Lose || Proceed() ? Call(&remove, "remove", path) : -1;
+}
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
+
+namespace {
+
+using Rewrite = TemporaryFolder;
+
+TEST_F(Rewrite, LeavesOneWholeVersionWhateverFails)
+{
+    const std::string before = " [S]\n key=value\n other=value\n";
+    const std::pair<std::vector<std::string>, std::string> edits[] = {
+        {{"set", Path("f"), "S", "key", "longer value"}, " [S]\n key=longer value\n other=value\n"},
+        {{"delete", Path("f"), "S", "key"}, " [S]\n other=value\n"},
+    };
+    const std::string copy = Path("f.qmini-save");
+    int faults = 0;
+    for (const auto& [edit, after] : edits)
+        for (const Fault kind : {Fault::Kill, Fault::FailOnce, Fault::FailAlways, Fault::Lose})
+            for (int calls = 0, reached = 1; reached != 0; ++calls) {
+                SCOPED_TRACE(edit.front() + ' ' + std::to_string(static_cast<int>(kind)) + ' ' +
+                             std::to_string(calls));
+                std::filesystem::remove(copy);
+                Write(before, "f");
+                std::filesystem::permissions(Path("f"), std::filesystem::perms::owner_all);
+                std::ostringstream said;
+                const auto run = [&, &edit = edit] {
+                    fault = kind;
+                    callsLeft = calls;
+                    const int code = qmini::Run(edit, {std::cin, said, said});
+                    reached = callsLeft <= 0 || kind == Fault::Kill;
+                    callsLeft = -1;
+                    return code;
+                };
+                int code = 0;
+                if (kind == Fault::Kill) {
+                    const pid_t child = fork();
+                    if (child == 0)
+                        _exit(run());
+                    waitpid(child, &code, 0);
+                    reached = WIFSIGNALED(code);
+                } else
+                    code = run();
+                faults += reached;
+                const std::string file = Read(Path("f"));
+                const std::string saved = Read(copy);
+                EXPECT_TRUE(file == before || file == after || saved == before) << file << saved;
+                if (code == 0)
+                    EXPECT_EQ(file + saved, after) << said.str();
+                else if (!std::filesystem::exists(copy))
+                    EXPECT_EQ(file, before) << said.str();
+                else if (kind != Fault::Kill) {
+                    EXPECT_TRUE(file == before || saved == before) << file;
+                    EXPECT_NE(said.str().find(copy), std::string::npos) << said.str();
+                } else {
+                    EXPECT_EQ(std::filesystem::status(copy).permissions(), std::filesystem::perms::owner_all);
+                    EXPECT_EQ(qmini::Run(edit, {std::cin, said, said}), 1);
+                    EXPECT_NE(said.str().find("qmini-save exists"), std::string::npos) << said.str();
+                }
+            }
+    EXPECT_GT(faults, 20);
+}
+
+} // namespace
