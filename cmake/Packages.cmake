@@ -1,5 +1,5 @@
 # The Debian packages, which "cmake --workflow --preset package" makes: one with the libraries, named after the
-# version of their interface, and one to build against them.
+# version of their interface, one to build against them, and one with the program qmini.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "qmUtility maintainers <qmutility@localhost>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
@@ -8,6 +8,9 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_COMPONENTS_ALL Runtime Development)
+if(TARGET qmini)
+  list(APPEND CPACK_COMPONENTS_ALL Tools)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
@@ -23,5 +26,12 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, and the files of CMake
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqmutility-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Command-line editor of INI files
+ qmini reads and edits INI files. It refuses edits that would lose a part of a
+ file, and verifies those that it makes.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qmini)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 
 include(CPack)

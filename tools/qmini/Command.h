@@ -77,8 +77,8 @@ struct Topic
 const std::vector<Command>& Commands();
 const std::vector<Topic>& Topics();
 
-/// @return the command line as a pattern
-std::string Usage(const Command& command);
+std::string Pattern(const Option& option);  ///< @return the option with the word for its value
+std::string Usage(const Command& command); ///< @return the pattern of the command line
 
 /// @param words the name of a command and what follows it
 /// @param hasFile whether the command's file is among the words

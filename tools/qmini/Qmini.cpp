@@ -38,11 +38,6 @@ bool IsOptional(std::string_view place) { return place.front() == '['; }
     throw Failure(Misused, std::string(command.Name) + ": " + message, {"usage: " + Usage(command)});
 }
 
-std::string Pattern(const Option& option)
-{
-    return std::string(option.Name) + (option.Value.empty() ? "" : " ") + std::string(option.Value);
-}
-
 /// @return the text without control characters, which the names of a file may hold
 std::string OneLine(std::string_view text)
 {
@@ -98,6 +93,11 @@ void RunCommand(const std::vector<std::string>& words, const Streams& streams)
 }
 
 } // namespace
+
+std::string Pattern(const Option& option)
+{
+    return std::string(option.Name) + (option.Value.empty() ? "" : " ") + std::string(option.Value);
+}
 
 std::string Usage(const Command& command)
 {
