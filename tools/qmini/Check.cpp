@@ -14,13 +14,8 @@ namespace qmini {
 namespace {
 
 using ini::LineKind;
+using ini::Trimmed;
 using Line = ini::Line<char>;
-
-std::string_view Trimmed(std::string_view text)
-{
-    ini::Trim(text);
-    return text;
-}
 
 bool Contains(std::string_view text, char wanted) { return text.find(wanted) != std::string_view::npos; }
 

@@ -23,7 +23,7 @@ struct Call
     std::string Key;
     std::string Text; ///< the value to set, or the text of a note
     std::optional<std::string> Default;
-    INIParser::CommentChar With = INIParser::Hash;
+    std::optional<std::string> With;
     bool EndsWithNul = false;
     bool Activate = false;
     bool KeepCommented = false;
@@ -52,8 +52,8 @@ struct Option
     std::string_view Name;
     std::string_view Value; ///< the word for its value; empty when it takes none
     std::string_view Help;
-    /// Stores the option. @return false when the value is wrong
-    bool (*Set)(Call& call, const std::string& value);
+    bool Call::*Flag;                       ///< where the option goes,
+    std::optional<std::string> Call::*Text; ///< or its value
 };
 
 struct Command
@@ -77,7 +77,7 @@ struct Topic
 const std::vector<Command>& Commands();
 const std::vector<Topic>& Topics();
 
-std::string Pattern(const Option& option);  ///< @return the option with the word for its value
+std::string Pattern(const Option& option); ///< @return the option with the word for its value
 std::string Usage(const Command& command); ///< @return the pattern of the command line
 
 /// @param words the name of a command and what follows it
@@ -86,10 +86,12 @@ std::string Usage(const Command& command); ///< @return the pattern of the comma
 /// @throws Failure (`Misused`) that says what is wrong
 std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, bool hasFile = true);
 
-void PrintHelp(std::ostream& out);
-void PrintHelp(const Command& command, std::ostream& out);
+/// Runs qmini.
+/// @param arguments the words of the command line, without the program's name
+/// @return the exit code
+int Run(const std::vector<std::string>& arguments, const Streams& streams);
 
-/// Prints a line on standard error.
+/// Prints a message on standard error.
 void Say(std::ostream& err, std::string_view line);
 
 /// @name The functions of the table

@@ -138,11 +138,14 @@ void Rename(const Call& call, Editing& editing)
 
 void Comment(const Call& call, Editing& editing)
 {
+    const std::string with = call.With.value_or("#");
+    if (with != "#" && with != ";")
+        throw Failure(Misused, "--with takes \"#\" or \";\"");
     RequireTarget(call, editing);
     if (call.Key.empty())
-        editing.Document.CommentSection(static_cast<char>(call.With), call.Section);
+        editing.Document.CommentSection(with.front(), call.Section);
     else
-        editing.Document.CommentRecord(call.With, call.Key, call.Section);
+        editing.Document.CommentRecord(INIParser::CommentChar(with.front()), call.Key, call.Section);
 }
 
 void Uncomment(const Call& call, Editing& editing)

@@ -12,12 +12,10 @@ namespace {
 
 bool IsSame(std::string_view a, std::string_view b, bool ignoresCase)
 {
-    ini::Trim(a);
-    ini::Trim(b);
     const auto isSame = [ignoresCase](unsigned char x, unsigned char y) {
         return x == y || (ignoresCase && std::tolower(x) == std::tolower(y));
     };
-    return std::ranges::equal(a, b, isSame);
+    return std::ranges::equal(ini::Trimmed(a), ini::Trimmed(b), isSame);
 }
 
 /// @return the end of a message: a question when there is a name

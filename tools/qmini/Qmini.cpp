@@ -1,5 +1,3 @@
-#include "qmini/Qmini.h"
-
 #include "qmini/Document.h"
 #include "qmini/Failure.h"
 #include "qmini/Names.h"
@@ -72,6 +70,25 @@ void Assign(Call& call, const Command& command, const std::vector<std::string>& 
     }
 }
 
+void PrintHelp(std::ostream& out)
+{
+    out << "qmini reads and edits INI files.\n\n  qmini COMMAND FILE [ARGUMENT...]\n\n" << std::left;
+    for (const Command& command : Commands())
+        out << "  " << std::setw(10) << command.Name << std::setw(25) << command.Arguments << command.Summary
+            << '\n';
+    out << "\n\"qmini COMMAND --help\" tells more about a command.\n";
+    for (const Topic& topic : Topics())
+        out << '\n' << topic.Title << ":\n" << topic.Text;
+}
+
+void PrintHelp(const Command& command, std::ostream& out)
+{
+    out << "usage: " << Usage(command) << "\n\n" << command.Summary << "\n\n" << command.Details << std::left;
+    for (const Option* option : command.Options)
+        out << (option == command.Options.front() ? "\n  " : "  ") << std::setw(18) << Pattern(*option)
+            << option->Help << '\n';
+}
+
 void RunCommand(const std::vector<std::string>& words, const Streams& streams)
 {
     if (words.empty())
@@ -107,25 +124,6 @@ std::string Usage(const Command& command)
     return usage;
 }
 
-void PrintHelp(std::ostream& out)
-{
-    out << "qmini reads and edits INI files.\n\n  qmini COMMAND FILE [ARGUMENT...]\n\n" << std::left;
-    for (const Command& command : Commands())
-        out << "  " << std::setw(10) << command.Name << std::setw(25) << command.Arguments << command.Summary
-            << '\n';
-    out << "\n\"qmini COMMAND --help\" tells more about a command.\n";
-    for (const Topic& topic : Topics())
-        out << '\n' << topic.Title << ":\n" << topic.Text;
-}
-
-void PrintHelp(const Command& command, std::ostream& out)
-{
-    out << "usage: " << Usage(command) << "\n\n" << command.Summary << "\n\n" << command.Details << std::left;
-    for (const Option* option : command.Options)
-        out << (option == command.Options.front() ? "\n  " : "  ") << std::setw(18) << Pattern(*option)
-            << option->Help << '\n';
-}
-
 std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, bool hasFile)
 {
     const auto found = std::ranges::find(Commands(), words.front(), &Command::Name);
@@ -133,7 +131,7 @@ std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, boo
         throw Failure(Misused, "no command " + Quoted(words.front()) + std::string(SeeHelp));
     const Command& command = *found;
     if (!hasFile && command.Edit == nullptr)
-        throw Failure(Misused, Quoted(command.Name) + " edits no open file");
+        throw Failure(Misused, Quoted(command.Name) + " does not edit");
 
     Call call;
     std::vector<std::string> arguments;
@@ -150,16 +148,17 @@ std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, boo
             call.Help = true;
             return {&command, call};
         } else if (option != command.Options.end()) {
-            const bool takesValue = !(*option)->Value.empty();
-            std::string value;
-            if (equals != std::string::npos)
-                value = word->substr(equals + 1);
-            else if (takesValue && ++word == words.end())
+            const auto [flag, text] = std::pair((*option)->Flag, (*option)->Text);
+            if (flag != nullptr && equals != std::string::npos)
+                ThrowMisuse(command, "a value for " + Pattern(**option));
+            else if (flag != nullptr)
+                call.*flag = true;
+            else if (equals != std::string::npos)
+                call.*text = word->substr(equals + 1);
+            else if (++word != words.end())
+                call.*text = *word;
+            else
                 ThrowMisuse(command, "missing " + Pattern(**option));
-            else if (takesValue)
-                value = *word;
-            if ((equals != std::string::npos && !takesValue) || !(*option)->Set(call, value))
-                ThrowMisuse(command, "wrong value of " + std::string((*option)->Name) + ": " + Quoted(value));
         } else if (word->starts_with("--")) {
             ThrowMisuse(command, "no option " + *word);
         } else {

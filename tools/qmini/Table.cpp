@@ -7,30 +7,18 @@ namespace qmini {
 
 namespace {
 
-const Option Default = {"--default", "TEXT", "print TEXT when there is no such key",
-                        [](Call& call, const std::string& value) {
-                            call.Default = value;
-                            return true;
-                        }};
-const Option Nul = {"-z", "", "end each name with a NUL in place of a newline",
-                    [](Call& call, const std::string&) { return call.EndsWithNul = true; }};
-const Option Activate = {"--activate", "", "make the key active if it is commented out",
-                         [](Call& call, const std::string&) { return call.Activate = true; }};
-const Option KeepCommented = {"--keep-commented", "", "set a commented-out key and leave it commented out",
-                              [](Call& call, const std::string&) { return call.KeepCommented = true; }};
-const Option With = {"--with", "CHAR", "comment out with CHAR, \"#\" (the default) or \";\"",
-                     [](Call& call, const std::string& value) {
-                         if (value != "#" && value != ";")
-                             return false;
-                         call.With = static_cast<INIParser::CommentChar>(value.front());
-                         return true;
-                     }};
-const Option Descending = {"--descending", "", "sort from the last name to the first",
-                           [](Call& call, const std::string&) { return call.Descending = true; }};
-const Option DryRun = {"--dry-run", "", "print the difference that the edit makes, and change nothing",
-                       [](Call& call, const std::string&) { return call.DryRun = true; }};
-const Option Force = {"--force", "", "edit even if more changes than the edit was asked to",
-                      [](Call& call, const std::string&) { return call.Force = true; }};
+const Option Default = {"--default", "TEXT", "print TEXT when there is no such key", {}, &Call::Default};
+const Option Nul = {"-z", "", "end each name with a NUL in place of a newline", &Call::EndsWithNul, {}};
+const Option Activate = {"--activate", "", "make the key active if it is commented out", &Call::Activate, {}};
+const Option KeepCommented = {
+    "--keep-commented", "", "set a commented-out key and leave it commented out", &Call::KeepCommented, {}};
+const Option With = {
+    "--with", "CHAR", "comment out with CHAR, \"#\" (the default) or \";\"", {}, &Call::With};
+const Option Descending = {"--descending", "", "sort from the last name to the first", &Call::Descending, {}};
+const Option DryRun = {
+    "--dry-run", "", "print the difference that the edit makes, and change nothing", &Call::DryRun, {}};
+const Option Force = {
+    "--force", "", "edit even if more changes than the edit was asked to", &Call::Force, {}};
 
 } // namespace
 

@@ -1,4 +1,4 @@
-#include "qmini/Qmini.h"
+#include "qmini/Command.h"
 
 #include <algorithm>
 #include <iostream>
