@@ -126,8 +126,8 @@ private:
     std::locale m_locale;                              ///< converts between bytes and `wchar_t`
 };
 
-extern template class BasicINIDocument<char>;
-extern template class BasicINIDocument<wchar_t>;
+extern template class QMUTILITY_API BasicINIDocument<char>;
+extern template class QMUTILITY_API BasicINIDocument<wchar_t>;
 
 using INIDocument = BasicINIDocument<char>;     ///< narrow form
 using WINIDocument = BasicINIDocument<wchar_t>; ///< wide form
