@@ -4,7 +4,7 @@
 #   scripts/setup.sh [lint] [bench] [docs] [windows] [fuzz] [coverage]
 #
 # Without a word: what the library, its tests and its examples need. "lint" adds the checkers of scripts/lint.sh and of
-# the binary interface, "bench" the benchmark library and the peers that the benchmarks compare with, "docs" what
+# the binary interface, "bench" what the benchmarks, their peers and their report need, "docs" what
 # makes the reference, "windows" the cross-compiler for Windows, and Wine to run what it builds, "fuzz" the compiler
 # that makes the fuzzers, "coverage" the reporter of scripts/coverage.sh.
 set -euo pipefail
@@ -13,7 +13,7 @@ packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev lib
 for group in "$@"; do
     case "$group" in
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools) ;;
-    bench) packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
+    bench) packages+=(gnuplot-nox jq libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
     docs) packages+=(doxygen) ;;
     windows) packages+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
     fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
