@@ -62,7 +62,7 @@ BOOL GetProcessTimes(HANDLE handle, FILETIME* creation, FILETIME* exit, FILETIME
 void OutputDebugStringW(const wchar_t* text) { Tell(L"debug " + std::wstring(text)); }
 
 // Takes the argument that goes with a format; the others have none.
-void CQMConsoleAPI::Log(const wchar_t* format, ...) // NOLINT(cert-dcl50-cpp): as hosts have it
+void CQMConsoleAPI::Log(const wchar_t* format, ...)
 {
     std::wstring call = L"log " + std::wstring(format);
     std::va_list arguments;
