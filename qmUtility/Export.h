@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// Export macros of the project's libraries. `qmX_EXPORTS` is defined by the build of the library `qmX` itself.
+/// Export macros of the project's libraries. `qmX_EXPORTS` is defined by the build of the library `qmX`
+/// itself.
 
 /// @def QMUTILITY_EXPORT
 /// Exports a class or function from the library that is being built.

@@ -45,7 +45,8 @@ public:
     /// @return this string.
     CString& TrimRight();
 
-    /// Replaces the string by a formatted text. The directives are those of the C library, with these meanings:
+    /// Replaces the string by a formatted text. The directives are those of the C library, with these
+    /// meanings:
     ///
     /// | directive                    | argument                                                           |
     /// |------------------------------|--------------------------------------------------------------------|
@@ -61,8 +62,8 @@ public:
     ///
     /// The flags `- + # 0` and space, the width and the precision have their usual meaning, `*` included; the
     /// precision of a string counts the `wchar_t` printed. Widths, and the precisions of numbers, count up to
-    /// 65535. A null string prints as "(null)", a null format as nothing. Anything else after a percent sign, the
-    /// end of the format included, is printed unchanged.
+    /// 65535. A null string prints as "(null)", a null format as nothing. Anything else after a percent sign,
+    /// the end of the format included, is printed unchanged.
     /// @param format the arguments after it may point into this string.
     /// @throws std::bad_alloc; the string is then unchanged.
     void Format(const wchar_t* format, ...);

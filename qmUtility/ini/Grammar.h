@@ -1,47 +1,64 @@
 #pragma once
 
 /// @file
-/// The grammar of INI files. This is its only reader; whatever the library knows of a file came through
-/// `Scan`.
+/// The grammar of INI files, read here and nowhere else, in two layers: `ScanLines` classifies the lines of a
+/// text, `Scan` makes records of them.
+
+#include "qmUtility/ini/INIParser.h"
 
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 namespace ini {
 
-/// One record as it stands in the scanned text; its views are valid as long as that text is.
 template <class Char>
-struct RecordView
-{
-    using View = std::basic_string_view<Char>;
+using RecordView = INIParser::BasicRecordView<Char>;
 
-    View Comments; ///< the stretch of text with the comment lines above the record; see `EachComment`
-    Char Commented;
-    View Section;
-    View Key;
-    View Value;
-};
-
-/// Removes the blanks of the format from both ends. No other character counts as white space.
+/// Removes white space from both ends. Of all characters only these four count as white space.
 template <class Char>
-void TrimString(std::basic_string_view<Char>& text)
+void Trim(std::basic_string_view<Char>& text)
 {
-    const auto blank = [](Char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
-    while (!text.empty() && blank(text.back()))
+    const auto isBlank = [](Char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
+    while (!text.empty() && isBlank(text.back()))
         text.remove_suffix(1);
-    while (!text.empty() && blank(text.front()))
+    while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
 }
 
 template <class Char>
-bool StartsComment(std::basic_string_view<Char> line)
+bool IsCommentCharacter(Char c)
 {
-    return line.front() == '#' || line.front() == ';';
+    return c == '#' || c == ';';
 }
 
-/// Finds one character again and again in a text that is walked front to back, and looks at each stretch of
-/// the text once: a character that is rare is searched for across many lines in one go.
+enum class LineKind
+{
+    Blank,
+    Comment,
+    Header,
+    MalformedHeader, ///< without a "]" after its first character
+    Key,
+    Other, ///< neither a comment nor a header nor a key
+};
+
+/// One line, as views into the text.
+template <class Char>
+struct Line
+{
+    using View = std::basic_string_view<Char>;
+
+    LineKind Kind = LineKind::Blank;
+    View Raw;             ///< the whole line with its newline
+    View Text;            ///< the line trimmed
+    Char Commented = ' '; ///< the character that comments out a header or key, else a space
+    View Section;         ///< name in a header
+    View Key;             ///< of a key line; also of a header with "=" in its name, whose first part this is
+    View Value;           ///< of the same lines
+    bool HasKey = false;  ///< whether `Key` and `Value` are set; either may be empty
+};
+
+/// Finds occurrences of one character in a text that is read from front to back. It searches each part of the
+/// text once: a rare character is searched for across many lines at a time.
 template <class Char>
 class Finder
 {
@@ -50,8 +67,8 @@ public:
         : m_end(text.data() + text.size()), m_wanted(wanted), m_found(Find(text.data()))
     {}
 
-    /// @return the first place at or after `from` where the character stands, or the end of the text. `from`
-    ///   never goes back between calls.
+    /// @return the first occurrence at or after `from`, or the end of the text. `from` never decreases
+    ///   between calls.
     const Char* From(const Char* from)
     {
         if (m_found < from)
@@ -62,7 +79,7 @@ public:
 private:
     const Char* Find(const Char* from) const
     {
-        const Char* found =
+        const Char* const found =
             std::char_traits<Char>::find(from, static_cast<std::size_t>(m_end - from), m_wanted);
         return found != nullptr ? found : m_end;
     }
@@ -72,80 +89,110 @@ private:
     const Char* m_found;
 };
 
-/// Reads a text from its first line to its last and calls `listener` with the `RecordView` of each record.
-/// Only lines that end in a line feed count: what stands after the last one is not read.
-/// @throws std::out_of_range for a header line without a "]" after its first character
-template <class Char, class Listener>
-void Scan(std::basic_string_view<Char> text, Listener&& listener)
+/// Calls `visit` with each `Line` of a text. Only lines that end in a newline count: what follows the last
+/// newline is not read.
+template <class Char, class Visitor>
+void ScanLines(std::basic_string_view<Char> text, Visitor&& visit)
 {
     using View = std::basic_string_view<Char>;
     const auto between = [](const Char* begin, const Char* end) {
         return View(begin, static_cast<std::size_t>(end - begin));
     };
     const Char* const textEnd = text.data() + text.size();
-    Finder<Char> lineEnd(text, '\n');
+    Finder<Char> newline(text, '\n');
     Finder<Char> bracket(text, '[');
     Finder<Char> equals(text, '=');
-    View section;
-    View comments; // from the first pending comment line to the end of the last; empty when none is pending
 
     const Char* end = nullptr;
-    for (const Char* begin = text.data(); (end = lineEnd.From(begin)) != textEnd; begin = end + 1) {
-        View line = between(begin, end);
-        TrimString(line);
-        if (line.empty())
-            continue; // and comments stay pending
-
+    for (const Char* begin = text.data(); (end = newline.From(begin)) != textEnd; begin = end + 1) {
+        Line<Char> line;
+        line.Raw = between(begin, end + 1);
+        line.Text = line.Raw;
+        Trim(line.Text);
+        if (line.Text.empty()) {
+            visit(line);
+            continue;
+        }
+        View rest = line.Text;
         const bool isHeader = bracket.From(begin) < end; // a "[" anywhere, even in the value of a key
-        const bool hasEquals = equals.From(begin) < end;
-        RecordView<Char> record = {{}, ' ', {}, {}, {}};
-        if (StartsComment(line)) {
-            if (!isHeader && !hasEquals) {
-                comments = between(comments.empty() ? line.data() : comments.data(), end + 1);
+        line.HasKey = equals.From(begin) < end;
+        if (IsCommentCharacter(rest.front())) {
+            if (!isHeader && !line.HasKey) {
+                line.Kind = LineKind::Comment;
+                visit(line);
                 continue;
             }
-            record.Commented = line.front();
-            line.remove_prefix(1);
-            TrimString(line);
+            line.Commented = rest.front();
+            rest.remove_prefix(1);
+            Trim(rest);
         }
-
-        View keyLine = line;
-        bool isKey = hasEquals;
         if (isHeader) {
-            line.remove_prefix(1); // whatever stands there; in a well-formed header, the "["
-            const std::size_t close = line.find(']');
-            if (close == View::npos)
-                throw std::out_of_range("invalid string position");
-            section = line.substr(0, close);
-            record.Section = section;
-            record.Comments = comments;
-            comments = {};
-            keyLine = section;
-            isKey = equals.From(section.data()) < section.data() + section.size();
+            rest.remove_prefix(1); // any character; in a well-formed header, the "["
+            const std::size_t close = rest.find(']');
+            line.Kind = close != View::npos ? LineKind::Header : LineKind::MalformedHeader;
+            rest = line.Section = rest.substr(0, close);
+            line.HasKey = equals.From(rest.data()) < rest.data() + rest.size();
+        } else
+            line.Kind = line.HasKey ? LineKind::Key : LineKind::Other;
+        if (line.HasKey) {
+            const Char* const split = equals.From(rest.data());
+            line.Key = between(rest.data(), split);
+            line.Value = between(split + 1, rest.data() + rest.size());
         }
-        if (isKey) { // also a header whose name holds a "=": its comments are lost
-            const Char* const split = equals.From(keyLine.data());
-            record.Section = section;
-            record.Key = between(keyLine.data(), split);
-            record.Value = between(split + 1, keyLine.data() + keyLine.size());
-            record.Comments = comments;
-            comments = {};
-        }
-        if (comments.empty()) // a line that is neither makes an empty record, but not below a comment
-            listener(record);
+        visit(line);
     }
 }
 
-/// Calls `take` with each comment line, trimmed, in the `Comments` of a `RecordView`. Such a stretch of text
-/// may hold blank lines and lines that made no record as well.
-template <class Char, class Take>
-void EachComment(std::basic_string_view<Char> stretch, Take take)
+/// Calls `visit` with the `RecordView` of each record of a text. Its `Comments` is the range of the text that
+/// holds the comment lines; see `NormalizedComments`.
+/// @throws std::out_of_range for a malformed header
+template <class Char, class Visitor>
+void Scan(std::basic_string_view<Char> text, Visitor&& visit)
 {
-    for (std::size_t end = 0; (end = stretch.find('\n')) != stretch.npos; stretch.remove_prefix(end + 1)) {
-        auto line = stretch.substr(0, end);
-        TrimString(line);
-        if (!line.empty() && StartsComment(line))
-            take(line);
+    using View = std::basic_string_view<Char>;
+    View section;
+    View comments; // from the first pending comment to the newline of the last
+    ScanLines(text, [&](const Line<Char>& line) {
+        RecordView<Char> record = {{}, line.Commented, {}, line.Key, line.Value};
+        switch (line.Kind) {
+        case LineKind::Blank:
+            return; // comments stay pending
+        case LineKind::Comment: {
+            const Char* const begin = comments.empty() ? line.Text.data() : comments.data();
+            comments = {begin, static_cast<std::size_t>(line.Raw.data() + line.Raw.size() - begin)};
+            return;
+        }
+        case LineKind::MalformedHeader:
+            throw std::out_of_range("invalid string position");
+        case LineKind::Header:
+            section = line.Section;
+            if (line.HasKey)
+                comments = {}; // the comments above a header with "=" in its name are lost
+            break;
+        case LineKind::Key:
+            break;
+        case LineKind::Other: // makes an empty record, but not below a comment
+            if (comments.empty())
+                visit(record);
+            return;
+        }
+        record.Section = section;
+        record.Comments = comments;
+        comments = {};
+        visit(record);
+    });
+}
+
+/// Calls `visit` with each line, trimmed, of a range of comment lines that `Scan` has found. The range may
+/// also hold blank lines and lines that made no record; they are skipped.
+template <class Char, class Visitor>
+void EachComment(std::basic_string_view<Char> range, Visitor visit)
+{
+    for (std::size_t end = 0; (end = range.find('\n')) != range.npos; range.remove_prefix(end + 1)) {
+        auto line = range.substr(0, end);
+        Trim(line);
+        if (!line.empty() && IsCommentCharacter(line.front()))
+            visit(line);
     }
 }
 

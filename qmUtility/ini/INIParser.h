@@ -6,7 +6,11 @@
 #include "qmUtility/Export.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
+
+template <class Char>
+class BasicINIDocument;
 
 /// Reads and edits INI files named by their path. Every operation is a static member function.
 ///
@@ -65,6 +69,17 @@ public:
 
     using Record = BasicRecord<char>;     ///< of the narrow form
     using WRecord = BasicRecord<wchar_t>; ///< of the wide form
+
+    /// A record whose fields are views; see `BasicINIDocument`.
+    template <class Char>
+    struct BasicRecordView
+    {
+        std::basic_string_view<Char> Comments; ///< see `BasicRecord`
+        Char Commented = Char(' ');            ///< see `BasicRecord`
+        std::basic_string_view<Char> Section;  ///< see `BasicRecord`
+        std::basic_string_view<Char> Key;      ///< see `BasicRecord`
+        std::basic_string_view<Char> Value;    ///< see `BasicRecord`
+    };
 
     /// The characters that comment out a record in a file; the values are the characters' codes.
     enum CommentChar : int
@@ -197,14 +212,14 @@ public:
     /// @}
 
 private:
-    QMUTILITY_PRIVATE static bool Load(std::string path, std::vector<Record>& records);
-    QMUTILITY_PRIVATE static bool Load(std::wstring path, std::vector<WRecord>& records);
-    QMUTILITY_PRIVATE static bool Save(std::string path, std::vector<Record>& records);
-    QMUTILITY_PRIVATE static bool Save(std::wstring path, std::vector<WRecord>& records);
-    QMUTILITY_PRIVATE static std::vector<Record> GetSections(std::string path);
+    QMUTILITY_PRIVATE static bool Load(std::string path, BasicINIDocument<char>& document);
+    QMUTILITY_PRIVATE static bool Load(std::wstring path, BasicINIDocument<wchar_t>& document);
+    QMUTILITY_PRIVATE static bool Save(std::string path, const BasicINIDocument<char>& document);
+    QMUTILITY_PRIVATE static bool Save(std::wstring path, const BasicINIDocument<wchar_t>& document);
 
-    /// Loads the file, calls `change` with the list of its records, and saves the list when that returned
-    /// true.
-    template <class Char, class Change>
-    QMUTILITY_PRIVATE static bool Edit(const std::basic_string<Char>& path, Change change);
+    /// Loads the file, calls an operation of the document, and saves the document when that returned true.
+    template <class Char, class... Parameters, class... Arguments>
+    QMUTILITY_PRIVATE static bool Edit(const std::basic_string<Char>& path,
+                                       bool (BasicINIDocument<Char>::*operation)(Parameters...),
+                                       Arguments&&... arguments);
 };

@@ -1,15 +1,14 @@
 #pragma once
 
 /// @file
-/// What the operations read a file with: its records one after the other, as views. A wide operation is
-/// handed views of bytes where each byte is the `wchar_t` of the same value, so that only what it keeps is
-/// converted.
+/// Scanning files for single answers. A wide scan visits views of bytes where each byte is the `wchar_t` of
+/// the same value: only the answer is converted.
 
 #include "qmUtility/ini/Grammar.h"
-#include "qmUtility/ini/INIParser.h"
 #include "qmUtility/ini/TextFile.h"
 
 #include <algorithm>
+#include <locale>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -20,7 +19,7 @@ namespace ini {
 template <class Char>
 using String = std::basic_string<Char>;
 
-/// The `wchar_t` of a byte; any other character as it is.
+/// @return the `wchar_t` of a byte; any other character unchanged.
 template <class Char, class From>
 Char Widen(From c)
 {
@@ -43,7 +42,7 @@ String<Char> Copy(std::basic_string_view<From> text)
 }
 
 template <class Char, class From>
-bool Equal(const String<Char>& name, std::basic_string_view<From> field)
+bool Equal(std::basic_string_view<Char> name, std::basic_string_view<From> field)
 {
     if constexpr (std::is_same_v<Char, From>)
         return name == field;
@@ -52,38 +51,89 @@ bool Equal(const String<Char>& name, std::basic_string_view<From> field)
                           [](Char a, From b) { return a == Widen<Char>(b); });
 }
 
+/// @return the comment lines of a range that `Scan` has found: each trimmed and followed by one newline.
+template <class Char, class From>
+String<Char> NormalizedComments(std::basic_string_view<From> range)
+{
+    String<Char> comments;
+    EachComment(range, [&](auto line) { (comments += Copy<Char>(line)) += Char('\n'); });
+    return comments;
+}
+
+/// @return a copy of a record that `Scan` visits.
 template <class Char, class From>
 INIParser::BasicRecord<Char> ToRecord(const RecordView<From>& view)
 {
-    String<Char> comments;
-    EachComment(view.Comments, [&](auto line) { (comments += Copy<Char>(line)) += Char('\n'); });
-    return {std::move(comments), Widen<Char>(view.Commented), Copy<Char>(view.Section), Copy<Char>(view.Key),
-            Copy<Char>(view.Value)};
+    return {NormalizedComments<Char>(view.Comments), Widen<Char>(view.Commented), Copy<Char>(view.Section),
+            Copy<Char>(view.Key), Copy<Char>(view.Value)};
 }
 
-/// Calls `listener` with the `RecordView` of each record of a file, once all of the file was read.
+/// Matches the records of a section. The records below one header share the view of its name, and those above
+/// the first header a view of nothing, so names are compared once for each header: a record whose view is
+/// that of the record before it gets the same answer.
+template <class Char>
+class IsSection
+{
+public:
+    explicit IsSection(std::basic_string_view<Char> section) : m_section(section) {}
+
+    template <class From>
+    bool operator()(const RecordView<From>& record)
+    {
+        if (record.Section.data() != m_lastData || record.Section.size() != m_lastSize) {
+            m_lastData = record.Section.data();
+            m_lastSize = record.Section.size();
+            m_isEqual = Equal(m_section, record.Section);
+        }
+        return m_isEqual;
+    }
+
+private:
+    std::basic_string_view<Char> m_section;
+    const void* m_lastData = nullptr;
+    std::size_t m_lastSize = std::basic_string_view<Char>::npos; // no record's
+    bool m_isEqual = false;
+};
+
+/// Matches the records of a key in a section.
+template <class Char>
+class IsRecord
+{
+public:
+    IsRecord(std::basic_string_view<Char> key, std::basic_string_view<Char> section)
+        : m_key(key), m_isSection(section)
+    {}
+
+    template <class From>
+    bool operator()(const RecordView<From>& record)
+    {
+        return m_isSection(record) && Equal(m_key, record.Key);
+    }
+
+private:
+    std::basic_string_view<Char> m_key;
+    IsSection<Char> m_isSection;
+};
+
+/// Calls `visit` with the `RecordView` of each record of a file, once all of the file was read.
 /// @return false, with nothing called, when the file cannot be opened, read to its end, or decoded
 /// @throws std::out_of_range for a malformed header, as `Scan` does
-template <class Char, class Listener>
-bool ScanFile(const String<Char>& path, Listener&& listener)
+template <class Char, class Visitor>
+bool ScanFile(const String<Char>& path, Visitor&& visit)
 {
-    std::ifstream file;
-    Open(file, path);
-    if (!file.is_open())
-        return false;
-    const auto bytes = ReadWhole(file);
+    const auto bytes = ReadFile(path);
     if (!bytes)
         return false;
     if constexpr (!std::is_same_v<Char, char>) {
-        const Encoding encoding;
+        const Encoding encoding{std::locale()};
         if (!encoding.BytesAreCharacters()) {
             const auto text = encoding.Decode(*bytes);
             if (text)
-                Scan(std::wstring_view(*text), listener);
+                Scan(std::wstring_view(*text), visit);
             return text.has_value();
         }
     }
-    Scan(std::string_view(*bytes), listener);
+    Scan(std::string_view(*bytes), visit);
     return true;
 }
 

@@ -8,13 +8,13 @@
 namespace ini {
 namespace {
 
-/// @return the path in the file system's own form, or nothing when the text is not valid Unicode.
+/// @return the path in the file system's own form; nothing when the text is not valid Unicode.
 std::optional<std::filesystem::path> NativePath(const std::wstring& path)
 {
     if constexpr (std::is_same_v<std::filesystem::path::value_type, wchar_t>)
         return path;
     else {
-        // From 32-bit characters a path is made as UTF-8 whatever the locale; from wide ones it would not be.
+        // The standard library converts 32-bit characters to UTF-8 whatever the locale, but not wide ones.
         const std::u32string text(path.begin(), path.end());
         const auto valid = [](char32_t c) { return c < 0xD800 || (c > 0xDFFF && c <= 0x10FFFF); };
         if (!std::all_of(text.begin(), text.end(), valid))
@@ -23,11 +23,11 @@ std::optional<std::filesystem::path> NativePath(const std::wstring& path)
     }
 }
 
-/// Opens nothing for a path that the system could not take as it is: it would end it at a NUL, and open
-/// another file.
+/// Opens nothing for a path with a NUL: the system would end it there, and open another file.
 template <class Stream>
 void OpenFile(Stream& file, const std::string& path, std::ios::openmode mode)
 {
+    file.imbue(std::locale::classic()); // bytes as they are, whatever the global locale
     if (path.find('\0') == std::string::npos)
         file.open(path, mode);
 }
@@ -35,32 +35,33 @@ void OpenFile(Stream& file, const std::string& path, std::ios::openmode mode)
 template <class Stream>
 void OpenFile(Stream& file, const std::wstring& path, std::ios::openmode mode)
 {
+    file.imbue(std::locale::classic());
     const auto native = NativePath(path);
     if (native && path.find(L'\0') == std::wstring::npos)
         file.open(*native, mode);
 }
 
-// In text mode Windows would take a Ctrl-Z for the end of the file, and an edit would lose what comes after
-// it. The carriage returns that text mode would take away are trimmed with the lines.
-constexpr auto reading = std::ios::in | std::ios::binary;
-constexpr auto writing = std::ios::out; // as text
+/// The first buffer of a read: most INI files fit, and it is below the size from which common allocators take
+/// memory from the system for each request, whose pages cost more than the read.
+constexpr std::size_t FirstCapacity = std::size_t{96} * 1024;
 
-} // namespace
-
-void Open(std::ifstream& file, const std::string& path) { OpenFile(file, path, reading); }
-void Open(std::ifstream& file, const std::wstring& path) { OpenFile(file, path, reading); }
-void Open(std::ofstream& file, const std::string& path) { OpenFile(file, path, writing); }
-void Open(std::ofstream& file, const std::wstring& path) { OpenFile(file, path, writing); }
-
-std::optional<Bytes> ReadWhole(std::ifstream& file)
+template <class Path>
+std::optional<Bytes> Read(const Path& path)
 {
-    // What the file reports as its size only says how much room to make once the first of it was read: a pipe
-    // reports none, system files report too little, a directory anything.
+    std::ifstream file;
+    // Not in text mode: on Windows a Ctrl-Z would end the file there, and an edit would lose the rest. The
+    // carriage returns that text mode removes are trimmed with the lines.
+    OpenFile(file, path, std::ios::in | std::ios::binary);
+    if (!file.is_open())
+        return std::nullopt;
+
+    // The reported size only tells how much memory to use after the first buffer: a pipe reports none, system
+    // files report too little, a directory anything.
     const std::streamoff reported = file.rdbuf()->pubseekoff(0, std::ios::end);
     if (reported >= 0 && file.rdbuf()->pubseekoff(0, std::ios::beg) != 0)
         return std::nullopt; // it would be read from its end, as an empty file
 
-    std::size_t capacity = std::size_t{96} * 1024;
+    std::size_t capacity = FirstCapacity;
     Bytes bytes = {std::make_unique_for_overwrite<char[]>(capacity)};
     for (;;) {
         file.read(bytes.Data.get() + bytes.Size, static_cast<std::streamsize>(capacity - bytes.Size));
@@ -77,6 +78,16 @@ std::optional<Bytes> ReadWhole(std::ifstream& file)
     }
 }
 
+} // namespace
+
+std::optional<Bytes> ReadFile(const std::string& path) { return Read(path); }
+std::optional<Bytes> ReadFile(const std::wstring& path) { return Read(path); }
+
+void Open(std::ofstream& file, const std::string& path) { OpenFile(file, path, std::ios::out); }
+void Open(std::ofstream& file, const std::wstring& path) { OpenFile(file, path, std::ios::out); }
+
+Encoding::Encoding(const std::locale& locale) : m_locale(locale) {}
+
 bool Encoding::BytesAreCharacters() const
 {
     return &m_conversion == &std::use_facet<Conversion>(std::locale::classic());
@@ -85,6 +96,11 @@ bool Encoding::BytesAreCharacters() const
 std::optional<std::wstring> Encoding::Decode(std::string_view bytes) const
 {
     std::wstring text(bytes.size(), L'\0');
+    if (BytesAreCharacters()) {
+        std::transform(bytes.begin(), bytes.end(), text.begin(),
+                       [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
+        return text;
+    }
     std::mbstate_t state{};
     const char* read = nullptr;
     wchar_t* written = nullptr;
@@ -116,7 +132,7 @@ void Encoding::Write(std::ostream& out, std::wstring_view text)
             continue;
         }
         convert(from, end);
-        if (from == before) { // stuck at a character that has no bytes
+        if (from == before) { // stuck at a character that cannot be encoded
             ++from;
             const wchar_t* mark = L"?";
             convert(mark, mark + 1);

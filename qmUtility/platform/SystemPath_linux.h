@@ -14,9 +14,9 @@
 
 namespace platform {
 
-/// A null-terminated path in UTF-8 with slashes for backslashes. Empty, which names no file, when the wide path is
-/// not valid Unicode. It lives on the stack, and an ASCII path is converted without a branch for each character:
-/// the file watch converts thousands of paths in a row.
+/// A null-terminated path in UTF-8 with slashes for backslashes. Empty, which names no file, when the wide
+/// path is not valid Unicode. It lives on the stack, and an ASCII path is converted without a branch for each
+/// character: the file watch converts thousands of paths in a row.
 class SystemPath
 {
 public:

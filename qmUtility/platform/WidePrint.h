@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// Wide formatted printing with one meaning on every platform: that of `CString::Format`, whose comment has the
-/// table of directives. Any thread may call.
+/// Wide formatted printing with one meaning on every platform: that of `CString::Format`, whose comment has
+/// the table of directives. Any thread may call.
 
 #include <cstdarg>
 #include <cstddef>

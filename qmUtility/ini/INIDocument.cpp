@@ -1,0 +1,400 @@
+#include "qmUtility/ini/INIDocument.h"
+
+#include "qmUtility/ini/ScanFile.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <unordered_set>
+#include <utility>
+
+using ini::IsRecord;
+using ini::IsSection;
+
+namespace {
+
+/// A file that is rewritten. Nothing is allocated once it is open: running out of memory between the old
+/// content and the new one would lose both. After a write that fails nothing more is written, so that what is
+/// there has no gaps.
+template <class Char>
+class Output
+{
+public:
+    Output(const std::basic_string<Char>& path, const std::locale& locale) : m_encoding(locale)
+    {
+        m_file.rdbuf()->pubsetbuf(m_buffer.data(), std::ssize(m_buffer));
+        ini::Open(m_file, path);
+    }
+
+    bool IsOpen() const { return m_file.is_open(); }
+
+    Output& operator<<(std::basic_string_view<Char> text)
+    {
+        if constexpr (std::is_same_v<Char, char>)
+            m_file.write(text.data(), static_cast<std::streamsize>(text.size()));
+        else
+            m_encoding.Write(m_file, text);
+        return *this;
+    }
+
+    Output& operator<<(Char c) { return *this << std::basic_string_view<Char>(&c, 1); }
+
+    void Flush() { m_file.flush(); }
+
+    void Finish()
+    {
+        if constexpr (!std::is_same_v<Char, char>)
+            m_encoding.Finish(m_file);
+    }
+
+private:
+    std::array<char, 8192> m_buffer;
+    std::ofstream m_file;
+    ini::Encoding m_encoding;
+};
+
+/// @return whether a range of comment lines is as `NormalizedComments` makes it.
+template <class Char>
+bool IsNormalized(std::basic_string_view<Char> comments)
+{
+    for (std::size_t end = 0; (end = comments.find('\n')) != comments.npos; comments.remove_prefix(end + 1)) {
+        auto line = comments.substr(0, end);
+        ini::Trim(line);
+        if (line.size() != end || line.empty() || !ini::IsCommentCharacter(line.front()))
+            return false;
+    }
+    return true;
+}
+
+template <class Char>
+INIParser::BasicRecord<Char> Copy(const INIParser::BasicRecordView<Char>& record)
+{
+    using String = std::basic_string<Char>;
+    return {String(record.Comments), record.Commented, String(record.Section), String(record.Key),
+            String(record.Value)};
+}
+
+} // namespace
+
+template <class Char>
+BasicINIDocument<Char>::BasicINIDocument() = default;
+template <class Char>
+BasicINIDocument<Char>::BasicINIDocument(const BasicINIDocument&) = default;
+template <class Char>
+BasicINIDocument<Char>::BasicINIDocument(BasicINIDocument&&) noexcept = default;
+template <class Char>
+BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(const BasicINIDocument& other)
+{
+    return *this = BasicINIDocument(other); // all or nothing
+}
+template <class Char>
+BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(BasicINIDocument&&) noexcept = default;
+template <class Char>
+BasicINIDocument<Char>::~BasicINIDocument() = default;
+
+template <class Char>
+bool BasicINIDocument<Char>::Load(const String& path)
+{
+    auto bytes = ini::ReadFile(path);
+    if (!bytes)
+        return false;
+
+    BasicINIDocument loaded; // with the conversion of now
+    View text;
+    if constexpr (std::is_same_v<Char, char>) {
+        text = *bytes;
+        loaded.m_text = std::shared_ptr<const char[]>(std::move(bytes->Data));
+    } else {
+        auto decoded = ini::Encoding(loaded.m_locale).Decode(*bytes);
+        if (!decoded)
+            return false;
+        const auto kept = std::make_shared<const String>(std::move(*decoded));
+        text = *kept;
+        loaded.m_text = kept;
+    }
+    ini::Scan(text, [&](RecordView record) {
+        if (!IsNormalized(record.Comments))
+            record.Comments = loaded.Keep(ini::NormalizedComments<Char>(record.Comments));
+        loaded.m_records.push_back(record);
+    });
+    *this = std::move(loaded);
+    return true;
+}
+
+/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one
+/// does not, and has an empty line between a section's comments and its header, for each section but the
+/// first.
+template <class Char>
+bool BasicINIDocument<Char>::Save(const String& path) const
+{
+    constexpr bool isNarrow = std::is_same_v<Char, char>;
+    Output<Char> file(path, m_locale);
+    if (!file.IsOpen())
+        return false;
+    bool isFirstSection = true;
+    for (const RecordView& record : m_records) {
+        const bool isSection = record.Key.empty();
+        file << record.Comments;
+        if (!isNarrow && isSection) {
+            if (!isFirstSection)
+                file << Char('\n');
+            isFirstSection = false;
+        }
+        if (isNarrow || record.Commented != ' ')
+            file << record.Commented;
+        if (isSection)
+            file << Char('[') << record.Section << Char(']');
+        else
+            file << record.Key << Char('=') << record.Value;
+        file << Char('\n');
+        file.Flush(); // for each record, so that what is written survives the host
+    }
+    file.Finish();
+    return true;
+}
+
+template <class Char>
+std::basic_string<Char> BasicINIDocument<Char>::Content() const
+{
+    String text;
+    for (const RecordView& record : m_records) {
+        text += record.Comments;
+        if (record.Commented != ' ')
+            text += record.Commented;
+        if (record.Key.empty())
+            ((text += Char('[')) += record.Section) += Char(']');
+        else
+            ((text += record.Key) += Char('=')) += record.Value;
+        text += Char('\n');
+    }
+    return text;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Sort(bool descending)
+{
+    const auto sortBy = [descending](auto begin, auto end, View RecordView::*field) {
+        std::sort(begin, end, [descending, field](const RecordView& a, const RecordView& b) {
+            return descending ? b.*field < a.*field : a.*field < b.*field;
+        });
+    };
+    const auto isHeader = [](const RecordView& record) { return record.Key.empty(); };
+    Records headers;
+    Records keys;
+    std::partition_copy(m_records.begin(), m_records.end(), std::back_inserter(headers),
+                        std::back_inserter(keys), isHeader);
+    if (headers.empty())
+        return false;
+
+    sortBy(headers.begin(), headers.end(), &RecordView::Section);
+    const auto isBefore = [](const RecordView& a, const RecordView& b) { return a.Section < b.Section; };
+    std::stable_sort(keys.begin(), keys.end(), isBefore); // which keeps each section's keys in file order
+
+    // Each header takes the keys of its name from the whole file. So keys are written once for each header of
+    // their section: twice for a section with two, and not at all for a section with none.
+    Records sorted;
+    for (const RecordView& header : headers) {
+        sorted.push_back(header);
+        const auto [begin, end] = std::equal_range(keys.begin(), keys.end(), header, isBefore);
+        const auto at = sorted.insert(sorted.end(), begin, end);
+        sortBy(at, sorted.end(), &RecordView::Key);
+    }
+    m_records = std::move(sorted);
+    return true;
+}
+
+template <class Char>
+std::vector<INIParser::BasicRecord<Char>> BasicINIDocument<Char>::GetRecord(View key, View section) const
+{
+    const auto at = std::find_if(begin(), end(), IsRecord<Char>(key, section));
+    if (at == end())
+        return {};
+    return {Copy(*at)};
+}
+
+template <class Char>
+std::basic_string<Char> BasicINIDocument<Char>::GetValue(View key, View section) const
+{
+    const auto at = std::find_if(begin(), end(), IsRecord<Char>(key, section));
+    return at != end() ? String(at->Value) : String();
+}
+
+template <class Char>
+std::vector<INIParser::BasicRecord<Char>> BasicINIDocument<Char>::GetSection(View section) const
+{
+    std::vector<Record> keys;
+    IsSection<Char> isSection(section);
+    for (const RecordView& record : m_records)
+        if (!record.Key.empty() && isSection(record))
+            keys.push_back(Copy(record));
+    return keys;
+}
+
+template <class Char>
+std::vector<std::basic_string<Char>> BasicINIDocument<Char>::GetSectionNames() const
+{
+    std::vector<String> names;
+    for (const RecordView& record : m_records)
+        if (record.Key.empty())
+            names.emplace_back(record.Section);
+    return names;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::RecordExists(View key, View section) const
+{
+    return std::any_of(begin(), end(), IsRecord<Char>(key, section));
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::SectionExists(View section) const
+{
+    return std::any_of(begin(), end(), IsSection<Char>(section));
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::SetValue(String key, String value, String section)
+{
+    DropUnusedTexts();
+    const auto ofSection = std::find_if(m_records.begin(), m_records.end(), IsSection<Char>(section));
+    if (ofSection == m_records.end()) {
+        const RecordView header = {{}, Char(' '), Keep(std::move(section)), {}, {}};
+        RecordView record = header;
+        record.Key = Keep(std::move(key));
+        record.Value = Keep(std::move(value));
+        m_records.insert(m_records.end(), {header, record});
+        return true;
+    }
+    const auto at = std::find_if(ofSection, m_records.end(), IsRecord<Char>(key, section));
+    if (at != m_records.end())
+        at->Value = Keep(std::move(value));
+    else // the first key of its section, not the last
+        m_records.insert(ofSection + 1,
+                         {{}, Char(' '), ofSection->Section, Keep(std::move(key)), Keep(std::move(value))});
+    return true;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::AddSection(String section)
+{
+    DropUnusedTexts();
+    m_records.push_back({{}, Char(' '), Keep(std::move(section)), {}, {}});
+    return true;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::DeleteRecord(String key, String section)
+{
+    const auto at = std::find_if(m_records.begin(), m_records.end(), IsRecord<Char>(key, section));
+    if (at == m_records.end())
+        return false;
+    m_records.erase(at);
+    return true;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::DeleteSection(String section)
+{
+    std::erase_if(m_records, IsSection<Char>(section));
+    return true;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::RenameSection(String oldName, String newName)
+{
+    DropUnusedTexts();
+    return ChangeSection(oldName,
+                         [name = Keep(std::move(newName))](RecordView& record) { record.Section = name; });
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::CommentRecord(INIParser::CommentChar character, String key, String section)
+{
+    return ChangeRecord(key, section,
+                        [character](RecordView& record) { record.Commented = static_cast<Char>(character); });
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::CommentSection(Char character, String section)
+{
+    return ChangeSection(section, [character](RecordView& record) { record.Commented = character; });
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::UnCommentRecord(String key, String section)
+{
+    return ChangeRecord(key, section, [](RecordView& record) { record.Commented = Char(' '); });
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::UnCommentSection(String section)
+{
+    return ChangeSection(section, [](RecordView& record) { record.Commented = Char(' '); });
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::SetRecordComments(String comments, String key, String section)
+{
+    DropUnusedTexts();
+    // The newline that is appended depends on the length of the text alone: a text that ends in one gets
+    // another, and a text of a single character gets none.
+    if (comments.size() >= 2)
+        comments += Char('\n');
+    return ChangeRecord(key, section,
+                        [&](RecordView& record) { record.Comments = Keep(std::move(comments)); });
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::SetSectionComments(String comments, String section)
+{
+    return SetRecordComments(std::move(comments), {},
+                             std::move(section)); // a section record has an empty key
+}
+
+/// Changes the first record of a key and section.
+template <class Char>
+template <class Change>
+bool BasicINIDocument<Char>::ChangeRecord(View key, View section, Change change)
+{
+    const auto at = std::find_if(m_records.begin(), m_records.end(), IsRecord<Char>(key, section));
+    if (at == m_records.end())
+        return false;
+    change(*at);
+    return true;
+}
+
+/// Changes every record of a section. It is no failure that there is none.
+template <class Char>
+template <class Change>
+bool BasicINIDocument<Char>::ChangeSection(View section, Change change)
+{
+    IsSection<Char> isSection(section);
+    for (RecordView& record : m_records)
+        if (isSection(record))
+            change(record);
+    return true;
+}
+
+/// @return a view of a text that the document keeps from now on.
+template <class Char>
+std::basic_string_view<Char> BasicINIDocument<Char>::Keep(String text)
+{
+    return *m_kept.emplace_back(std::make_shared<const String>(std::move(text)));
+}
+
+/// Releases the texts that edits have replaced, once they are the larger part of those kept.
+template <class Char>
+void BasicINIDocument<Char>::DropUnusedTexts()
+{
+    constexpr std::size_t fields = 4;
+    constexpr std::size_t spare = 64;
+    if (m_kept.size() < 2 * fields * m_records.size() + spare)
+        return;
+    std::unordered_set<const Char*> used;
+    for (const RecordView& record : m_records)
+        used.insert({record.Comments.data(), record.Section.data(), record.Key.data(), record.Value.data()});
+    std::erase_if(m_kept, [&](const auto& text) { return used.count(text->data()) == 0; });
+}
+
+template class BasicINIDocument<char>;
+template class BasicINIDocument<wchar_t>;
