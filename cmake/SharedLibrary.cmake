@@ -20,10 +20,10 @@ function(qm_shared_library target)
   endif()
 
   # The version script hides what hidden visibility does not: instantiations of the standard library's templates.
-  # The libraries find one another in their own folder.
+  # Nothing of a static library is exported. The libraries find one another in their own folder.
   if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     set(exports "${qmUtility_SOURCE_DIR}/cmake/exports.map")
-    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}")
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}" "LINKER:--exclude-libs,ALL")
     if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize") # the executable may define their runtime
       target_link_options(${target} PRIVATE "LINKER:-z,defs")
     endif()
