@@ -1,21 +1,274 @@
-#include "examples/frameloop/CommandLine.h"
+// A frame loop that uses every service of the library: it draws bouncing balls, measures its frame rate,
+// rereads its settings whenever their file changes, and saves the statistics of the run in the same file.
+//
+// It draws in place with escape sequences and changes no mode of the terminal, so there is nothing to
+// restore when it is suspended or killed.
+
+#include "qmUtility/filecheck/QMFileCheck.h"
+#include "qmUtility/framework/CString.h"
+#include "qmUtility/host/qmConsole.h"
+#include "qmUtility/ini/INIDocument.h"
+#include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
+#include "qmUtility/timing/QMFPSCounter.h"
+#include "qmUtility/timing/QMTimer.h"
 
 #include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <climits>
+#include <cmath>
 #include <csignal>
+#include <cstddef>
+#include <exception>
 #include <iostream>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr const char* Help =
+    R"(usage: frameloop [--frames N] [--seconds S] [FILE]
+
+Draws bouncing balls with escape sequences until Ctrl-C. FILE (frameloop.ini)
+holds the settings, which can be edited meanwhile, and receives the statistics.
+
+  --frames N   end after N frames
+  --seconds S  end after S seconds
+  --help       print this text
+
+Exit code: 0 success, 1 FILE cannot be read or written, 2 wrong usage
+)";
 
 volatile std::sig_atomic_t interrupted = 0;
 
 extern "C" void Interrupt(int /*signal*/) { interrupted = 1; }
 
+CString Widen(const std::string& text)
+{
+    CString wide;
+    wide.Format(L"%hs", text.c_str());
+    return wide;
+}
+
+int ParseNumber(const std::string& name, const std::string& text, int min, int max)
+{
+    int number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || number < min || number > max)
+        throw std::runtime_error(name + " must be a whole number from " + std::to_string(min) + " to " +
+                                 std::to_string(max));
+    return number;
+}
+
+struct Options
+{
+    std::string File = "frameloop.ini";
+    unsigned long Frames = ULONG_MAX;
+    int Seconds = INT_MAX;
+    bool Help = false;
+};
+
+Options ParseArguments(const std::vector<std::string>& arguments)
+{
+    Options options;
+    for (std::size_t i = 0; i != arguments.size(); ++i) {
+        const std::string& word = arguments[i];
+        if (word == "--help")
+            options.Help = true;
+        else if (word == "--frames" && i + 1 != arguments.size())
+            options.Frames = ParseNumber(word, arguments[++i], 1, INT_MAX);
+        else if (word == "--seconds" && i + 1 != arguments.size())
+            options.Seconds = ParseNumber(word, arguments[++i], 1, INT_MAX);
+        else if (word[0] == '-')
+            throw std::runtime_error("unknown or incomplete option '" + word + "'");
+        else
+            options.File = word;
+    }
+    return options;
+}
+
+INIDocument LoadDocument(const std::string& file)
+try {
+    INIDocument document;
+    if (!document.Load(file))
+        throw std::runtime_error("cannot be read");
+    return document;
+} catch (const std::out_of_range&) { // as the library reports it
+    throw std::runtime_error("a section header has no \"]\"");
+}
+
+struct Settings
+{
+    int FrameLimit; ///< per second; 0 for none
+    int Balls;
+};
+
+Settings LoadSettings(const std::string& file)
+{
+    const INIDocument document = LoadDocument(file);
+    const auto number = [&](const std::string& key, const std::string& section, int min, int max) {
+        return ParseNumber(key, document.GetValue(key, section), min, max);
+    };
+    return {number("FrameLimit", "Frames", 0, 1000), number("Balls", "Picture", 0, 1000)};
+}
+
+/// The settings in force, which follow their file.
+class WatchedSettings
+{
+public:
+    /// @throws std::runtime_error when the settings cannot be loaded
+    explicit WatchedSettings(const std::string& file)
+        : m_file(file), m_watch(Widen(file)), m_settings(LoadSettings(file))
+    {}
+
+    const Settings& Get() const { return m_settings; }
+
+    /// Returns the settings as one line, or why those in the file are not in force.
+    CString Describe() const
+    {
+        CString text;
+        if (m_problem.empty())
+            text.Format(L"FrameLimit %d, Balls %d in %hs", m_settings.FrameLimit, m_settings.Balls,
+                        m_file.c_str());
+        else
+            text.Format(L"%hs: %hs", m_file.c_str(), m_problem.c_str());
+        return text;
+    }
+
+    /// Loads the settings if the file has changed. A file that was written since the last call may be
+    /// incomplete and is left to the next call; a file that is gone counts as modified until it is back.
+    void Update()
+    {
+        const bool isModified = m_watch.CheckModified();
+        const bool isJustWritten = isModified && m_watch.ApplyChanges();
+        if ((isModified || m_wasModified) && !isJustWritten)
+            Load();
+        m_wasModified = isModified;
+    }
+
+private:
+    void Load()
+    try {
+        m_settings = LoadSettings(m_file);
+        m_problem.clear();
+    } catch (const std::runtime_error& error) {
+        m_problem = error.what();
+    }
+
+    std::string m_file;
+    CQMFileCheck m_watch; ///< before the settings, so that no change is missed
+    bool m_wasModified = false;
+    Settings m_settings;
+    std::string m_problem;
+};
+
+/// Saves the statistics with one write; what else the file holds now stays.
+void SaveStatistics(const CQMFPSCounter& counter, double seconds, const std::string& file)
+{
+    INIDocument document = LoadDocument(file);
+    const auto set = [&](const char* key, const std::string& value) {
+        document.SetValue(key, value, "Statistics");
+    };
+    const auto toSeconds = [&](auto ticks) {
+        return std::to_string(static_cast<double>(ticks) / static_cast<double>(counter.GetTickPeriod()));
+    };
+    // From the last to the first, since a new key becomes the first of its section.
+    set("LongestFrame", toSeconds(counter.GetTickMaximum()));
+    set("AverageFrame", toSeconds(counter.GetTickAverage()));
+    set("ShortestFrame", toSeconds(counter.GetTickMinimum()));
+    set("FramesPerSecond", std::to_string(static_cast<double>(counter.GetTotalFrame()) / seconds));
+    set("Seconds", std::to_string(seconds));
+    set("Frames", std::to_string(counter.GetTotalFrame()));
+    if (!document.Save(file))
+        throw std::runtime_error("cannot be written");
+}
+
+constexpr int Rows = 12;
+constexpr int Columns = 64;
+
+/// Draws the balls where they are at a time, so that their speed does not depend on the frame rate.
+std::wstring DrawBalls(double seconds, int balls)
+{
+    std::vector<std::wstring> rows(Rows, std::wstring(Columns, L' '));
+    for (int ball = 0; ball != balls; ++ball) {
+        const double right = 0.5 + 0.5 * std::sin(seconds * (0.4 + 0.13 * ball) + ball);
+        const double down = 1 - std::abs(std::sin(seconds * (1.5 + 0.07 * ball) + ball));
+        rows[std::lround(down * (Rows - 1))][std::lround(right * (Columns - 1))] = L'o';
+    }
+    std::wstring picture;
+    for (const std::wstring& row : rows)
+        picture += row + L"\033[K\n"; // erases the rest of the line
+    return picture;
+}
+
+void Run(const Options& options)
+{
+    WatchedSettings settings(options.File);
+    const CQMDebugTraceStartEndMarker marker(L"Frame loop", true, true, false);
+    CQMFPSCounter counter(eQMFPSType_Instant);
+    counter.Reset(); // forgets the empty frames that measured the counter's own cost
+    CQMTimer stopwatch;
+    const auto start = Clock::now();
+    auto now = start;
+    auto nextUpdate = start + 100ms;
+    auto frameEnd = start;
+    CString toTop; // the first frame is drawn where the cursor is
+    CString figures;
+    do {
+        counter.Start();
+        if (now >= nextUpdate) {
+            nextUpdate = now + 100ms;
+            settings.Update();
+            figures.Format(L"%.1f frames per second (mean %.1f, min %.1f, max %.1f)", counter.GetFPS(),
+                           counter.GetFPSAverage(), counter.GetFPSMinimum(), counter.GetFPSMaximum());
+        }
+        const auto [frameLimit, balls] = settings.Get();
+        const std::wstring picture = DrawBalls(std::chrono::duration<double>(now - start).count(), balls);
+        CQMConsoleAPI::Log(L"%s%s%s\033[K\n%.79s\033[K\n", toTop.GetString(), picture.c_str(),
+                           figures.GetString(), settings.Describe().GetString());
+        toTop.Format(L"\033[%dA", Rows + 2);
+        if (frameLimit != 0) {
+            frameEnd = std::max(frameEnd + Clock::duration(1s) / frameLimit, Clock::now());
+            std::this_thread::sleep_until(frameEnd);
+        }
+        counter.End();
+        now = Clock::now();
+    } while (interrupted == 0 && counter.GetTotalFrame() < options.Frames &&
+             now - start < std::chrono::seconds(options.Seconds));
+    stopwatch.Stop(false);
+    stopwatch.LogLapsedTime(false, false, L"%d frames", static_cast<int>(counter.GetTotalFrame()));
+    SaveStatistics(counter, stopwatch.GetLapsedTime(false), options.File);
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    Options options;
+    try {
+        options = ParseArguments({argv + 1, argv + argc});
+    } catch (const std::runtime_error& error) {
+        std::cerr << "frameloop: " << error.what() << '\n';
+        return 2;
+    }
+    if (options.Help) {
+        std::cout << Help;
+        return 0;
+    }
     (void)std::signal(SIGINT, Interrupt);
     (void)std::signal(SIGTERM, Interrupt);
-    return hostapp::Run({argv + std::min(argc, 1), argv + argc}, std::cout, std::cerr,
-                        [] { return interrupted != 0; });
+    try {
+        Run(options);
+    } catch (const std::exception& error) {
+        std::cerr << "frameloop: " << options.File << ": " << error.what() << '\n';
+        return 1;
+    }
+    return 0;
 }

@@ -1,4 +1,4 @@
-// A tour of the timing classes. In brackets below each figure stands the one that the standard library's own
+// A tour of the timing classes. In parentheses below each figure is the one that the standard library's
 // clocks give.
 
 #include "qmUtility/host/qmConsole.h"
@@ -7,12 +7,11 @@
 #include "qmUtility/timing/QMFPSCounter.h"
 #include "qmUtility/timing/QMTimer.h"
 
-#include <algorithm>
 #include <chrono>
 #include <ctime>
-#include <numeric>
+#include <iostream>
+#include <string_view>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -24,7 +23,7 @@ double SecondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// The time that all threads of the process have spent on the processor.
+/// Returns the processor time that all threads of the process have used.
 double ProcessorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
 void Work(Clock::duration time)
@@ -34,31 +33,35 @@ void Work(Clock::duration time)
         continue;
 }
 
-void Stopwatch()
+void Explain(const wchar_t* text) { CQMConsoleAPI::Log(L"\n== %s\n", text); }
+
+void Compare(const wchar_t* clock, double seconds)
 {
-    CQMConsoleAPI::Log(
-        L"== A stopwatch with a title announces itself and runs at once. Some 50 ms later it reports to "
-        L"the console:\n");
+    CQMConsoleAPI::Log(L"    (%s: %.5f sec)\n", clock, seconds);
+}
+
+void TimeIntervals()
+{
+    Explain(
+        L"A stopwatch runs from its construction on, here with a title. It reports 50 ms to the console:");
     CQMTimer timer("Stopwatch");
     auto start = Clock::now();
     Work(50ms);
     timer.Stop(false);
     double seconds = SecondsSince(start);
     timer.LogLapsedTime(false, false, L"%d of %s", 50, L"100 parts");
-    CQMConsoleAPI::Log(L"    (steady_clock: %.5f sec)\n", seconds);
+    Compare(L"steady_clock", seconds);
 
-    CQMConsoleAPI::Log(L"\n== Started again, it reports some 30 ms to the debugger:\n");
+    Explain(L"Started again, it reports 30 ms to the debugger:");
     timer.Start(true, false);
     start = Clock::now();
     Work(30ms);
     timer.Stop(false);
     seconds = SecondsSince(start);
     timer.TraceLapsedTime(false, false, L"the rest");
-    CQMConsoleAPI::Log(L"    (steady_clock: %.5f sec)\n", seconds);
+    Compare(L"steady_clock", seconds);
 
-    CQMConsoleAPI::Log(
-        L"\n== A pause counts: paused after 20 ms and resumed 40 ms later, it reads the time up to Resume, "
-        L"and no longer runs:\n");
+    Explain(L"A pause counts: paused after 20 ms and resumed 40 ms later, it shows 60 ms and stays stopped:");
     timer.Start(true, false);
     start = Clock::now();
     Work(20ms);
@@ -68,99 +71,89 @@ void Stopwatch()
     seconds = SecondsSince(start);
     Work(20ms);
     timer.LogLapsedTime(true, false, L"with the pause");
-    CQMConsoleAPI::Log(L"    (steady_clock: %.5f sec)\n", seconds);
+    Compare(L"steady_clock", seconds);
 }
 
-void Markers()
+void MarkScopes()
 {
-    CQMConsoleAPI::Log(
-        L"\n== A marker writes a line when it is made and another when it goes, here with the wall-clock "
-        L"time of a wait of 120 ms:\n");
+    Explain(L"A marker reports the start and the end of a scope, here with the wall-clock time of a wait of "
+            L"120 ms:");
     const auto start = Clock::now();
     {
         const CQMDebugTraceStartEndMarker marker(L"Wait", true, true, false);
         std::this_thread::sleep_for(120ms);
     }
-    CQMConsoleAPI::Log(L"    (steady_clock: %.2f sec)\n", SecondsSince(start));
+    Compare(L"steady_clock", SecondsSince(start));
 
-    CQMConsoleAPI::Log(L"\n== The same wait takes next to no processor time:\n");
-    double before = ProcessorSeconds();
-    {
-        const CQMDebugTraceStartEndMarker marker(L"Wait", true, true, true);
-        std::this_thread::sleep_for(120ms);
-    }
-    CQMConsoleAPI::Log(L"    (clock: %.2f sec)\n", ProcessorSeconds() - before);
-
-    CQMConsoleAPI::Log(
-        L"\n== Two threads that work for 150 ms side by side take up to twice as much; this marker writes to "
-        L"the debugger:\n");
-    before = ProcessorSeconds();
+    Explain(
+        L"In processor time, two threads that work for 150 ms take up to 300 ms. This marker reports to the "
+        L"debugger:");
+    const double before = ProcessorSeconds();
     {
         const CQMDebugTraceStartEndMarker marker(L"Work", true, false, true);
         std::thread other(Work, 150ms);
         Work(150ms);
         other.join();
     }
-    CQMConsoleAPI::Log(L"    (clock: %.2f sec)\n", ProcessorSeconds() - before);
+    Compare(L"clock", ProcessorSeconds() - before);
 }
 
-void FrameRates()
+void CountFrames()
 {
-    CQMConsoleAPI::Log(
-        L"\n== The processor's counter makes %I64u ticks a second. A frame counter finds out what it costs "
-        L"itself, %I64u ticks a\n   frame here, and takes it off. Reset forgets the empty frames of that.\n",
-        cpu::GetClockSpeed(), CQMFPSCounter().GetTickTolerance());
-
-    CQMConsoleAPI::Log(
-        L"\n== A counter of the instant kind gives each frame a rate of its own. After 16 frames of 8 to "
-        L"15.5 ms:\n");
+    Explain(L"A frame counter in instant mode gives each frame a rate. After 16 frames of 8 to 15.5 ms:");
     CQMFPSCounter instant(eQMFPSType_Instant);
-    instant.Reset();
-    std::vector<double> rates;
+    instant.Reset(); // forgets the empty frames that measured the counter's own cost
+    double rate = 0;
+    double sum = 0;
     for (int i = 0; i != 16; ++i) {
         const auto start = Clock::now();
         instant.Start();
         Work(8ms + i * 500us);
         instant.End();
-        rates.push_back(1 / SecondsSince(start));
+        rate = 1 / SecondsSince(start);
+        sum += rate;
     }
-    const auto [smallest, largest] = std::minmax_element(rates.begin(), rates.end());
-    const wchar_t* const line =
-        L"%slast %.3f, smallest %.3f, largest %.3f, average %.3f frames per second%s\n";
-    CQMConsoleAPI::Log(line, L"", instant.GetFPS(), instant.GetFPSMinimum(), instant.GetFPSMaximum(),
-                       instant.GetFPSAverage(), L"");
-    CQMConsoleAPI::Log(line, L"    (steady_clock: ", rates.back(), *smallest, *largest,
-                       std::accumulate(rates.begin(), rates.end(), 0.0) / 16, L")");
+    CQMConsoleAPI::Log(L"last %.3f, mean %.3f frames per second\n", instant.GetFPS(),
+                       instant.GetFPSAverage());
+    CQMConsoleAPI::Log(L"    (steady_clock: last %.3f, mean %.3f)\n", rate, sum / 16);
 
-    CQMConsoleAPI::Log(
-        L"\n== The average kind measures every frame from the start of its period and adds those times up to "
-        L"a "
-        L"second; then it\n   divides the frames by that sum. Frames of 10 ms therefore fill a period with "
-        L"the 14th:\n");
+    Explain(L"In average mode it measures each frame from the start of its period, adds these times up to a "
+            L"second, and "
+            L"divides\n   the frames by the sum. Frames of 10 ms fill a period with the 14th:");
     CQMFPSCounter average(eQMFPSType_Average);
     average.Reset();
-    int frames = 0;
-    double sum = 0;
     const auto start = Clock::now();
+    sum = 0;
     while (average.GetFPS() == 0) {
         average.Start();
         Work(10ms);
         average.End();
         sum += SecondsSince(start);
-        ++frames;
     }
-    CQMConsoleAPI::Log(L"%.3f frames per second, %u frames\n", average.GetFPS(),
-                       static_cast<unsigned>(average.GetTotalFrame()));
-    CQMConsoleAPI::Log(L"    (steady_clock: %.3f frames per second, %d frames in a sum of %.3f sec)\n",
-                       frames / sum, frames, sum);
+    const auto frames = static_cast<unsigned>(average.GetTotalFrame());
+    CQMConsoleAPI::Log(L"%u frames, %.3f frames per second\n", frames, average.GetFPS());
+    CQMConsoleAPI::Log(L"    (steady_clock: %.3f frames per second)\n", frames / sum);
+
+    CQMConsoleAPI::Log(
+        L"\nThe processor counts %I64u ticks a second. The counter subtracts its own cost of %I64u ticks "
+        L"from each frame.\n",
+        cpu::GetClockSpeed(), average.GetTickTolerance());
 }
 
 } // namespace
 
-int main()
+int main(int argc, char* argv[])
 {
-    Stopwatch();
-    Markers();
-    FrameRates();
-    return 0;
+    if (argc == 2 && argv[1] == std::string_view("--help")) {
+        std::cout << "usage: timing_tour\n\n"
+                     "Shows what each timing class reports, beside the standard library's clocks.\n";
+        return 0;
+    }
+    if (argc > 1) {
+        std::cerr << "timing_tour: takes no arguments\n";
+        return 2;
+    }
+    TimeIntervals();
+    MarkScopes();
+    CountFrames();
 }

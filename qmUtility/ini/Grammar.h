@@ -8,21 +8,23 @@
 
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace ini {
 
 template <class Char>
 using RecordView = INIParser::BasicRecordView<Char>;
 
-/// Removes white space from both ends. Of all characters only these four count as white space.
+/// @return the text without white space at both ends. Of all characters only these four count as white space.
 template <class Char>
-void Trim(std::basic_string_view<Char>& text)
+std::basic_string_view<Char> Trimmed(std::basic_string_view<Char> text)
 {
     const auto isBlank = [](Char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
     while (!text.empty() && isBlank(text.back()))
         text.remove_suffix(1);
     while (!text.empty() && isBlank(text.front()))
         text.remove_prefix(1);
+    return text;
 }
 
 template <class Char>
@@ -92,54 +94,44 @@ private:
 /// Calls `visit` with each `Line` of a text. Only lines that end in a newline count: what follows the last
 /// newline is not read.
 template <class Char, class Visitor>
-void ScanLines(std::basic_string_view<Char> text, Visitor&& visit)
+void ScanLines(std::basic_string_view<Char> whole, Visitor&& visit)
 {
     using View = std::basic_string_view<Char>;
     const auto between = [](const Char* begin, const Char* end) {
         return View(begin, static_cast<std::size_t>(end - begin));
     };
-    const Char* const textEnd = text.data() + text.size();
-    Finder<Char> newline(text, '\n');
-    Finder<Char> bracket(text, '[');
-    Finder<Char> equals(text, '=');
+    const Char* const textEnd = whole.data() + whole.size();
+    Finder<Char> newline(whole, '\n');
+    Finder<Char> bracket(whole, '[');
+    Finder<Char> equals(whole, '=');
 
     const Char* end = nullptr;
-    for (const Char* begin = text.data(); (end = newline.From(begin)) != textEnd; begin = end + 1) {
-        Line<Char> line;
-        line.Raw = between(begin, end + 1);
-        line.Text = line.Raw;
-        Trim(line.Text);
-        if (line.Text.empty()) {
-            visit(line);
+    for (const Char* begin = whole.data(); (end = newline.From(begin)) != textEnd; begin = end + 1) {
+        const View raw = between(begin, end + 1);
+        const View text = Trimmed(raw);
+        // The line is put together at the end: filled in step by step, it would be in memory and not in
+        // registers.
+        if (text.empty()) {
+            visit(Line<Char>{LineKind::Blank, raw, text, Char(' '), {}, {}, {}, false});
             continue;
         }
-        View rest = line.Text;
         const bool isHeader = bracket.From(begin) < end; // a "[" anywhere, even in the value of a key
-        line.HasKey = equals.From(begin) < end;
-        if (IsCommentCharacter(rest.front())) {
-            if (!isHeader && !line.HasKey) {
-                line.Kind = LineKind::Comment;
-                visit(line);
-                continue;
-            }
-            line.Commented = rest.front();
-            rest.remove_prefix(1);
-            Trim(rest);
-        }
+        bool hasKey = equals.From(begin) < end;
+        const bool isCommented = IsCommentCharacter(text.front());
+        View rest = isCommented ? Trimmed(text.substr(1)) : text;
+        LineKind kind = hasKey ? LineKind::Key : isCommented ? LineKind::Comment : LineKind::Other;
+        View section;
         if (isHeader) {
             rest.remove_prefix(1); // any character; in a well-formed header, the "["
             const std::size_t close = rest.find(']');
-            line.Kind = close != View::npos ? LineKind::Header : LineKind::MalformedHeader;
-            rest = line.Section = rest.substr(0, close);
-            line.HasKey = equals.From(rest.data()) < rest.data() + rest.size();
-        } else
-            line.Kind = line.HasKey ? LineKind::Key : LineKind::Other;
-        if (line.HasKey) {
-            const Char* const split = equals.From(rest.data());
-            line.Key = between(rest.data(), split);
-            line.Value = between(split + 1, rest.data() + rest.size());
+            kind = close != View::npos ? LineKind::Header : LineKind::MalformedHeader;
+            rest = section = rest.substr(0, close);
+            hasKey = equals.From(rest.data()) < rest.data() + rest.size();
         }
-        visit(line);
+        const Char* const split = hasKey ? equals.From(rest.data()) : nullptr;
+        visit(Line<Char>{kind, raw, text, isCommented ? text.front() : Char(' '), section,
+                         hasKey ? between(rest.data(), split) : View(),
+                         hasKey ? between(split + 1, rest.data() + rest.size()) : View(), hasKey});
     }
 }
 
@@ -153,33 +145,24 @@ void Scan(std::basic_string_view<Char> text, Visitor&& visit)
     View section;
     View comments; // from the first pending comment to the newline of the last
     ScanLines(text, [&](const Line<Char>& line) {
-        RecordView<Char> record = {{}, line.Commented, {}, line.Key, line.Value};
-        switch (line.Kind) {
-        case LineKind::Blank:
+        if (line.Kind == LineKind::Blank)
             return; // comments stay pending
-        case LineKind::Comment: {
+        if (line.Kind == LineKind::Comment) {
             const Char* const begin = comments.empty() ? line.Text.data() : comments.data();
             comments = {begin, static_cast<std::size_t>(line.Raw.data() + line.Raw.size() - begin)};
             return;
         }
-        case LineKind::MalformedHeader:
+        if (line.Kind == LineKind::MalformedHeader)
             throw std::out_of_range("invalid string position");
-        case LineKind::Header:
+        if (line.Kind == LineKind::Other && !comments.empty())
+            return; // else it makes a record, empty in all its fields
+        if (line.Kind == LineKind::Header) {
             section = line.Section;
             if (line.HasKey)
                 comments = {}; // the comments above a header with "=" in its name are lost
-            break;
-        case LineKind::Key:
-            break;
-        case LineKind::Other: // makes an empty record, but not below a comment
-            if (comments.empty())
-                visit(record);
-            return;
         }
-        record.Section = section;
-        record.Comments = comments;
-        comments = {};
-        visit(record);
+        visit(RecordView<Char>{std::exchange(comments, {}), line.Commented,
+                               line.Kind == LineKind::Other ? View() : section, line.Key, line.Value});
     });
 }
 
@@ -189,8 +172,7 @@ template <class Char, class Visitor>
 void EachComment(std::basic_string_view<Char> range, Visitor visit)
 {
     for (std::size_t end = 0; (end = range.find('\n')) != range.npos; range.remove_prefix(end + 1)) {
-        auto line = range.substr(0, end);
-        Trim(line);
+        const auto line = Trimmed(range.substr(0, end));
         if (!line.empty() && IsCommentCharacter(line.front()))
             visit(line);
     }

@@ -22,35 +22,41 @@ class Output
 public:
     Output(const std::basic_string<Char>& path, const std::locale& locale) : m_encoding(locale)
     {
-        m_file.rdbuf()->pubsetbuf(m_buffer.data(), std::ssize(m_buffer));
-        ini::Open(m_file, path);
+        m_file.pubsetbuf(m_fileBuffer.data(), std::ssize(m_fileBuffer));
+        m_isGood = ini::OpenForWriting(m_file, path);
     }
 
     bool IsOpen() const { return m_file.is_open(); }
 
     Output& operator<<(std::basic_string_view<Char> text)
     {
-        if constexpr (std::is_same_v<Char, char>)
-            m_file.write(text.data(), static_cast<std::streamsize>(text.size()));
-        else
-            m_encoding.Write(m_file, text);
+        while (m_end = m_encoding.Encode(text, m_end, m_record.data() + m_record.size()), !text.empty())
+            Flush();
         return *this;
     }
 
     Output& operator<<(Char c) { return *this << std::basic_string_view<Char>(&c, 1); }
 
-    void Flush() { m_file.flush(); }
+    void Flush()
+    {
+        const auto size = std::exchange(m_end, m_record.data()) - m_record.data();
+        m_isGood = m_isGood && m_file.sputn(m_record.data(), size) == size && m_file.pubsync() == 0;
+    }
 
     void Finish()
     {
-        if constexpr (!std::is_same_v<Char, char>)
-            m_encoding.Finish(m_file);
+        m_end = m_encoding.Finish(m_end, m_record.data() + m_record.size());
+        Flush();
     }
 
 private:
-    std::array<char, 8192> m_buffer;
-    std::ofstream m_file;
-    ini::Encoding m_encoding;
+    std::array<char, 4096>
+        m_record; ///< what is written next: the stream's own calls for each field take longer
+    char* m_end = m_record.data();
+    std::array<char, 4096 + 1> m_fileBuffer; ///< has room for `m_record`
+    std::filebuf m_file;
+    bool m_isGood;
+    ini::Encoding<Char> m_encoding;
 };
 
 /// @return whether a range of comment lines is as `NormalizedComments` makes it.
@@ -58,8 +64,7 @@ template <class Char>
 bool IsNormalized(std::basic_string_view<Char> comments)
 {
     for (std::size_t end = 0; (end = comments.find('\n')) != comments.npos; comments.remove_prefix(end + 1)) {
-        auto line = comments.substr(0, end);
-        ini::Trim(line);
+        const auto line = ini::Trimmed(comments.substr(0, end));
         if (line.size() != end || line.empty() || !ini::IsCommentCharacter(line.front()))
             return false;
     }
@@ -100,18 +105,13 @@ bool BasicINIDocument<Char>::Load(const String& path)
         return false;
 
     BasicINIDocument loaded; // with the conversion of now
-    View text;
-    if constexpr (std::is_same_v<Char, char>) {
-        text = *bytes;
-        loaded.m_text = std::shared_ptr<const char[]>(std::move(bytes->Data));
-    } else {
-        auto decoded = ini::Encoding(loaded.m_locale).Decode(*bytes);
-        if (!decoded)
-            return false;
-        const auto kept = std::make_shared<const String>(std::move(*decoded));
-        text = *kept;
-        loaded.m_text = kept;
-    }
+    auto decoded = ini::Encoding<Char>(loaded.m_locale).Decode(std::move(*bytes));
+    if (!decoded)
+        return false;
+    const View text = *decoded;
+    loaded.m_text = std::move(decoded->Data);
+    constexpr std::size_t bytesPerRecord = 48; // usual share of the file, so that the list grows once at most
+    loaded.m_records.reserve(text.size() / bytesPerRecord);
     ini::Scan(text, [&](RecordView record) {
         if (!IsNormalized(record.Comments))
             record.Comments = loaded.Keep(ini::NormalizedComments<Char>(record.Comments));

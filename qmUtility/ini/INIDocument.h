@@ -121,7 +121,7 @@ private:
     QMUTILITY_PRIVATE bool ChangeSection(View section, Change change);
 
     Records m_records;                                 ///< views into the texts below
-    std::shared_ptr<const void> m_text;                ///< what was loaded; never changed, so copies share it
+    std::shared_ptr<const Char[]> m_text;              ///< what was loaded; never changed, so copies share it
     std::vector<std::shared_ptr<const String>> m_kept; ///< texts of edits; never changed either
     std::locale m_locale;                              ///< converts between bytes and `wchar_t`
 };

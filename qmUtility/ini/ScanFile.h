@@ -121,13 +121,13 @@ private:
 template <class Char, class Visitor>
 bool ScanFile(const String<Char>& path, Visitor&& visit)
 {
-    const auto bytes = ReadFile(path);
+    auto bytes = ReadFile(path);
     if (!bytes)
         return false;
     if constexpr (!std::is_same_v<Char, char>) {
-        const Encoding encoding{std::locale()};
+        const Encoding<Char> encoding{std::locale()};
         if (!encoding.BytesAreCharacters()) {
-            const auto text = encoding.Decode(*bytes);
+            const auto text = encoding.Decode(std::move(*bytes));
             if (text)
                 Scan(std::wstring_view(*text), visit);
             return text.has_value();

@@ -1,7 +1,7 @@
 #include "qmUtility/ini/TextFile.h"
 
 #include <algorithm>
-#include <array>
+#include <climits>
 #include <filesystem>
 #include <type_traits>
 
@@ -24,21 +24,17 @@ std::optional<std::filesystem::path> NativePath(const std::wstring& path)
 }
 
 /// Opens nothing for a path with a NUL: the system would end it there, and open another file.
-template <class Stream>
-void OpenFile(Stream& file, const std::string& path, std::ios::openmode mode)
+bool Open(std::filebuf& file, const std::string& path, std::ios::openmode mode)
 {
-    file.imbue(std::locale::classic()); // bytes as they are, whatever the global locale
-    if (path.find('\0') == std::string::npos)
-        file.open(path, mode);
+    file.pubimbue(std::locale::classic()); // bytes as they are, whatever the global locale
+    return path.find('\0') == std::string::npos && file.open(path, mode) != nullptr;
 }
 
-template <class Stream>
-void OpenFile(Stream& file, const std::wstring& path, std::ios::openmode mode)
+bool Open(std::filebuf& file, const std::wstring& path, std::ios::openmode mode)
 {
-    file.imbue(std::locale::classic());
+    file.pubimbue(std::locale::classic());
     const auto native = NativePath(path);
-    if (native && path.find(L'\0') == std::wstring::npos)
-        file.open(*native, mode);
+    return native && path.find(L'\0') == std::wstring::npos && file.open(*native, mode) != nullptr;
 }
 
 /// The first buffer of a read: most INI files fit, and it is below the size from which common allocators take
@@ -46,106 +42,88 @@ void OpenFile(Stream& file, const std::wstring& path, std::ios::openmode mode)
 constexpr std::size_t FirstCapacity = std::size_t{96} * 1024;
 
 template <class Path>
-std::optional<Bytes> Read(const Path& path)
+std::optional<Text<char>> Read(const Path& path)
 {
-    std::ifstream file;
+    std::filebuf file;
     // Not in text mode: on Windows a Ctrl-Z would end the file there, and an edit would lose the rest. The
     // carriage returns that text mode removes are trimmed with the lines.
-    OpenFile(file, path, std::ios::in | std::ios::binary);
-    if (!file.is_open())
+    if (!Open(file, path, std::ios::in | std::ios::binary))
         return std::nullopt;
 
     // The reported size only tells how much memory to use after the first buffer: a pipe reports none, system
     // files report too little, a directory anything.
-    const std::streamoff reported = file.rdbuf()->pubseekoff(0, std::ios::end);
-    if (reported >= 0 && file.rdbuf()->pubseekoff(0, std::ios::beg) != 0)
+    const std::streamoff reported = file.pubseekoff(0, std::ios::end);
+    if (reported >= 0 && file.pubseekoff(0, std::ios::beg) != 0)
         return std::nullopt; // it would be read from its end, as an empty file
 
+    std::istream stream(&file);
     std::size_t capacity = FirstCapacity;
-    Bytes bytes = {std::make_unique_for_overwrite<char[]>(capacity)};
+    Text<char> bytes(capacity);
     for (;;) {
-        file.read(bytes.Data.get() + bytes.Size, static_cast<std::streamsize>(capacity - bytes.Size));
-        bytes.Size += static_cast<std::size_t>(file.gcount());
-        if (file.bad())
+        stream.read(bytes.Data.get() + bytes.Size, static_cast<std::streamsize>(capacity - bytes.Size));
+        bytes.Size += static_cast<std::size_t>(stream.gcount());
+        if (stream.bad())
             return std::nullopt;
-        if (file.eof())
+        if (stream.eof())
             return bytes;
         capacity =
             std::max(capacity * 2, static_cast<std::size_t>(std::max<std::streamoff>(reported, 0)) + 1);
-        auto larger = std::make_unique_for_overwrite<char[]>(capacity);
-        std::copy_n(bytes.Data.get(), bytes.Size, larger.get());
-        bytes.Data = std::move(larger);
+        Text<char> larger(capacity);
+        std::copy_n(bytes.Data.get(), bytes.Size, larger.Data.get());
+        bytes.Data = std::move(larger.Data);
     }
 }
 
 } // namespace
 
-std::optional<Bytes> ReadFile(const std::string& path) { return Read(path); }
-std::optional<Bytes> ReadFile(const std::wstring& path) { return Read(path); }
+std::optional<Text<char>> ReadFile(const std::string& path) { return Read(path); }
+std::optional<Text<char>> ReadFile(const std::wstring& path) { return Read(path); }
 
-void Open(std::ofstream& file, const std::string& path) { OpenFile(file, path, std::ios::out); }
-void Open(std::ofstream& file, const std::wstring& path) { OpenFile(file, path, std::ios::out); }
+bool OpenForWriting(std::filebuf& file, const std::string& path) { return Open(file, path, std::ios::out); }
+bool OpenForWriting(std::filebuf& file, const std::wstring& path) { return Open(file, path, std::ios::out); }
 
-Encoding::Encoding(const std::locale& locale) : m_locale(locale) {}
+Encoding<wchar_t>::Encoding(const std::locale& locale) : m_locale(locale) {}
 
-bool Encoding::BytesAreCharacters() const
+std::optional<Text<wchar_t>> Encoding<wchar_t>::Decode(Text<char> bytes) const
 {
-    return &m_conversion == &std::use_facet<Conversion>(std::locale::classic());
-}
-
-std::optional<std::wstring> Encoding::Decode(std::string_view bytes) const
-{
-    std::wstring text(bytes.size(), L'\0');
-    if (BytesAreCharacters()) {
-        std::transform(bytes.begin(), bytes.end(), text.begin(),
-                       [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
-        return text;
+    const std::string_view from = bytes;
+    Text<wchar_t> text(from.size());
+    wchar_t* const begin = text.Data.get();
+    wchar_t* end = begin;
+    if (BytesAreCharacters())
+        end = std::transform(from.begin(), from.end(), begin,
+                             [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
+    else {
+        std::mbstate_t state{};
+        const char* read = nullptr;
+        const auto result = m_conversion.in(state, from.data(), from.data() + from.size(), read, begin,
+                                            begin + from.size(), end);
+        if (result != Conversion::ok)
+            return std::nullopt;
     }
-    std::mbstate_t state{};
-    const char* read = nullptr;
-    wchar_t* written = nullptr;
-    const auto result = m_conversion.in(state, bytes.data(), bytes.data() + bytes.size(), read, text.data(),
-                                        text.data() + text.size(), written);
-    if (result != Conversion::ok)
-        return std::nullopt;
-    text.resize(static_cast<std::size_t>(written - text.data()));
+    text.Size = static_cast<std::size_t>(end - begin);
     return text;
 }
 
-void Encoding::Write(std::ostream& out, std::wstring_view text)
+char* Encoding<wchar_t>::EncodeByLocale(std::wstring_view& text, char* to, char* end)
 {
-    std::array<char, 512> buffer;
-    const wchar_t* const end = text.data() + text.size();
-    const auto convert = [&](const wchar_t*& from, const wchar_t* to) {
-        char* written = buffer.data();
-        m_conversion.out(m_state, from, to, from, written, written + buffer.size(), written);
-        out.write(buffer.data(), written - buffer.data());
-    };
-    for (const wchar_t* from = text.data(); from != end;) {
-        const wchar_t* const before = from;
-        if (BytesAreCharacters()) {
-            from += std::min(end - from, std::ssize(buffer));
-            std::transform(before, from, buffer.begin(), [](wchar_t c) {
-                return static_cast<char32_t>(c) <= 0xFF ? static_cast<char>(c) : '?';
-            });
-            out.write(buffer.data(), from - before);
-            continue;
+    while (!text.empty() && end - to >= MB_LEN_MAX) {
+        const wchar_t* next = text.data();
+        m_conversion.out(m_state, next, next + text.size(), next, to, end, to);
+        if (next == text.data()) { // there is room, so the character cannot be encoded
+            const wchar_t mark = L'?';
+            m_conversion.out(m_state, &mark, &mark + 1, next, to, end, to);
+            next = text.data() + 1;
         }
-        convert(from, end);
-        if (from == before) { // stuck at a character that cannot be encoded
-            ++from;
-            const wchar_t* mark = L"?";
-            convert(mark, mark + 1);
-        }
+        text.remove_prefix(static_cast<std::size_t>(next - text.data()));
     }
+    return to;
 }
 
-void Encoding::Finish(std::ostream& out)
+char* Encoding<wchar_t>::Finish(char* to, char* end)
 {
-    std::array<char, 16> buffer;
-    char* end = buffer.data();
-    m_conversion.unshift(m_state, buffer.data(), buffer.data() + buffer.size(), end);
-    out.write(buffer.data(), end - buffer.data());
+    m_conversion.unshift(m_state, to, end, to);
+    return to;
 }
 
 } // namespace ini
