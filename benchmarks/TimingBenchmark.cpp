@@ -24,7 +24,7 @@ public:
     static void Log(const wchar_t* format, ...);
 };
 
-void CQMConsoleAPI::Log(const wchar_t* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp): the interface
+void CQMConsoleAPI::Log(const wchar_t* /*format*/, ...) {}
 
 namespace {
 

@@ -70,7 +70,6 @@ Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_
 } // namespace
 
 // The library, the standard library's streams included, calls these for the system's.
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's are reserved
 
 extern "C" ssize_t read(int file, void* buffer, std::size_t size)
 {
@@ -114,7 +113,7 @@ extern "C" int fclose(std::FILE* file)
     return Fails("fclose", EIO) ? EOF : result;
 }
 
-extern "C" int open(const char* path, int flags, ...) // NOLINT(cert-dcl50-cpp): the system's declaration
+extern "C" int open(const char* path, int flags, ...)
 {
     return Fails("open", EMFILE) ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0600));
 }
@@ -128,8 +127,6 @@ extern "C" int statx(int folder, const char* path, int flags, unsigned mask, str
 {
     return Call(&statx, "statx", -1, EIO, folder, path, flags, mask, status);
 }
-
-// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 void* operator new(std::size_t size)
 {

@@ -34,5 +34,4 @@ bool CQMFileCheck::CheckModified()
     return current.m_mtime != m_status.m_mtime;
 }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): called on an object
 bool CQMFileCheck::CheckRenamed() { return true; }

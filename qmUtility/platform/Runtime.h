@@ -12,7 +12,6 @@
 /// @param mode L"rb": reading, in binary mode. No other mode is supported.
 /// @return closed by the caller with `std::fclose`; null when the file cannot be read, as a directory cannot.
 ///   `errno` is EINVAL after another mode and unspecified after a file that cannot be read.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the runtime's name
 std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode);
 
 #endif

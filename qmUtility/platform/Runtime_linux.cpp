@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cwchar>
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the runtime's name
 std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode)
 {
     if (std::wcscmp(mode, L"rb") != 0) {

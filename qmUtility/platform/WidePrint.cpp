@@ -324,7 +324,6 @@ std::ptrdiff_t VPrint(wchar_t* buffer, std::size_t capacity, const wchar_t* form
     return printer.Run(format != nullptr ? format : L"") ? printer.End() - buffer : -1;
 }
 
-// NOLINTNEXTLINE(cert-dcl50-cpp): a printing function
 std::ptrdiff_t Print(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...)
 {
     std::va_list arguments;

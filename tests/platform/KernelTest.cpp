@@ -23,7 +23,6 @@ int niceResult = 0;
 
 // What the library asks the system for.
 
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
 extern "C" int setpriority(__priority_which_t which, id_t who, int nice) noexcept
 {
     EXPECT_EQ(which, PRIO_PROCESS);
@@ -33,7 +32,6 @@ extern "C" int setpriority(__priority_which_t which, id_t who, int nice) noexcep
 }
 
 /// 500.000001 seconds in the kernel, 7.999999 out of it.
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
 extern "C" int getrusage(__rusage_who_t /*who*/, rusage* usage) noexcept
 {
     *usage = {};
