@@ -161,7 +161,7 @@ struct Operation
     std::function<std::size_t(const std::string& path)> Run;
 };
 
-const std::vector<Operation> operations = {
+const std::vector<Operation> Operations = {
     {"GetValue", [](auto& p) { return INIParser::GetValue("l", "S", p).size(); }},
     {"wide GetValue", [](auto& p) { return INIParser::GetValue(L"l", L"S", Wide(p)).size(); }},
     {"GetRecord", [](auto& p) { return INIParser::GetRecord("k", "S", p).size(); }},
@@ -191,7 +191,7 @@ const std::vector<Operation> operations = {
     {"SetSectionComments", [](auto& p) { return INIParser::SetSectionComments("; x", "S", p); }},
 };
 
-const std::vector<Operation> watchOperations = {
+const std::vector<Operation> WatchOperations = {
     {"CheckDeleted", [](auto& p) { return Watch(p).CheckDeleted(); }},
     {"CheckModified", [](auto& p) { return Watch(p).CheckModified(); }},
     {"ApplyChanges", [](auto& p) { return Watch(p).ApplyChanges(); }},
@@ -286,7 +286,7 @@ TEST_F(Faults, EachCallOfEachOperationFails)
         const std::locale before = std::locale::global(std::locale(locale));
         areAllToFail = all;
         m_text = TextWith(length);
-        for (const auto* const list : {&operations, &watchOperations})
+        for (const auto* const list : {&Operations, &WatchOperations})
             for (const Operation& operation : *list)
                 points += FailEach(operation);
         std::locale::global(before);
@@ -297,7 +297,7 @@ TEST_F(Faults, EachCallOfEachOperationFails)
 
 TEST_F(Faults, EachOperationReadsItsFileOnce)
 {
-    for (const Operation& operation : operations) {
+    for (const Operation& operation : Operations) {
         opens = 0;
         Run(operation);
         EXPECT_EQ(opens, operation.Name == std::string("Create") ? 1 : 2)

@@ -1,5 +1,5 @@
 /// @file
-/// Random operations on a file or on a document, each compared with the model's: its result, and what the file or the
+/// Random Operations on a file or on a document, each compared with the model's: its result, and what the file or the
 /// document then holds.
 
 #include "tests/fuzz/Model.h"
@@ -91,7 +91,7 @@ struct Session
     std::string Path;
     std::string Text;
     model::Records<char> Records;
-    bool IsOfFile = true; ///< whether operations are those of `INIParser`, which read and write the file
+    bool IsOfFile = true; ///< whether Operations are those of `INIParser`, which read and write the file
     INIDocument Document;
 };
 
@@ -132,7 +132,7 @@ void CheckLookups(Session& s)
 
 using Operation = std::function<void(Session&)>;
 
-const Operation operations[] = {
+const Operation Operations[] = {
     CheckLookups,
     [](Session& s) {
         const auto key = s.Key(), value = s.Data.ConsumeRandomLengthString(16), section = s.Section();
@@ -253,7 +253,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         session.Records = model::Load(session.Text);
         Require(session.Document.Load(session.Path), "the document is loaded");
         for (int i = 0; i != steps; ++i) {
-            data.PickValueInArray(operations)(session);
+            data.PickValueInArray(Operations)(session);
             if (session.IsOfFile)
                 session.Records = model::Load(session.Text);
         }
