@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-fuzzers=(grammar operations print paths)
+fuzzers=(grammar operations print)
 case "${1:-}" in
 '' | *[!0-9]*)
     echo "usage: scripts/fuzz.sh SECONDS" >&2
