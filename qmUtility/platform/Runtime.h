@@ -7,8 +7,8 @@
 
 #if !defined(_WIN32)
 
-/// Opens a file by its wide path, converted as `CFile::GetStatus` converts it. It does not wait for the other
-/// end of a pipe.
+/// Opens a file for reading. It does not wait for the other end of a pipe.
+/// @param path is converted as `CFile::GetStatus` converts it.
 /// @param mode L"rb"; other modes are not supported and behave the same.
 /// @return the file, which the caller closes; null for a directory and for a file that cannot be opened for
 ///   reading. `errno` is unspecified then.

@@ -35,6 +35,7 @@ TEST(Array, GrowsByAnEighthWithinBounds)
             const int* const before = &array[0];
             const std::ptrdiff_t size = array.GetSize();
             EXPECT_EQ(array.Add(array[0]), size); // a reference that growing invalidates
+            EXPECT_EQ(array[size], 77);
             if (&array[0] != before)
                 moves.push_back(array.GetSize());
         }
@@ -46,7 +47,7 @@ TEST(Array, GrowsByAnEighthWithinBounds)
         add(1100);
         EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{2, 6, 10, 14, 18, 22, 26, 30, 34, 38, 42, 47, 52, 58,
                                                       20'001, 21'025}));
-        EXPECT_EQ(std::pair(array[59], array[60]), std::pair(77, 0));
+        EXPECT_EQ(array[60], 0);
         array.SetSize(0); // releases the storage: the second round is like the first
         moves.clear();
     }
