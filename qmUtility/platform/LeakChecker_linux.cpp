@@ -1,6 +1,6 @@
 #include "qmUtility/platform/LeakChecker.h"
 
-// Defined only in a process that runs with the checker.
+// Defined only in a process that runs with the leak checker.
 extern "C" __attribute__((weak)) void __lsan_ignore_object(const void* allocation);
 
 void platform::IgnoreLeak(const void* allocation)

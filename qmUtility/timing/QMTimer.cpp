@@ -146,8 +146,6 @@ void CQMTimer::_RestorePriority()
     m_nSavedPriority = NothingSaved;
 }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): the class fixes it as a member
 void CQMTimer::_Log(const wchar_t* text, double seconds) const { CQMConsoleAPI::Log(text, seconds); }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): the class fixes it as a member
 void CQMTimer::_Trace(const wchar_t* text) const { OutputDebugStringW(text); }
