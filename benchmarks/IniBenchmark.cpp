@@ -1,203 +1,293 @@
 /// @file
-/// What the INI operations cost beside other libraries, and beside what cannot be done without: for a lookup,
-/// reading the file once and finding every line end; for an edit, a write for each record. All in one
-/// process, as ratios of medians.
+/// INI operations beside other libraries and beside a lower bound: to read a file, one read and a search for
+/// every newline; to write one, a write for each record. Names are job/library/KiB.
 
 #include "benchmarks/IniPeers.h"
-#include "benchmarks/MedianReporter.h"
+#include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
 
-#include <array>
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
+#include <map>
 #include <memory>
+#include <string_view>
 
 namespace {
 
-constexpr std::array<std::size_t, 4> sizes = {4 << 10, 64 << 10, 1 << 20, 16 << 20};
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-const char* SizeName(std::size_t size)
+/// Opens a file without a buffer, so that each call is one of the system.
+File Open(const std::string& path, const char* mode)
 {
-    return size == sizes[0] ? "4 KiB" : size == sizes[1] ? "64 KiB" : size == sizes[2] ? "1 MiB" : "16 MiB";
+    File file(std::fopen(path.c_str(), mode), std::fclose);
+    Require(file && std::setvbuf(file.get(), nullptr, _IONBF, 0) == 0);
+    return file;
 }
 
-/// A generated file as settings files are: a comment above every fourth key, a header every `keysPerSection`
-/// keys.
-struct Sample
+void WriteEach(const std::string& path, const std::vector<std::string_view>& pieces)
 {
-    std::string Path;
-    std::string LastSection;
-    std::string LastKey;
-    std::size_t Sections = 0;
-    std::size_t Keys = 0;
+    const File file = Open(path, "w");
+    for (const std::string_view piece : pieces)
+        Require(std::fwrite(piece.data(), 1, piece.size(), file.get()) == piece.size());
+}
 
-    Sample(const std::filesystem::path& path, std::size_t size, std::size_t keysPerSection)
-        : Path(path.string())
+/// Splits a text into its records: each ends with its first line that is neither empty nor a comment.
+std::vector<std::string_view> Records(std::string_view text)
+{
+    std::vector<std::string_view> records;
+    for (std::size_t start = 0, line = 0; line < text.size();) {
+        const bool isRecord = text[line] != '#' && text[line] != '\n';
+        line = std::min(text.find('\n', line), text.size() - 1) + 1;
+        if (isRecord) {
+            records.push_back(text.substr(start, line - start));
+            start = line;
+        }
+    }
+    return records;
+}
+
+/// A settings file that exists as long as the object: one section of 25 keys in each KiB, a comment above
+/// every fourth key, sections and keys in no order.
+template <class Char>
+class Sample
+{
+public:
+    using String = std::basic_string<Char>;
+
+    struct Setting
     {
-        std::string text;
-        for (; text.size() < size; ++Keys) {
-            if (Keys % keysPerSection == 0) {
-                LastSection = "Section" + std::to_string(Sections++);
-                text += "[" + LastSection + "]\n";
+        String Section;
+        String Key;
+    };
+
+    std::string Path = (std::filesystem::temp_directory_path() / "qmUtility-benchmark.ini").string();
+    String OwnPath = String(Path.begin(), Path.end()); ///< in the characters of the library
+    std::string Text;
+    std::vector<Setting> Settings;
+
+    explicit Sample(const benchmark::State& state)
+    {
+        const std::int64_t sections = state.range(0);
+        for (std::int64_t i = 0; i != sections; ++i) {
+            const std::int64_t number = i * 7919 % sections;
+            const std::string section = "Section" + std::to_string(100'000 + number);
+            Text += '[' + section + "]\n";
+            for (int k = 0; k != 25; ++k) {
+                const std::string key = "Setting" + std::to_string(1'000'000 + number * 25 + k * 7 % 25);
+                if (k % 4 == 0)
+                    Text += "# the values that the next setting may take\n";
+                Text += key + "=value " + std::to_string(100'000 + i * 7919 % 900'000) + '\n';
+                Settings.push_back({String(section.begin(), section.end()), String(key.begin(), key.end())});
             }
-            if (Keys % 4 == 0)
-                text += "# what the next setting is for, and which values it takes\n";
-            LastKey = "SettingNumber" + std::to_string(Keys);
-            text += LastKey + "=the value of setting " + std::to_string(Keys * 7919) + "\n";
         }
-        std::ofstream(Path) << text;
+        Write();
     }
+
+    Sample(const Sample&) = delete;
+    Sample& operator=(const Sample&) = delete;
+    ~Sample() { std::filesystem::remove(Path); }
+
+    void Write() const { WriteEach(Path, {Text}); }
 };
 
-/// Reads a file once into fresh memory and finds every line end.
-std::size_t CountLines(const std::string& path)
+/// The static operations, with the interface of the peers.
+template <class C>
+class Parser
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "r"), std::fclose);
-    static_cast<void>(std::setvbuf(file.get(), nullptr, _IONBF, 0));
-    const auto size = static_cast<std::size_t>(std::filesystem::file_size(path));
-    const auto text = std::make_unique_for_overwrite<char[]>(size);
-    const char* const end = text.get() + std::fread(text.get(), 1, size, file.get());
-    std::size_t lines = 0;
-    for (const char* at = text.get();
-         (at = static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(end - at)))) !=
-         nullptr;
-         ++at)
-        ++lines;
-    return lines;
-}
+public:
+    using Char = C;
+    using String = std::basic_string<Char>;
 
-/// Fills a file with so many bytes, in as many writes as the sample has records.
-std::size_t WriteRecords(const std::string& path, const Sample& sample, std::size_t size)
-{
-    const std::size_t records = sample.Sections + sample.Keys;
-    const std::string record(size / records, 'x');
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "w"), std::fclose);
-    static_cast<void>(std::setvbuf(file.get(), nullptr, _IONBF, 0));
-    std::size_t written = 0;
-    for (std::size_t i = 0; i != records; ++i)
-        written += std::fwrite(record.data(), 1, record.size(), file.get());
-    return written;
-}
+    explicit Parser(const String& path) : m_path(path) {}
 
-template <class Call>
-void Register(const std::string& name, Call call)
-{
-    benchmark::RegisterBenchmark(name.c_str(), [call](benchmark::State& state) {
-        for (auto _ : state)
-            benchmark::DoNotOptimize(call());
-    })->Unit(benchmark::kMicrosecond);
-}
+    String Get(const String& section, const String& key) const
+    {
+        return INIParser::GetValue(key, section, m_path);
+    }
 
-/// The fastest peer at one job, with its time.
-struct Fastest
-{
-    std::string Name = "none";
-    double Time = 0.0;
+    void Set(const String& section, const String& key, const String& value)
+    {
+        Require(INIParser::SetValue(key, value, section, m_path));
+    }
+
+private:
+    const String& m_path;
 };
 
-Fastest FastestPeer(const MedianReporter& reporter, const std::vector<IniPeer>& peers, const std::string& job)
+/// The document, with the interface of the peers.
+template <class C>
+class Document
 {
-    Fastest fastest;
-    for (const IniPeer& peer : peers) {
-        const double time = reporter.Median(job + peer.Name);
-        if (time > 0.0 && (fastest.Time == 0.0 || time < fastest.Time))
-            fastest = {peer.Name, time};
+public:
+    using Char = C;
+    using String = std::basic_string<Char>;
+
+    explicit Document(const String& path) { Require(m_document.Load(path)); }
+
+    String Get(const String& section, const String& key) const { return m_document.GetValue(key, section); }
+
+    void Set(const String& section, const String& key, const String& value)
+    {
+        m_document.SetValue(key, value, section);
     }
-    return fastest;
+
+    void Save(const String& path) const { Require(m_document.Save(path)); }
+
+private:
+    BasicINIDocument<Char> m_document;
+};
+
+void ReadLines(benchmark::State& state)
+{
+    constexpr std::size_t capacity = 64 << 10; // stays in the cache
+    const auto text = std::make_unique<char[]>(capacity);
+    const Sample<char> sample(state);
+    for ([[maybe_unused]] auto _ : state) {
+        const File file = Open(sample.Path, "r");
+        std::size_t lines = 0;
+        while (const std::size_t size = std::fread(text.get(), 1, capacity, file.get()))
+            lines += static_cast<std::size_t>(std::count(text.get(), text.get() + size, '\n'));
+        benchmark::DoNotOptimize(lines);
+    }
 }
 
-/// @return a time in microseconds to three digits, in the unit that suits it.
-std::string Duration(double time)
+void WriteRecords(benchmark::State& state)
 {
-    std::array<char, 32> text;
-    const bool isLong = time >= 1000.0;
-    static_cast<void>(std::snprintf(text.data(), text.size(), "%.3g %s", isLong ? time / 1000.0 : time,
-                                    isLong ? "ms" : "us"));
-    return text.data();
+    const Sample<char> sample(state);
+    const std::vector<std::string_view> records = Records(sample.Text);
+    for ([[maybe_unused]] auto _ : state)
+        WriteEach(sample.Path, records);
 }
 
-void PrintTable(const MedianReporter& reporter, const std::vector<IniPeer>& peers, std::size_t sortedSections)
+template <class Library>
+void Load(benchmark::State& state)
 {
-    std::printf("\n| job | file | ours | limit | ours : limit | fastest peer | peer : ours |\n"
-                "|---|---|---:|---:|---:|---|---:|\n");
-    for (const char* const job : {"get", "get wide", "load", "set"})
-        for (const std::size_t size : sizes) {
-            const std::string prefix = std::string(job) + '/' + SizeName(size) + '/';
-            const std::string narrow = job == std::string("get wide") ? "get/" + prefix.substr(9) : prefix;
-            const double ours = reporter.Median(prefix + "ours");
-            if (ours == 0.0)
-                continue; // filtered out
-            const char* const limits = job == std::string("set") ? "write limit/" : "limit/";
-            const double limit = reporter.Median(limits + std::string(SizeName(size)));
-            const Fastest peer = FastestPeer(reporter, peers, narrow);
-            std::printf("| %s | %s | %s | %s | %.2f | %s, %s | %.2f |\n", job, SizeName(size),
-                        Duration(ours).c_str(), Duration(limit).c_str(), ours / limit, peer.Name.c_str(),
-                        Duration(peer.Time).c_str(), peer.Time / ours);
+    const Sample<typename Library::Char> sample(state);
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(Library(sample.OwnPath));
+}
+
+/// Looks up the last settings of a file.
+template <class Library>
+void Get(benchmark::State& state, int count)
+{
+    const Sample<typename Library::Char> sample(state);
+    for ([[maybe_unused]] auto _ : state) {
+        const Library library(sample.OwnPath);
+        for (auto setting = sample.Settings.end() - count; setting != sample.Settings.end(); ++setting)
+            Require(!library.Get(setting->Section, setting->Key).empty());
+    }
+}
+
+/// Looks up the last setting of a file with a library that need not keep the others.
+template <class Library>
+void Find(benchmark::State& state)
+{
+    const Sample<char> sample(state);
+    const auto& [section, key] = sample.Settings.back();
+    for ([[maybe_unused]] auto _ : state)
+        Require(!Library::Find(sample.Path, section, key).empty());
+}
+
+/// Changes the last settings of a file and saves it. A peer's text is saved in one write or, for the same
+/// guarantee as the library's one flush a record, in a write for each record: the cheapest way to either.
+template <class Library>
+void Set(benchmark::State& state, int count, bool writeEachRecord)
+{
+    const Sample<typename Library::Char> sample(state);
+    const std::string newValue = "a new value";
+    const decltype(sample.OwnPath) value(newValue.begin(), newValue.end());
+    for ([[maybe_unused]] auto _ : state) {
+        Library library(sample.OwnPath);
+        for (auto setting = sample.Settings.end() - count; setting != sample.Settings.end(); ++setting)
+            library.Set(setting->Section, setting->Key, value);
+        if constexpr (requires { library.Save(sample.OwnPath); })
+            library.Save(sample.OwnPath);
+        else if constexpr (requires { library.Text(); }) {
+            const std::string text = library.Text();
+            WriteEach(sample.Path, writeEachRecord ? Records(text) : std::vector<std::string_view>{text});
         }
-    const double lookup = reporter.Median("sort/lookup");
-    const double sort = reporter.Median("sort/ours");
-    if (sort > 0.0 && lookup > 0.0)
-        std::printf("\nSorting %zu sections in a 1 MiB file takes as long as %.0f lookups in it (%.0f us, "
-                    "%.1f us).\n",
-                    sortedSections, sort / lookup, sort, lookup);
+    }
 }
+
+void Sort(benchmark::State& state)
+{
+    const Sample<char> sample(state);
+    for ([[maybe_unused]] auto _ : state) {
+        Require(INIParser::Sort(sample.Path, false));
+        state.PauseTiming();
+        sample.Write();
+        state.ResumeTiming();
+    }
+}
+
+/// The sizes of the files of a job, in KiB. One of 4 KiB holds 100 settings.
+const std::map<std::string, std::vector<int>> sizes = {
+    {"get", {4, 64, 1024, 16384}}, {"load", {64, 1024, 16384}}, {"set", {64, 1024}},
+    {"sort", {1024, 16384}},       {"read 100", {4}},           {"write 100", {4}}};
+
+template <class Function, class... Arguments>
+void Register(const std::string& job, const std::string& library, Function function, Arguments... arguments)
+{
+    auto* const benchmark =
+        benchmark::RegisterBenchmark((job + '/' + library).c_str(), function, arguments...);
+    benchmark->Unit(benchmark::kMicrosecond);
+    for (const int kib : sizes.at(job))
+        benchmark->Arg(kib);
+}
+
+template <class Peer>
+void RegisterPeer(const std::string& name)
+{
+    if constexpr (requires { &Peer::Find; })
+        Register("get", name, Find<Peer>);
+    else
+        Register("get", name, Get<Peer>, 1);
+    Register("load", name, Load<Peer>);
+    Register("read 100", name, Get<Peer>, 100);
+    if constexpr (requires { &Peer::Text; }) {
+        Register("set", name, Set<Peer>, 1, false);
+        Register("write 100", name, Set<Peer>, 100, true);
+    }
+}
+
+[[maybe_unused]] const bool isRegistered = [] {
+    Register("get", "lower bound", ReadLines);
+    Register("load", "lower bound", ReadLines);
+    Register("read 100", "lower bound", ReadLines);
+    Register("set", "lower bound", WriteRecords);
+    Register("sort", "lower bound", WriteRecords);
+    Register("write 100", "lower bound", WriteRecords);
+
+    Register("get", "INIParser", Get<Parser<char>>, 1);
+    Register("get", "INIParser wide", Get<Parser<wchar_t>>, 1);
+    Register("load", "INIDocument", Load<Document<char>>);
+    Register("load", "WINIDocument", Load<Document<wchar_t>>);
+    Register("read 100", "INIDocument", Get<Document<char>>, 100);
+    Register("read 100", "INIParser", Get<Parser<char>>, 100);
+    Register("set", "INIParser", Set<Parser<char>>, 1, true);
+    Register("set", "INIParser wide", Set<Parser<wchar_t>>, 1, true);
+    Register("sort", "INIParser", Sort);
+    Register("write 100", "INIDocument", Set<Document<char>>, 100, true);
+    Register("write 100", "INIParser", Set<Parser<char>>, 100, true);
+
+#ifdef HAVE_SIMPLEINI
+    RegisterPeer<SimpleIni>("SimpleIni");
+#endif
+#ifdef HAVE_GLIB
+    RegisterPeer<GLib>("GLib");
+#endif
+#ifdef HAVE_INIH
+    RegisterPeer<Inih>("inih");
+#endif
+#ifdef HAVE_BOOST
+    RegisterPeer<PropertyTree>("Boost.PropertyTree");
+#endif
+    return true;
+}();
 
 } // namespace
-
-int main(int argc, char** argv)
-{
-    benchmark::Initialize(&argc, argv);
-
-    const std::filesystem::path folder = std::filesystem::temp_directory_path() / "qmUtility-benchmark";
-    std::filesystem::create_directories(folder);
-    const std::vector<IniPeer> peers = IniPeers();
-
-    for (const std::size_t size : sizes) {
-        const std::string suffix = '/' + std::string(SizeName(size)) + '/';
-        const Sample file(folder / (std::to_string(size) + ".ini"), size, 25);
-        const std::wstring wideSection(file.LastSection.begin(), file.LastSection.end());
-        const std::wstring wideKey(file.LastKey.begin(), file.LastKey.end());
-        const std::wstring widePath(file.Path.begin(), file.Path.end());
-        const Sample flat(folder / (std::to_string(size) + "-flat.ini"), size, size); // all in one section
-        // Each library edits a file of its own, in the form that it writes itself.
-        const auto edited = [&](const std::string& name) {
-            return Sample(folder / (std::to_string(size) + '-' + name + ".ini"), size, 25);
-        };
-
-        Register("limit/" + std::string(SizeName(size)), [=] { return CountLines(file.Path); });
-        Register("write limit/" + std::string(SizeName(size)),
-                 [=, path = (folder / "writes").string()] { return WriteRecords(path, file, size); });
-        Register("get" + suffix + "ours",
-                 [=] { return INIParser::GetValue(file.LastKey, file.LastSection, file.Path); });
-        Register("get wide" + suffix + "ours",
-                 [=] { return INIParser::GetValue(wideKey, wideSection, widePath); });
-        Register("load" + suffix + "ours",
-                 [=] { return INIParser::GetSection(flat.LastSection, flat.Path); });
-        Register("set" + suffix + "ours", [file = edited("ours")] {
-            return INIParser::SetValue(file.LastKey, "a new value", file.LastSection, file.Path);
-        });
-        for (const IniPeer& peer : peers) {
-            Register("get" + suffix + peer.Name,
-                     [=] { return peer.Get(file.Path, file.LastSection, file.LastKey); });
-            Register("load" + suffix + peer.Name, [=] { return peer.Load(flat.Path, flat.LastSection); });
-            if (peer.Set)
-                Register("set" + suffix + peer.Name, [peer, file = edited(peer.Name)] {
-                    peer.Set(file.Path, file.LastSection, file.LastKey, "a new value");
-                    return 0;
-                });
-        }
-    }
-
-    const Sample sorted(folder / "sorted.ini", 1'020'000, 16); // 1,000 sections
-    Register("sort/lookup",
-             [=] { return INIParser::GetValue(sorted.LastKey, sorted.LastSection, sorted.Path); });
-    Register("sort/ours", [=] { return INIParser::Sort(sorted.Path, false); });
-
-    MedianReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    PrintTable(reporter, peers, sorted.Sections);
-    std::filesystem::remove_all(folder);
-    return 0;
-}

@@ -1,4 +1,6 @@
-#include "benchmarks/MedianReporter.h"
+/// @file
+/// The timing classes beside what their work takes at least. Names are job/library.
+
 #include "qmUtility/framework/CString.h"
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/host/qmSystemInfo.h"
@@ -7,20 +9,22 @@
 #include "qmUtility/timing/QMFPSCounter.h"
 #include "qmUtility/timing/QMTimer.h"
 
+#include <benchmark/benchmark.h>
+
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cwchar>
 
-/// The console that the library comes with; in this program `CQMConsoleAPI` is one that discards.
+/// The default console, compiled under this name; `CQMConsoleAPI` discards in this program.
 class DefaultConsole
 {
 public:
     static void Log(const wchar_t* format, ...);
 };
 
-void CQMConsoleAPI::Log(const wchar_t* /*format*/, ...) {} // NOLINT(cert-dcl50-cpp): the interface
+void CQMConsoleAPI::Log(const wchar_t* /*format*/, ...) {}
 
 namespace {
 
@@ -38,7 +42,7 @@ void TwoCounts(benchmark::State& state)
         benchmark::DoNotOptimize(Count() - start);
     }
 }
-BENCHMARK(TwoCounts);
+BENCHMARK(TwoCounts)->Name("stopwatch, start and read/two counter reads");
 
 void Stopwatch(benchmark::State& state)
 {
@@ -48,7 +52,7 @@ void Stopwatch(benchmark::State& state)
         benchmark::DoNotOptimize(timer.GetLapsedTime(true));
     }
 }
-BENCHMARK(Stopwatch);
+BENCHMARK(Stopwatch)->Name("stopwatch, start and read/qmUtility");
 
 void TwoTicks(benchmark::State& state)
 {
@@ -57,29 +61,35 @@ void TwoTicks(benchmark::State& state)
         benchmark::DoNotOptimize(cpu::GetTick());
     }
 }
-BENCHMARK(TwoTicks);
+BENCHMARK(TwoTicks)->Name("frame, instant mode/two tick reads");
+BENCHMARK(TwoTicks)->Name("frame, average mode/two tick reads");
 
-void Frame(benchmark::State& state, eQMFPSType type)
+void Frames(CQMFPSCounter& counter, int count)
 {
-    CQMFPSCounter counter(type);
-    const auto frame = [&counter] {
+    for (int i = 0; i != count; ++i) {
         counter.Start();
         counter.End();
-    };
-    for (int i = 0; i != 10'000; ++i) // so that the ring of durations is full, as it mostly is
-        frame();
-    for ([[maybe_unused]] auto _ : state)
-        frame();
+    }
 }
-BENCHMARK_CAPTURE(Frame, instant, eQMFPSType_Instant);
-BENCHMARK_CAPTURE(Frame, average, eQMFPSType_Average);
+
+void Frame(benchmark::State& state, eQMFPSType type, int count)
+{
+    CQMFPSCounter counter(type);
+    Frames(counter, 10'000); // fills the ring of durations, its usual state
+    for ([[maybe_unused]] auto _ : state)
+        Frames(counter, count);
+}
+BENCHMARK_CAPTURE(Frame, instant, eQMFPSType_Instant, 1)->Name("frame, instant mode/qmUtility");
+BENCHMARK_CAPTURE(Frame, average, eQMFPSType_Average, 1)->Name("frame, average mode/qmUtility");
+BENCHMARK_CAPTURE(Frame, calibration, eQMFPSType_Instant, 1001)
+    ->Name("frame counter, construct/the 1,001 frames of its calibration");
 
 void FrameCounter(benchmark::State& state)
 {
     for ([[maybe_unused]] auto _ : state)
         const CQMFPSCounter counter;
 }
-BENCHMARK(FrameCounter);
+BENCHMARK(FrameCounter)->Name("frame counter, construct/qmUtility");
 
 const wchar_t* const name = L"Loading the project";
 
@@ -93,14 +103,14 @@ void MarkersParts(benchmark::State& state)
         benchmark::DoNotOptimize(line.GetString());
     }
 }
-BENCHMARK(MarkersParts);
+BENCHMARK(MarkersParts)->Name("trace marker/formatting its lines, constructing a stopwatch");
 
 void Marker(benchmark::State& state)
 {
     for ([[maybe_unused]] auto _ : state)
         const CQMDebugTraceStartEndMarker marker(name, true, true, false);
 }
-BENCHMARK(Marker);
+BENCHMARK(Marker)->Name("trace marker/qmUtility");
 
 void FputwsAndFlush(benchmark::State& state)
 {
@@ -111,7 +121,7 @@ void FputwsAndFlush(benchmark::State& state)
     }
     (void)std::fclose(file);
 }
-BENCHMARK(FputwsAndFlush);
+BENCHMARK(FputwsAndFlush)->Name("line to the console/fputws and fflush");
 
 void Console(benchmark::State& state)
 {
@@ -124,40 +134,6 @@ void Console(benchmark::State& state)
     close(nowhere);
     close(original);
 }
-BENCHMARK(Console);
-
-void PrintTable(const MedianReporter& reporter)
-{
-    struct
-    {
-        const char* What;
-        const char* Ours;
-        const char* Limit;
-        double Allowed;
-    } const rows[] = {
-        {"stopwatch, Start and GetLapsedTime : two counter reads", "Stopwatch", "TwoCounts", 1.3},
-        {"frame of the instant kind : two tick reads", "Frame/instant", "TwoTicks", 6},
-        {"frame of the average kind : two tick reads", "Frame/average", "TwoTicks", 6},
-        {"frame counter, constructed : frame of the instant kind", "FrameCounter", "Frame/instant", 3000},
-        {"marker : formatting its lines and constructing a stopwatch", "Marker", "MarkersParts", 3},
-        {"line to the default console : fputws and a flush", "Console", "FputwsAndFlush", 2},
-    };
-    std::printf("\n| what takes how long | ns : ns | ratio | at most |\n|---|---|---|---|\n");
-    for (const auto& [what, ours, limit, allowed] : rows) {
-        const double time = reporter.Median(ours);
-        const double unit = reporter.Median(limit);
-        if (time > 0 && unit > 0)
-            std::printf("| %s | %.1f : %.1f | %.2f | %g |\n", what, time, unit, time / unit, allowed);
-    }
-}
+BENCHMARK(Console)->Name("line to the console/qmUtility");
 
 } // namespace
-
-int main(int argc, char** argv)
-{
-    benchmark::Initialize(&argc, argv);
-    MedianReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    PrintTable(reporter);
-    return 0;
-}

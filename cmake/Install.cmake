@@ -1,5 +1,5 @@
-# What the library needs at run time (component Runtime) and what it takes to build against it (Development): the
-# public headers by folder, the CMake package that find_package(qmUtility CONFIG) finds, and the file of pkg-config.
+# Installs the shared libraries (component Runtime), and the public headers, the CMake package for
+# find_package(qmUtility CONFIG) and the pkg-config file (component Development).
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/qmUtility")
@@ -29,7 +29,7 @@ install(FILES
   DESTINATION "${package_dir}"
   COMPONENT Development)
 
-# The file finds its folder's prefix by itself, so an installed tree can be moved.
+# The pkg-config file names its prefix relative to itself, so an installed copy can be moved.
 cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE pkgconfig_path)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${pkgconfig_path}" OUTPUT_VARIABLE pkgconfig_to_prefix)
 cmake_path(APPEND pkgconfig_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")

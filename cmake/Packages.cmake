@@ -1,5 +1,5 @@
-# The Debian packages, which "cmake --workflow --preset package" makes: one with the libraries, named after the
-# version of their interface, one to build against them, and one with the program qmini.
+# Debian packages, built by "cmake --workflow --preset package": the libraries, named for their major version, the
+# development files, and the tool qmini.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "qmUtility maintainers <qmutility@localhost>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
@@ -19,10 +19,11 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The shared libraries.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/qmUtility/framework" "${PROJECT_BINARY_DIR}/qmUtility/host")
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # and with it the trigger that lets the loader know the libraries
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+  "${PROJECT_BINARY_DIR}/qmUtility/framework" "${PROJECT_BINARY_DIR}/qmUtility/host")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # adds the trigger that updates the loader's cache
 
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, and the files of CMake and pkg-config.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, the CMake package and the pkg-config file.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqmutility-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")

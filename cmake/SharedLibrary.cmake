@@ -1,5 +1,4 @@
-# What all our shared libraries have in common: public headers by folder that compile as C++17, sources in
-# C++20, a versioned name, and nothing to be seen but what is meant to be.
+# Adds a shared library: public headers that compile as C++17, sources in C++20, a versioned name, hidden visibility.
 #
 #   qm_shared_library(<target> SOURCES <file>... HEADERS <public header>...)
 function(qm_shared_library target)
@@ -17,15 +16,15 @@ function(qm_shared_library target)
     VERIFY_INTERFACE_HEADER_SETS ${PROJECT_IS_TOP_LEVEL})
 
   if(WIN32)
-    set_target_properties(${target} PROPERTIES PREFIX "") # MinGW's would be "lib"
+    set_target_properties(${target} PROPERTIES PREFIX "") # "lib" by default with MinGW
   endif()
 
-  # Hidden visibility leaves one thing in the dynamic symbol table: what the standard library's templates make
-  # in our sources. The version script hides it. Our libraries find one another in their own folder.
+  # The version script hides what hidden visibility does not: instantiations of the standard library's templates.
+  # Nothing of a static library is exported. The libraries find one another in their own folder.
   if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     set(exports "${qmUtility_SOURCE_DIR}/cmake/exports.map")
-    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}")
-    if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize") # whose runtime may be the executable's
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}" "LINKER:--exclude-libs,ALL")
+    if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize") # the executable may define their runtime
       target_link_options(${target} PRIVATE "LINKER:-z,defs")
     endif()
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${exports}")

@@ -1,4 +1,4 @@
-# A toolchain file: builds for 64-bit Windows with Debian's MinGW compiler, and runs what it built under Wine.
+# Toolchain file: builds for 64-bit Windows with MinGW and runs the programs under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)

@@ -1,23 +1,17 @@
 #!/usr/bin/env bash
-# Sets the machine up, runs the tests counting the lines and branches that they take, and reports both for each
-# source of the library. The branches of exceptions that the compiler adds to nearly every call are left out. The
-# report is there to find what no test looks at; no figure in it is a goal. It also stands in
-# build/coverage/report.html, with every line.
+# Installs what is missing, runs the tests and reports which lines and branches of the library they execute. Branches
+# that the compiler adds for exceptions are left out. build/coverage/report.html shows every line.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh coverage
-cmake --preset coverage >/dev/null
-cmake --build --preset coverage
-find build/coverage -name '*.gcda' -delete # of earlier runs
-ctest --preset coverage
+mkdir -p build/coverage
+find build/coverage -name '*.gcda' -delete # counts of earlier runs
+cmake --workflow --preset coverage
 
 report() {
-    gcovr --root . --filter 'qmUtility/' --exclude-throw-branches \
-        --exclude-unreachable-branches --object-directory build/coverage "$@"
+    gcovr --root . --filter qmUtility/ --exclude-throw-branches --exclude-unreachable-branches "$@"
 }
-report --html-details build/coverage/report.html --json build/coverage/report.json
-echo "== lines"
+report --object-directory build/coverage --html-details build/coverage/report.html --json build/coverage/report.json
 report --add-tracefile build/coverage/report.json --txt
-echo "== branches"
 report --add-tracefile build/coverage/report.json --txt --branches

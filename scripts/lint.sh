@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
-# Sets the machine up and runs the checkers over every source: formatting, clang-tidy, cppcheck. No finding is
-# allowed. "scripts/lint.sh fix" formats the sources instead.
+# Installs what is missing and checks every source with clang-format, clang-tidy and cppcheck; any finding is an error.
+# "scripts/lint.sh fix" formats the sources instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh lint bench
-sources=$(git ls-files --cached --others --exclude-standard '*.h' '*.cpp')
-mapfile -t sources <<<"$sources"
+mapfile -t sources < <(git ls-files --cached --others --exclude-standard --deduplicate '*.h' '*.cpp')
 
 if [ "${1:-}" = fix ]; then
     clang-format -i "${sources[@]}"
@@ -18,7 +17,7 @@ clang-format --dry-run --Werror "${sources[@]}"
 
 echo "== clang-tidy"
 cmake --preset lint >/dev/null
-cmake --build build/lint --target document_sources >/dev/null # which the checkers want to be there
+cmake --build build/lint --target document_sources >/dev/null # generated sources of the tests
 run-clang-tidy -quiet -p build/lint "^$PWD/(?!build/)" 2>/dev/null >build/lint/clang-tidy.log ||
     { grep -v '^clang-tidy' build/lint/clang-tidy.log; exit 1; }
 

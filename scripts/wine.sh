@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs a Windows program under Wine, in a prefix of this tree that the first call makes (which takes some seconds).
+# Runs a Windows program under Wine, in a prefix in build/wine. The first call creates it, which takes some seconds.
 #
 #   scripts/wine.sh PROGRAM [ARGUMENT...]
 set -euo pipefail
@@ -13,9 +13,8 @@ if [ ! -e "$WINEPREFIX/ready" ]; then
     (
         flock 9
         [ -e "$WINEPREFIX/ready" ] || { wine wineboot --init && wineserver --wait && touch "$WINEPREFIX/ready"; }
-    ) 9>"$build/wine.lock" >/dev/null 2>&1 || { echo "wine: cannot make $WINEPREFIX" >&2; exit 1; }
+    ) 9>"$build/wine.lock" >/dev/null 2>&1 || { echo "wine: cannot create $WINEPREFIX" >&2; exit 1; }
 fi
-# Brings up Wine's services if they do not run. They outlive the program that starts them, and would keep the output
-# of this one open.
+# Starts Wine's services. They outlive the program that starts them and would keep its output open.
 wine cmd /c exit </dev/null >/dev/null 2>&1
 exec wine "$@"

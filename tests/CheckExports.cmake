@@ -1,10 +1,10 @@
-# Fails when a library exports anything but what belongs to its classes or namespaces, whose mangled names are given.
+# Fails if a library exports a symbol outside its public classes and namespaces, whose mangled names are given.
 execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE symbols)
 string(REGEX REPLACE ".*Name Pointer] Table|\n\n.*" "" symbols "${symbols}\n")
 string(REGEX MATCHALL "[^ \n]+(\n|$)" symbols "${symbols}")
-set(strangers "${symbols}")
-list(FILTER strangers EXCLUDE REGEX "^_Z(NK?|T[ISV])(${NAMES})")
+set(others "${symbols}")
+list(FILTER others EXCLUDE REGEX "^_Z(NK?|T[ISV])(${NAMES})")
 list(FILTER symbols INCLUDE REGEX "^_ZN(${NAMES})")
-if(NOT symbols OR strangers)
-  message(FATAL_ERROR "Unexpected exports: ${strangers} beside ${symbols}")
+if(NOT symbols OR others)
+  message(FATAL_ERROR "${LIBRARY}: unexpected exports: ${others}, beside: ${symbols}")
 endif()

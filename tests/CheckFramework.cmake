@@ -1,5 +1,5 @@
-# Fails when something of the framework's subset is left in the configuration with the framework itself: a source
-# that is compiled, or a declaration that a header makes beside including the framework's own header.
+# Fails if the configuration with the real framework still contains a part of the subset: a source that is compiled, or
+# a declaration in a header, which may only include the framework's own headers.
 execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET
   COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${BINARY_DIR}" -G "${GENERATOR}" -DQMUTILITY_FRAMEWORK=ON
     "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE}" "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}"
@@ -21,5 +21,5 @@ string(REGEX MATCHALL "[^ \n]+" words "${declarations}")
 list(SORT words)
 
 if(NOT commands MATCHES "DQMUTILITY_FRAMEWORK" OR sources OR NOT words STREQUAL "afxdllx;afxtempl;afxwin")
-  message(FATAL_ERROR "Still there: ${sources} ${declarations}")
+  message(FATAL_ERROR "parts of the subset: ${sources} ${declarations}")
 endif()

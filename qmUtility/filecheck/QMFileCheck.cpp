@@ -30,9 +30,8 @@ bool CQMFileCheck::CheckDeleted()
 bool CQMFileCheck::CheckModified()
 {
     CFileStatus current;
-    CFile::GetStatus(m_strPath.GetString(), current); // a file that is gone keeps the zero time
+    CFile::GetStatus(m_strPath.GetString(), current); // on failure the time stays zero
     return current.m_mtime != m_status.m_mtime;
 }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): called on an object
 bool CQMFileCheck::CheckRenamed() { return true; }

@@ -1,61 +1,61 @@
 #pragma once
 
 /// @file
-/// A file that is watched for changes.
+/// A watched file.
 
 #include "qmUtility/Export.h"
 #include "qmUtility/framework/CFile.h"
 #include "qmUtility/framework/CString.h"
 
-/// A file by its path, with the status that the file had when that was last taken: at construction, or by
-/// `ApplyChanges`. It answers whether the file has been deleted or modified since; nothing is watched in
-/// between.
+/// Holds the path of a file and the status that the file had at construction or at the last `ApplyChanges`, and
+/// checks on request whether the file has been deleted or modified since. Nothing runs in the background.
 ///
-/// **Paths** are stored with backslashes for slashes and without the white space at either end. Elsewhere
-/// than on Windows the file system is asked with slashes for backslashes and in UTF-8, whatever the locale,
-/// so there a file whose name holds a backslash cannot be watched. A path that is not valid Unicode names no
-/// file.
+/// **Paths** are stored with backslashes in place of slashes and without leading and trailing white space. Outside
+/// Windows the system gets them with slashes in place of backslashes and in UTF-8, whatever the locale; a file with
+/// a backslash in its name therefore cannot be watched there. A path that is not valid Unicode names no file.
 ///
-/// **Failure.** A file that does not exist or cannot be examined is no failure: its times count as zero. Only
-/// running out of memory is reported, as std::bad_alloc.
+/// **Failure.** A file that does not exist or whose status cannot be read is not an error: its times are zero. The
+/// only exception is std::bad_alloc, from construction and copying.
 ///
 /// **Threads.** An instance belongs to one thread at a time.
 class QMUTILITY_API CQMFileCheck
 {
 public:
-    /// Takes the file's status.
-    /// @param path of a file, existing or not, or of a directory; a relative one is looked up from the
-    ///   directory that is current at each call.
+    /// Reads the file's status.
+    /// @param path of a file or directory, which need not exist; each call resolves a relative path against the
+    ///   current directory.
     explicit CQMFileCheck(CString path = CString());
 
-    /// Copies the path and the status as it was taken; the file is not looked at.
+    /// Copies the path and the stored status; does not access the file.
     CQMFileCheck(const CQMFileCheck& other);
 
-    /// Copies the path and the status as it was taken; the file is not looked at.
+    /// Copies the path and the stored status; does not access the file.
     CQMFileCheck& operator=(const CQMFileCheck& other);
 
     ~CQMFileCheck();
 
-    /// Takes the file's status anew, which acknowledges a change.
-    /// @return whether it could be read. If not, the former status stays: a deletion cannot be acknowledged.
+    /// Reads and stores the file's status, which acknowledges a change.
+    /// @return whether the status could be read; otherwise the stored status is unchanged, so that a deletion
+    ///   cannot be acknowledged.
     bool ApplyChanges();
 
-    /// @return whether the file cannot be opened for reading: one that exists but is locked or not permitted
+    /// @return whether the file cannot be opened for reading. An existing file that is locked or not permitted
     ///   counts as deleted, and so does a directory.
     bool CheckDeleted();
 
-    /// @return whether the time of the last modification differs, in either direction, from the one in the
-    ///   stored status, which stays as it is. A file that has gone counts as modified, and so does one that
-    ///   has appeared. Contents, size, and all else play no part.
+    /// Compares the file's modification time, and nothing else, with the stored one. The stored status is
+    /// unchanged.
+    /// @return whether the times differ, in either direction. A file that has been deleted or created counts as
+    ///   modified.
     bool CheckModified();
 
-    /// @return true, always: nothing is examined.
+    /// @return true, always; nothing is checked.
     bool CheckRenamed();
 
 protected:
-    /// The same as `ApplyChanges`.
+    /// Same as `ApplyChanges`.
     bool Initialize();
 
-    CFileStatus m_status{}; ///< the status as last taken
-    CString m_strPath;      ///< with backslashes, and without white space at either end
+    CFileStatus m_status{}; ///< the stored status
+    CString m_strPath;      ///< the normalized path
 };

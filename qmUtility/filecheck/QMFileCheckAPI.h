@@ -8,27 +8,26 @@
 #include "qmUtility/framework/CArray.h"
 #include "qmUtility/framework/CString.h"
 
-/// Files are added with `AddWatchDog`, `Enable(true)` turns monitoring on, and `Check` tells, each time it is
-/// called, whether any of the files has been modified since it was added. See `CQMFileCheck` for paths and
-/// for what counts as modified.
+/// `AddWatchDog` adds a file, `Enable(true)` turns monitoring on, and each call of `Check` returns whether any of
+/// the files has been modified since it was added. `CQMFileCheck` documents paths and what counts as modified.
 ///
-/// A modification is never acknowledged: from the first one on, `Check` answers true until `Initialize`
-/// empties the list and the files are added again (or the file's time is set back to what it was).
+/// Modifications are never acknowledged: after the first one `Check` returns true until `Initialize` empties the
+/// list and the files are added again, or until the file gets its former modification time back.
 ///
-/// **Threads.** There is one list in the process and nothing guards it: all calls belong to one thread.
+/// **Threads.** The list is unguarded: all calls belong to one thread.
 ///
-/// **Failure.** Nothing is reported but running out of memory, as std::bad_alloc, from `AddWatchDog` and
-/// `Check`. The list is then as it was; references to elements of `m_files` may have ended.
+/// **Failure.** The only exception is std::bad_alloc, from `AddWatchDog`. The list is unchanged then, but
+/// references to elements of `m_files` may be invalid.
 class QMUTILITY_API CQMFileCheckAPI
 {
 public:
     /// Calls `Initialize`: constructing an instance empties the list of the whole process.
     CQMFileCheckAPI();
 
-    /// Does nothing: an instance has no state.
+    /// Does nothing: instances have no state.
     CQMFileCheckAPI(const CQMFileCheckAPI&) = default;
 
-    /// Does nothing: an instance has no state.
+    /// Does nothing: instances have no state.
     CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);
 
     ~CQMFileCheckAPI(); // NOLINT(performance-trivially-destructible): it is exported
@@ -37,20 +36,20 @@ public:
     /// @return true.
     static bool Initialize();
 
-    /// Takes a file's status and adds the file at the end of the list, also when it is there already.
-    /// @param path of a file, existing or not.
+    /// Reads the status of a file and appends the file to the list, even if it is already there.
+    /// @param path of a file, which need not exist.
     /// @return true.
     static bool AddWatchDog(CString path);
 
-    /// Reads the status of every file in the list.
-    /// @return whether any was modified since it was added; false while monitoring is off, and nothing is
-    ///   then read.
+    /// Checks every file of the list.
+    /// @return whether any file has been modified since it was added. While monitoring is off, returns false
+    ///   without checking.
     static bool Check();
 
-    /// Turns monitoring on or off. Modifications made while it is off are told once it is on.
-    /// @param bEnable whether `Check` looks at the files.
+    /// Turns monitoring on or off. `Check` reports modifications made while it was off once it is on again.
+    /// @param bEnable whether `Check` checks the files.
     static void Enable(bool bEnable);
 
-    static CArray<CQMFileCheck, const CQMFileCheck&> m_files; ///< the files, in the order added
-    static bool m_bMonitor;                                   ///< whether monitoring is on; false at first
+    static CArray<CQMFileCheck, const CQMFileCheck&> m_files; ///< files in the order added
+    static bool m_bMonitor;                                   ///< whether monitoring is on; initially false
 };

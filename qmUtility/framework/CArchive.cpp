@@ -21,8 +21,9 @@ Number ReadNumber(CArchive& archive)
     return value;
 }
 
-constexpr auto noWord = std::numeric_limits<std::uint16_t>::max();
-constexpr auto noDword = std::numeric_limits<std::uint32_t>::max();
+// Values that announce a wider count.
+constexpr auto NoWord = std::numeric_limits<std::uint16_t>::max();
+constexpr auto NoDword = std::numeric_limits<std::uint32_t>::max();
 
 } // namespace
 
@@ -41,25 +42,25 @@ void CArchive::Write(const void* bytes, std::size_t count)
 
 void CArchive::WriteCount(std::size_t count)
 {
-    if (count < noWord)
+    if (count < NoWord)
         return WriteNumber<std::uint16_t>(*this, count);
-    WriteNumber<std::uint16_t>(*this, noWord);
-    if (count < noDword)
+    WriteNumber<std::uint16_t>(*this, NoWord);
+    if (count < NoDword)
         return WriteNumber<std::uint32_t>(*this, count);
-    WriteNumber<std::uint32_t>(*this, noDword);
+    WriteNumber<std::uint32_t>(*this, NoDword);
     WriteNumber<std::uint64_t>(*this, count);
 }
 
 std::size_t CArchive::ReadCount()
 {
     const auto word = ReadNumber<std::uint16_t>(*this);
-    if (word != noWord)
+    if (word != NoWord)
         return word;
     const auto dword = ReadNumber<std::uint32_t>(*this);
-    return dword != noDword ? dword : ReadNumber<std::uint64_t>(*this);
+    return dword != NoDword ? dword : ReadNumber<std::uint64_t>(*this);
 }
 
 void AfxThrowArchiveException(int cause)
 {
-    throw new CArchiveException(cause); // NOLINT: hosts catch pointers
+    throw new CArchiveException(cause); // NOLINT: the framework throws pointers
 }

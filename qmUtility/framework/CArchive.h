@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// The framework's binary archive and its exception, as much as is used of them; see `CString.h` for
-/// when they are the framework's own.
+/// The framework's binary archive and its exception: the subset used here, or the framework's own classes (see
+/// `CString.h`).
 
 #include "qmUtility/framework/CObject.h"
 
@@ -11,37 +11,37 @@
 #include <cstddef>
 #include <streambuf>
 
-/// Objects on their way to or from a stream of bytes. An archive either stores or loads. It belongs to one
-/// thread.
+/// Stores objects in a stream of bytes, or loads them from one. An archive belongs to one thread at a time.
 class QMFRAMEWORK_API CArchive
 {
 public:
-    /// Which way the bytes go.
+    /// Direction of an archive.
     enum Mode
     {
-        store = 0, ///< from the objects to the stream
-        load = 1,  ///< from the stream to the objects
+        store = 0, ///< writes to the stream
+        load = 1,  ///< reads from the stream
     };
 
-    /// @param file where the bytes go or come from (in the place of the framework's file object); must
-    ///   outlive the archive.
-    /// @param mode whether the archive stores or loads.
+    /// @param file the stream, which takes the place of the framework's file object; must outlive the archive.
+    /// @param mode `store` or `load`.
     CArchive(std::streambuf& file, Mode mode) : m_file(file), m_mode(mode) {}
 
-    /// @return whether the archive stores; if not, it loads.
+    /// @return whether the archive stores; otherwise it loads.
     bool IsStoring() const { return m_mode == store; }
 
-    /// @return how many bytes were read; fewer than `count` only at the end of the file.
+    /// @return the number of bytes read; fewer than `count` only at the end of the stream.
     std::size_t Read(void* bytes, std::size_t count);
 
-    /// @throws CArchiveException* with the cause `genericException` when not all could be written.
+    /// @throws CArchiveException* with the cause `genericException` when not all bytes could be written.
     void Write(const void* bytes, std::size_t count);
 
-    /// Stores a count in as few bytes as it needs: below 0xFFFF in 16 bits; else 0xFFFF and, below
-    /// 0xFFFFFFFF, 32 bits; else 0xFFFFFFFF once more and 64 bits. The bytes are in the processor's order.
+    /// Stores a count in 2, 6 or 14 bytes, in the byte order of the processor: below 0xFFFF as 16 bits; below
+    /// 0xFFFFFFFF as 0xFFFF and 32 bits; otherwise as 0xFFFF, 0xFFFFFFFF and 64 bits.
+    /// @throws CArchiveException* as `Write` does.
     void WriteCount(std::size_t count);
 
-    /// @throws CArchiveException* with the cause `endOfFile` when the file ends in the count.
+    /// Loads a count that `WriteCount` stored.
+    /// @throws CArchiveException* with the cause `endOfFile` when the stream ends within the count.
     std::size_t ReadCount();
 
 private:
@@ -49,26 +49,25 @@ private:
     Mode m_mode;
 };
 
-/// What went wrong with an archive.
+/// A failure of an archive.
 class QMFRAMEWORK_API CArchiveException : public CException
 {
 public:
     /// The causes.
     enum
     {
-        none = 0,             ///< no failure
-        genericException = 1, ///< not to be told
+        genericException = 1, ///< unspecified
         endOfFile = 3,        ///< the stream ended too early
-        badClass = 6,         ///< an object of this class cannot be read
+        badClass = 6,         ///< objects of this class cannot be loaded
     };
 
     /// @param cause one of the causes.
-    explicit CArchiveException(int cause = none) : m_cause(cause) {}
+    explicit CArchiveException(int cause) : m_cause(cause) {}
 
     int m_cause; ///< one of the causes
 };
 
-/// Throws a `CArchiveException*` with this cause. Who catches it calls its `Delete`.
+/// Throws a `CArchiveException*`, which the catcher releases with `Delete`.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowArchiveException(int cause);
 
 #endif

@@ -1,8 +1,7 @@
 #pragma once
 
 /// @file
-/// The framework's growable array, as much as is used of it; see `CString.h` for when it is the
-/// framework's own.
+/// The framework's growable array: the subset used here, or the framework's own class (see `CString.h`).
 
 #if defined(QMUTILITY_FRAMEWORK)
 #include <afxtempl.h>
@@ -13,33 +12,34 @@
 #include <algorithm>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
-/// An array that owns its elements and grows as they are added.
+/// A dynamic array of contiguous elements.
 ///
-/// **Growth.** An array without storage gets what it needs; one whose storage is full, an eighth of its size
-/// more, but no less than 4 elements and no more than 1024. References to elements end there. The storage is
-/// kept until the array is empty.
+/// **Growth.** The first allocation has the size asked for. Each later one adds an eighth of the array's size, at
+/// least 4 and at most 1024 elements, and invalidates references to elements. The storage is released when the
+/// array becomes empty.
 ///
-/// **Failure.** A bad index or size is thrown as `CInvalidArgException*`, lack of memory as std::bad_alloc,
-/// and a size that no memory could hold as std::length_error. The elements are then what they were; the
-/// storage may have grown, which ends references.
+/// **Failure.** Throws `CInvalidArgException*` for an index or size out of range, std::length_error for a size
+/// that no memory could hold, and std::bad_alloc. The elements are unchanged then, but references to them may be
+/// invalid.
 ///
 /// **Threads.** An array belongs to one thread at a time.
 ///
-/// @tparam TYPE can be constructed without arguments, copied and assigned.
-/// @tparam ARG_TYPE how elements are passed in.
+/// @tparam TYPE default-constructible, copyable and assignable.
+/// @tparam ARG_TYPE parameter type for elements.
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CArray : public CObject
 {
-    static_assert(!std::is_same_v<TYPE, bool>, "std::vector would pack them, and not give out references");
+    static_assert(!std::is_same_v<TYPE, bool>, "std::vector packs these, and has no references to them");
 
 public:
     /// @return the number of elements.
     std::ptrdiff_t GetSize() const { return static_cast<std::ptrdiff_t>(m_elements.size()); }
 
-    /// Takes elements off the end, or adds some there that are constructed without arguments.
-    /// @param size the new number of elements; 0 also releases the storage.
+    /// Removes elements from the end, or appends default-constructed elements.
+    /// @param size new number of elements; 0 also releases the storage.
     void SetSize(std::ptrdiff_t size)
     {
         if (size < 0)
@@ -47,58 +47,47 @@ public:
         if (size == 0)
             return RemoveAll();
         const auto count = static_cast<std::size_t>(size);
-        const std::size_t capacity = m_elements.capacity();
-        if (capacity == 0)
-            m_elements.reserve(count);
-        else if (count > capacity) {
-            const auto step = std::clamp<std::size_t>(m_elements.size() / 8, 4, 1024);
-            m_elements.reserve(std::max(count, capacity + step));
-        }
+        Reserve(count);
         m_elements.resize(count);
     }
 
     /// Destroys all elements and releases the storage.
     void RemoveAll() { std::vector<TYPE>().swap(m_elements); }
 
-    /// Appends an element, which is copied in by assignment.
-    /// @param element may stand in this very array.
-    /// @return its index.
+    /// Appends an element.
+    /// @param element may be a reference into this array.
+    /// @return the index of the new element.
     std::ptrdiff_t Add(ARG_TYPE element)
     {
-        const TYPE copy = element; // the array moves
-        const std::ptrdiff_t index = GetSize();
-        SetSize(index + 1);
-        try {
-            m_elements.back() = copy;
-        } catch (...) {
-            m_elements.pop_back();
-            throw;
-        }
-        return index;
+        TYPE copy{}; // before the array grows, which may move the element
+        copy = element;
+        Reserve(m_elements.size() + 1);
+        m_elements.push_back(std::move(copy));
+        return GetSize() - 1;
     }
 
-    /// @return the element at an index, from 0 to one less than the size.
-    TYPE& operator[](std::ptrdiff_t index) { return m_elements[Checked(index)]; }
-    /// @copydoc operator[]
-    const TYPE& operator[](std::ptrdiff_t index) const { return m_elements[Checked(index)]; }
+    /// @param index from 0 to `GetSize()` - 1.
+    /// @return the element at the index.
+    TYPE& operator[](std::ptrdiff_t index)
+    {
+        if (index < 0 || index >= GetSize())
+            AfxThrowInvalidArgException();
+        return m_elements[static_cast<std::size_t>(index)];
+    }
 
-    /// @return the first of the elements, which stand in a row; null without storage.
-    const TYPE* GetData() const { return m_elements.data(); }
-
-    /// Stores the number of elements (`CArchive::WriteCount`) and then their bytes as they lie in memory, or
-    /// loads an array that was stored so.
+    /// Stores the number of elements (`CArchive::WriteCount`) and then the bytes of the elements in memory, or
+    /// loads an array stored this way.
     ///
-    /// The number is taken at its word: one that is corrupt may claim all the memory there is before the
-    /// first element is read. Load only from sources that are trusted.
-    /// @param archive says whether to store or to load.
-    /// @throws CArchiveException* with the cause `genericException` when not all could be stored. When
-    ///   loading, with the cause `endOfFile` when the file ends in the number, which leaves the array as it
-    ///   was, or before the last element: the array then has the new size, and behind the elements that were
-    ///   read, the last perhaps in part, stand those from before, or new ones. With the cause `badClass` when
-    ///   there are elements that bytes alone do not make (such as strings, whose bytes are pointers): the
-    ///   array is then as it was.
-    /// @throws CInvalidArgException* when loading a number above `PTRDIFF_MAX`, std::length_error for one
-    ///   that no memory could hold, std::bad_alloc for lack of memory: the elements are then what they were.
+    /// Load from trusted sources only: the memory for all elements is allocated before the first one is read, and
+    /// a corrupt number may claim all there is.
+    /// @param archive stores or loads.
+    /// @throws CArchiveException* with one of these causes:
+    ///   - `genericException`: not all could be stored.
+    ///   - `endOfFile`: the stream ends within the number, and the array is unchanged; or within the elements, and
+    ///     the array has the new size, but the elements that were not read keep their former or default value.
+    ///   - `badClass`: the elements are not trivially copyable, so their bytes do not make up their value. Only
+    ///     the number 0 can be loaded; after another the array is unchanged.
+    /// @throws CInvalidArgException* for a number above `PTRDIFF_MAX`.
     void Serialize(CArchive& archive) override
     {
         if (archive.IsStoring()) {
@@ -119,11 +108,15 @@ public:
     }
 
 private:
-    std::size_t Checked(std::ptrdiff_t index) const
+    void Reserve(std::size_t count)
     {
-        if (index < 0 || index >= GetSize())
-            AfxThrowInvalidArgException();
-        return static_cast<std::size_t>(index);
+        const std::size_t capacity = m_elements.capacity();
+        if (capacity == 0)
+            m_elements.reserve(count);
+        else if (count > capacity) {
+            const auto step = std::clamp<std::size_t>(m_elements.size() / 8, 4, 1024);
+            m_elements.reserve(std::max(count, capacity + step));
+        }
     }
 
     std::vector<TYPE> m_elements;

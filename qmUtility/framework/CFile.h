@@ -1,8 +1,7 @@
 #pragma once
 
 /// @file
-/// The framework's file status, as much as is used of it; see `CString.h` for when it is the
-/// framework's own.
+/// The framework's file status: the subset used here, or the framework's own classes (see `CString.h`).
 
 #if defined(QMUTILITY_FRAMEWORK)
 #include <afxwin.h>
@@ -12,25 +11,25 @@
 
 #include <cstdint>
 
-/// A point in time, to the nanosecond where the file system is as exact.
+/// A point in time, in nanoseconds as far as the file system records them.
 class CTime
 {
 public:
-    /// The zero time: the beginning of 1970, which stands for "unknown".
+    /// The zero time, 1 January 1970, 00:00 UTC; it means "unknown".
     CTime() = default;
 
-    /// @param seconds since the beginning of 1970, UTC.
-    /// @param nanoseconds of the second, 0 to 999999999.
+    /// @param seconds since the zero time.
+    /// @param nanoseconds within the second, 0 to 999999999.
     explicit CTime(std::int64_t seconds, std::int32_t nanoseconds = 0)
         : m_seconds(seconds), m_nanoseconds(nanoseconds)
     {}
 
-    /// @return whether both are the same point in time, to the nanosecond.
+    /// @return whether both times are equal to the nanosecond.
     friend bool operator==(CTime a, CTime b)
     {
         return a.m_seconds == b.m_seconds && a.m_nanoseconds == b.m_nanoseconds;
     }
-    /// @return whether they are not.
+    /// @return whether the times differ.
     friend bool operator!=(CTime a, CTime b) { return !(a == b); }
 
 private:
@@ -38,36 +37,34 @@ private:
     std::int32_t m_nanoseconds = 0;
 };
 
-/// What the file system says about a file. Of one that is made without an initialiser only the times are set,
-/// to zero.
+/// Status of a file. Default initialization sets the times to zero and leaves the other members indeterminate.
 struct CFileStatus
 {
     CTime m_ctime;             ///< creation; the zero time where the file system does not record it
     CTime m_mtime;             ///< last modification
     CTime m_atime;             ///< last access
     std::uint64_t m_size;      ///< in bytes
-    std::uint8_t m_attribute;  ///< `CFile::Attribute` values, joined
-    wchar_t m_szFullName[260]; ///< the path as it was given, cut to fit
+    std::uint8_t m_attribute;  ///< combination of `CFile::Attribute` values
+    wchar_t m_szFullName[260]; ///< the path as passed in, truncated to fit
 };
 
-/// Files of the system. Any thread may call.
+/// Access to the file system. The functions may be called from any thread.
 class QMFRAMEWORK_API CFile
 {
 public:
-    /// What `CFileStatus::m_attribute` is joined from.
+    /// Bits of `CFileStatus::m_attribute`.
     enum Attribute
     {
-        normal = 0x00,    ///< none of the others
+        normal = 0x00,    ///< no attribute
         readOnly = 0x01,  ///< nobody may write
         directory = 0x10, ///< a folder
     };
 
-    /// Reads the status of a file, or of what a link leads to.
-    /// @param path its backslashes separate folders on every platform. Elsewhere than on Windows it is passed
-    ///   on as UTF-8, whatever the locale; one that is not valid Unicode names no file.
-    /// @param status filled in.
-    /// @return whether the status could be read; if not, `status` is left as it was.
-    /// @throws std::bad_alloc
+    /// Reads the status of a file or directory. Symbolic links are followed.
+    /// @param path backslashes separate directories on every platform. Outside Windows the path is passed to the
+    ///   system in UTF-8, whatever the locale; a path that is not valid Unicode names no file.
+    /// @param status receives the status.
+    /// @return whether the status could be read; otherwise `status` is unchanged.
     static bool GetStatus(const wchar_t* path, CFileStatus& status);
 };
 

@@ -18,5 +18,5 @@ void CException::Delete() { delete this; }
 
 void AfxThrowInvalidArgException()
 {
-    throw new CInvalidArgException; // NOLINT: hosts catch pointers
+    throw new CInvalidArgException; // NOLINT: the framework throws pointers
 }

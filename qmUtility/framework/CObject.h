@@ -1,10 +1,10 @@
 #pragma once
 
 /// @file
-/// The root of the framework's classes, and its exceptions, as much as is used of them; see
-/// `CString.h` for when they are the framework's own.
+/// The framework's root class and its exceptions: the subset used here, or the framework's own classes (see
+/// `CString.h`).
 ///
-/// Exceptions are thrown and caught as pointers. Who catches one ends its life with `Delete`.
+/// Exceptions are thrown and caught as pointers; the catcher releases them with `Delete`.
 
 #if defined(QMUTILITY_FRAMEWORK)
 #include <afxwin.h>
@@ -15,52 +15,52 @@
 class CArchive;
 class CDumpContext;
 
-/// What is known of a class at run time.
+/// Run-time description of a class.
 struct CRuntimeClass
 {
-    const char* m_lpszClassName; ///< the class's name
-    int m_nObjectSize;           ///< in bytes
+    const char* m_lpszClassName; ///< class name
+    int m_nObjectSize;           ///< size of an object in bytes
 };
 
-/// The root of the framework's classes. Objects are not copied.
+/// The root class. Its objects cannot be copied.
 class QMFRAMEWORK_API CObject
 {
 public:
-    /// @return the description of the nearest class, towards the root, that has one; here that is always
-    ///   `CObject`. Nothing to be released.
+    /// @return the description of the most derived class that has one, which here is always `CObject`; owned by
+    ///   the class.
     virtual CRuntimeClass* GetRuntimeClass() const;
 
     virtual ~CObject();
     CObject(const CObject&) = delete;
     CObject& operator=(const CObject&) = delete;
 
-    /// Stores the object's state in an archive, or loads it from there. An object of this class has none.
-    /// @param archive says whether to store or to load.
+    /// Stores the object's state in an archive, or loads it from there; does nothing in this class.
+    /// @param archive stores or loads.
     virtual void Serialize(CArchive& archive);
 
-    /// Checks the object; of this class there is nothing to check.
+    /// Checks the object's state; does nothing in this class.
     virtual void AssertValid() const;
 
-    /// Prints the object's state; one of this class has none.
+    /// Prints the object's state; does nothing in this class.
     virtual void Dump(CDumpContext& context) const;
 
 protected:
     CObject() = default;
 };
 
-/// The root of the framework's exceptions.
+/// Base class of the exceptions.
 class QMFRAMEWORK_API CException : public CObject
 {
 public:
-    /// Ends the life of an exception that was caught. It must not be used any more.
+    /// Deletes a caught exception.
     void Delete();
 };
 
-/// An argument that the callee cannot take, such as an index out of range.
+/// An invalid argument, such as an index out of range.
 class QMFRAMEWORK_API CInvalidArgException : public CException
 {};
 
-/// Throws a `CInvalidArgException*`. Who catches it calls its `Delete`.
+/// Throws a `CInvalidArgException*`, which the catcher releases with `Delete`.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowInvalidArgException();
 
 #endif

@@ -39,7 +39,7 @@ CString& CString::TrimRight()
     return *this;
 }
 
-void CString::Format(const wchar_t* format, ...) // NOLINT(cert-dcl50-cpp): as the framework has it
+void CString::Format(const wchar_t* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);

@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file
-/// The framework's list of extension modules, the libraries that serve it with classes, as much as is used of
-/// it; see `CString.h` for when it is the framework's own.
+/// The framework's process-wide list of extension modules (libraries that extend it): the subset used here, or the
+/// framework's own list (see `CString.h`).
 ///
-/// Include it from source files only; see `platform/Kernel.h`. The list may be used from any thread, since
-/// libraries are loaded on any.
+/// Include it in source files only (see `platform/Kernel.h`). The list may be used from any thread, because
+/// libraries are loaded from any thread.
 
 #include "qmUtility/platform/Kernel.h"
 
@@ -17,37 +17,39 @@
 
 #include <vector>
 
-/// A module's own place for what is known of it: an object of static storage, all zero at first.
+/// State of an extension module: a zero-initialized static object of the module.
 struct AFX_EXTENSION_MODULE
 {
-    BOOL bInitialized;
-    HINSTANCE hModule;
+    BOOL bInitialized; ///< nonzero after `AfxInitExtensionModule`
+    HINSTANCE hModule; ///< base address of the module
 };
 
-/// Fills in the module's structure.
-/// @return nonzero on success, which is always.
+/// Initializes the state of a module.
+/// @return nonzero: it always succeeds.
 QMFRAMEWORK_API BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HINSTANCE module);
 
-/// Takes the module's entries off the list and ends their lives.
+/// Removes the module's entries from the list, deletes them and resets the state.
 QMFRAMEWORK_API void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state);
 
-/// A module's entry in the list of the process. It is made with `new`, and the list owns it.
+/// A module's entry in the list. Create it with `new`; the list owns it.
 class QMFRAMEWORK_API CDynLinkLibrary
 {
 public:
-    /// Enters the list.
-    /// @param state filled in by `AfxInitExtensionModule`.
+    /// Adds the entry to the list.
+    /// @param state initialized by `AfxInitExtensionModule`.
     explicit CDynLinkLibrary(const AFX_EXTENSION_MODULE& state);
     CDynLinkLibrary(const CDynLinkLibrary&) = delete;
     CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
     ~CDynLinkLibrary() = default;
 
-    HINSTANCE m_hModule;
+    HINSTANCE m_hModule; ///< base address of the module
 };
 
 namespace framework {
 
-/// @return the module of each entry of the list, in the order entered.
+/// Shows the list, whose readers in the framework itself (the lookups of resources and classes) are not part of
+/// the subset. Without this function nothing could tell whether a module is registered.
+/// @return the module of each entry, in the order of registration.
 QMFRAMEWORK_API std::vector<HINSTANCE> ExtensionModules();
 
 } // namespace framework

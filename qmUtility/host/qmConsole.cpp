@@ -6,10 +6,10 @@
 #include <cstdarg>
 #include <string_view>
 
-void CQMConsoleAPI::Log(const wchar_t* format, ...) // NOLINT(cert-dcl50-cpp): as the hosts have it
+void CQMConsoleAPI::Log(const wchar_t* format, ...)
 {
-    // Looking at the bytes would not do instead: those of the narrow "T" and the first of the wide "Title"
-    // are the same, and telling them apart would mean to read past the end of the narrow one.
+    // The argument's bytes cannot tell: a narrow "T" and a wide "Title" begin with the same ones, and looking
+    // further would read past the end of the narrow string.
     const bool isTitle = format != nullptr && std::wstring_view(format) == L"\n%s\n";
 
     std::va_list arguments;

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// The host application's console log. The library calls it; a host brings its own, or
-/// has the default (docs/host-modules.md).
+/// The host application's console log. The library calls it; a host provides its own or uses the default
+/// (docs/host-modules.md).
 
 #include "qmUtility/Export.h"
 
@@ -10,18 +10,17 @@
 class QMCONSOLE_API CQMConsoleAPI
 {
 public:
-    /// Writes a formatted text to the log, as it stands: a line carries its own line break. Any thread may
-    /// call.
+    /// Writes a formatted text to the log and adds no newline. Any thread may call.
     ///
-    /// @param format null writes nothing. Strings among the arguments need to live as long as the call.
-    /// @throws std::bad_alloc for lack of memory; the text is then not written.
+    /// @param format directives as for `CString::Format`: "%s" is a wide string on every platform, and "%n"
+    ///   stores nothing. A host's own log formats with `CString::FormatV(format, arguments)` of
+    ///   `qmUtility/framework/CString.h`. Null writes nothing.
+    /// @throws std::bad_alloc; nothing is then written.
     ///
-    /// The default writes to standard output as UTF-8, whatever the locale, with one write a call. It reads
-    /// formats as `platform/WidePrint.h` says: "%s" is a wide string on every platform, and "%n" stores
-    /// nothing.
+    /// The default writes UTF-8 to standard output, whatever the locale, with one write per call.
     ///
-    /// One format stands apart. The stopwatch announces its title with exactly "\n%s\n" and a *narrow*
-    /// string, which nothing in the call tells from a wide one; so the default takes a text under that very
-    /// format for narrow. A wide text between two line breaks is logged with "\n%ls\n".
+    /// One format is special: a stopwatch logs its title with exactly "\n%s\n" and a *narrow* string, which the
+    /// arguments do not reveal. The default therefore reads the argument of this format as a narrow string. To
+    /// log a wide string between two newlines, use "\n%ls\n".
     static void Log(const wchar_t* format, ...);
 };

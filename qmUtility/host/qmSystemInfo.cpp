@@ -22,11 +22,11 @@ struct Registers
     unsigned D = 0;
 };
 
-/// @return what the processor tells about itself on a page; zeros when it has no such page.
-Registers Identify(unsigned page)
+/// @return the registers of a CPUID leaf; zeros when the processor has no such leaf.
+Registers Identify(unsigned leaf)
 {
     Registers r;
-    __get_cpuid_count(page, 0, &r.A, &r.B, &r.C, &r.D);
+    __get_cpuid_count(leaf, 0, &r.A, &r.B, &r.C, &r.D);
     return r;
 }
 
@@ -36,15 +36,15 @@ bool HasInvariantCounter()
     return result;
 }
 
-/// The same moment on the counter and on the system's clock.
+/// One moment, read from the counter and from the system's clock.
 struct Moment
 {
     std::uint64_t Ticks = 0;
     std::chrono::duration<double> Time{};
 };
 
-/// Reads the counter before and after the clock, and again in case the thread is interrupted in between: the
-/// narrowest of some tries counts.
+/// Reads the counter before and after the clock, and returns the narrowest of ten tries, since the thread may be
+/// interrupted in between.
 Moment Now()
 {
     Moment moment;
@@ -73,9 +73,8 @@ std::uint64_t MeasureRate()
 
 std::uint64_t CounterRate()
 {
-    // The counter runs at B / A times the crystal's C hertz. Where C is missing, the nominal frequency of
-    // page 0x16 could stand in for it, but that is rounded and need not be what a virtual machine's counter
-    // runs at.
+    // The counter runs at B / A times the crystal's frequency, C hertz. The nominal frequency in leaf 0x16 is no
+    // substitute for a missing C: it is rounded, and a virtual machine's counter may run at another rate.
     const Registers r = Identify(0x15);
     if (r.A != 0 && r.B != 0 && r.C != 0)
         return std::uint64_t{r.C} * r.B / r.A;

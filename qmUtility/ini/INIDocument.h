@@ -36,16 +36,16 @@ template <class Char>
 class QMUTILITY_API BasicINIDocument
 {
 public:
-    using String = std::basic_string<Char>;
-    using View = std::basic_string_view<Char>;
-    using Record = INIParser::BasicRecord<Char>;
+    using String = std::basic_string<Char>;      ///< a text of this width
+    using View = std::basic_string_view<Char>;   ///< an argument of this width, not kept
+    using Record = INIParser::BasicRecord<Char>; ///< a copy of a record
     /// Views into the document, valid until it is next edited, loaded, assigned or destroyed.
     using RecordView = INIParser::BasicRecordView<Char>;
 
-    BasicINIDocument(); ///< an empty file
-    BasicINIDocument(const BasicINIDocument& other);
+    BasicINIDocument();                                  ///< an empty file
+    BasicINIDocument(const BasicINIDocument& other);     ///< shares the loaded text, which never changes
     BasicINIDocument(BasicINIDocument&& other) noexcept; ///< leaves an empty file behind
-    BasicINIDocument& operator=(const BasicINIDocument& other);
+    BasicINIDocument& operator=(const BasicINIDocument& other);     ///< see the copy constructor
     BasicINIDocument& operator=(BasicINIDocument&& other) noexcept; ///< leaves an empty file behind
     ~BasicINIDocument();
 
@@ -126,8 +126,8 @@ private:
     std::locale m_locale;                              ///< converts between bytes and `wchar_t`
 };
 
-extern template class BasicINIDocument<char>;
-extern template class BasicINIDocument<wchar_t>;
+extern template class QMUTILITY_API BasicINIDocument<char>;
+extern template class QMUTILITY_API BasicINIDocument<wchar_t>;
 
 using INIDocument = BasicINIDocument<char>;     ///< narrow form
 using WINIDocument = BasicINIDocument<wchar_t>; ///< wide form

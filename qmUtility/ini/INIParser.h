@@ -12,38 +12,44 @@
 template <class Char>
 class BasicINIDocument;
 
-/// Reads and edits INI files named by their path. Every operation is a static member function.
+/// Reads and edits INI files named by their path. Every operation is a static member function. For several
+/// lookups or edits of one file use `BasicINIDocument`, which reads and writes it once.
 ///
-/// **How an operation works.** Each call reads the whole file afresh; an operation that edits changes the
-/// list of records in memory and writes the whole file back in place (same inode, mode, owner; a link stays a
-/// link). Nothing is kept between calls. What a rewrite does not keep is listed in docs/ini-format.md: blank
-/// lines, white space around lines, text after a header's "]", comments below the last record and a last line
-/// without a line end.
+/// **Operations.** Each call reads the whole file once. One that edits changes the list of records in memory
+/// and writes the whole file back. Nothing is kept between calls.
+///
+/// **A rewrite** truncates the file and writes it in place: links, inode, mode and owner stay, one flush for
+/// each record. Meanwhile another process can see a part of the file, and a process that is killed leaves a
+/// part of it. A rewrite does not keep blank lines, white space around lines, text after a header's "]",
+/// comments below the last record, and a last line without a newline; docs/ini-format.md has every case.
+///
+/// **Narrow and wide form.** A narrow rewrite begins each active line with a space, intentionally. Programs
+/// that support continuation lines take such a line for a part of the one above. A wide rewrite writes no
+/// such space, and an empty line before each header but the first.
 ///
 /// **Arguments.** The path comes last, and the key before the section's name. All are copied.
 ///
 /// **Names** match when they have the same length and the same code units (bytes, or `wchar_t` in the wide
-/// form): nothing is trimmed or folded. Whether a record is commented out plays no part, so commented-out
-/// records are found like live ones. Of several matches the one nearest the start of the file counts. An
-/// empty key names the section's header.
+/// form): they are neither trimmed nor case-folded. Commented-out records are found like active ones. Of
+/// several matches the first in the file counts. An empty key names the section's header.
 ///
-/// **Paths** are used as given. A wide path is passed on as UTF-8 where the system's paths are bytes; one
-/// that is not valid Unicode counts as a file that cannot be opened.
+/// **Paths** are used as given. A wide path is passed on as UTF-8 where the system's paths are bytes. A path
+/// that holds a NUL, and a wide one that is not valid Unicode, name no file.
 ///
 /// **Characters.** The narrow form keeps bytes as they are. The wide form maps each byte to the `wchar_t` of
-/// the same value and back, unless the host has set a global C++ locale with a conversion of its own, which
-/// then applies. Neither form knows byte order marks.
+/// the same value and back, unless the global C++ locale has a conversion of its own, which then applies.
+/// Byte order marks are ordinary characters, and so is Ctrl-Z on Windows.
 ///
-/// **Failure.** A file that cannot be opened or not be read to its end (a directory, a read error, a byte
-/// that the host's locale cannot decode) gives an empty result from an operation that returns data, false
-/// from one that edits, which then writes nothing, and true from `RecordExists` and `SectionExists`. Errors
-/// while writing are not detected once the file is open for writing.
+/// **Failure.** A file that cannot be opened, read to its end (a directory, a read error) or decoded by the
+/// global locale gives an empty result from an operation that returns data, false from one that edits, which
+/// then writes nothing, and true from `RecordExists` and `SectionExists`. Errors after the file is open for
+/// writing, such as a full disk, are not reported.
 ///
 /// @throws std::out_of_range ("invalid string position") from every operation that reads, when the file holds
-///   a header line without a "]" after its first character; the file is left as it was.
-/// @throws std::bad_alloc when memory runs out; the file is left as it was.
+///   a header line without a "]" after its first character; the file is unchanged.
+/// @throws std::bad_alloc when memory runs out; the file is unchanged.
 ///
-/// **Threads.** Any thread may call; there is no shared state. Nothing guards a file against two writers: the
+/// **Threads.** Any thread may call; there is no shared state. Nothing protects a file from two writers: the
 /// later one wins.
 class QMUTILITY_API INIParser
 {
@@ -56,14 +62,14 @@ public:
         /// The comment lines above the record, each with its "#" or ";" and followed by one "\n"; written
         /// back verbatim.
         std::basic_string<Char> Comments;
-        /// A space when the record is live, else the character that comments it out.
+        /// A space when the record is active, else the character that comments it out.
         Char Commented = Char(' ');
-        /// The section's name; for a key record, the section that the key stands in, empty above the first
-        /// header.
+        /// The section's name; for a key record, the name of the section that it belongs to, empty above the
+        /// first header.
         std::basic_string<Char> Section;
-        /// What stands before the first "=", untrimmed; empty for a section record.
+        /// The text before the first "=", untrimmed; empty for a section record.
         std::basic_string<Char> Key;
-        /// What stands after the first "=", untrimmed; empty for a section record.
+        /// The text after the first "=", untrimmed; empty for a section record.
         std::basic_string<Char> Value;
     };
 
@@ -88,7 +94,7 @@ public:
         Semicolon = ';', ///< as in ";Width=800"
     };
 
-    INIParser();                            ///< serves no purpose: an instance has no state
+    INIParser();                            ///< has no use: an instance has no state
     INIParser(const INIParser&);            ///< does nothing
     INIParser& operator=(const INIParser&); ///< does nothing
     virtual ~INIParser();
@@ -96,21 +102,19 @@ public:
     /// @name Whole files
     /// @{
 
-    /// Makes `path` an empty file. An existing file is emptied.
+    /// Creates an empty file. An existing file is truncated.
     /// @return false when the file cannot be opened for writing.
     static bool Create(std::string path);
 
-    /// @return the file's records as text, each line ended by "\n": without the blank lines and outer white
-    ///   space of the file, and without the space that a narrow save puts before live lines. Empty when there
-    ///   are no records or the file cannot be read.
+    /// @return the file's records as text, each line ended by "\n", without the blank lines and outer white
+    ///   space of the file, and without the space before active lines. Empty when there are no records or the
+    ///   file cannot be read.
     static std::string Content(std::string path);
 
-    /// Rewrites the file with its sections in the order of their names and, inside each section, the keys in
-    /// the order of theirs (byte by byte, so "B" comes before "a"). Every section record is followed by all
-    /// keys of that section's name from the whole file: a name with two headers gets its keys twice, and keys
-    /// of a section without a header (those above the first header) are dropped. The file is read once for
-    /// the headers and once more for the keys of each: a header whose keys can no longer be read then is
-    /// written without any.
+    /// Rewrites the file with its sections ordered by name and, inside each section, the keys by name (byte
+    /// by byte, so "B" comes before "a"). Each section record is followed by all keys of its name from the
+    /// whole file: a name with two headers gets its keys twice, and keys of a section without a header (those
+    /// above the first one) are dropped. The order of equal names is unspecified.
     /// @param path of the file.
     /// @param descending true for descending order, of sections and keys alike.
     /// @return false, and nothing is written, when the file has no section record or cannot be read; false
@@ -135,7 +139,7 @@ public:
     /// included.
     static std::vector<Record> GetSection(std::string section, std::string path);
 
-    /// @return the `Section` of every section record, in file order; a name with two headers stands there
+    /// @return the `Section` of every section record, in file order; a name with two headers occurs
     /// twice.
     static std::vector<std::string> GetSectionNames(std::string path);
 
@@ -173,7 +177,7 @@ public:
     /// failure.
     static bool DeleteSection(std::string section, std::string path);
 
-    /// Gives every record of section `oldName` the section name `newName`, which may exist already. A section
+    /// Gives every record of section `oldName` the section name `newName`, which may already exist. A section
     /// without records is no failure.
     static bool RenameSection(std::string oldName, std::string newName, std::string path);
 
@@ -188,15 +192,15 @@ public:
     /// @param path of the file.
     static bool CommentSection(char character, std::string section, std::string path);
 
-    /// Makes the first record of this key and section live.
+    /// Makes the first record of this key and section active.
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool UnCommentRecord(std::string key, std::string section, std::string path);
 
-    /// Makes every record of the section live, its headers included. A section without records is no failure.
+    /// Makes every record of the section active, its headers included. A section without records is no failure.
     static bool UnCommentSection(std::string section, std::string path);
 
     /// Replaces the comments above the first record of this key and section.
-    /// @param comments the comment lines as they are to stand in the file, with their "#" or ";". A "\n" is
+    /// @param comments the comment lines exactly as written to the file, with their "#" or ";". A "\n" is
     ///   appended to a text of two characters or more, even to one that ends in "\n"; a shorter one is stored
     ///   as it is. Empty removes the comments.
     /// @param key of the record; empty for the section's header.

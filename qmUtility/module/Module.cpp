@@ -15,12 +15,12 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, void* /*reserved
     case DLL_PROCESS_ATTACH:
         if (!AfxInitExtensionModule(extension, library))
             return 0;
-        new CDynLinkLibrary(extension); // which the framework owns
+        new CDynLinkLibrary(extension); // owned by the framework
         break;
     case DLL_PROCESS_DETACH:
         AfxTermExtensionModule(extension);
         break;
-    default: // a thread that begins or ends is nothing to the library
+    default: // threads that start or end
         break;
     }
     return 1;

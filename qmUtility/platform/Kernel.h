@@ -1,13 +1,12 @@
 #pragma once
 
 /// @file
-/// The kernel services that the library is written against. On Windows they are the system's own;
-/// elsewhere this header declares exactly those in use, with the same names, widths and meaning. Where
-/// something differs, the declaration says so.
+/// The Windows kernel services in use. On Windows this header includes the system's header; elsewhere it
+/// declares the subset used here with the same names, widths and meaning, and states each difference.
 ///
-/// Include it from source files only: on Windows it brings the system's header, macros and all.
+/// Include it in source files only, because the Windows header defines many macros.
 
-// With the framework (see CString.h), it is the framework that brings the system's header.
+// The framework (see CString.h) has to include the system's header itself.
 #if defined(QMUTILITY_FRAMEWORK)
 #include <afxwin.h>
 #elif defined(_WIN32)
@@ -23,79 +22,77 @@
 #include <cstdint>
 
 using BOOL = int;            ///< 0 for false and failure
-using DWORD = std::uint32_t; ///< a number of 32 bits
-using HANDLE = void*;        ///< what stands for an object of the system
-using HINSTANCE = void*;     ///< where a library or the program was loaded
+using DWORD = std::uint32_t; ///< 32-bit unsigned integer
+using HANDLE = void*;        ///< reference to a system object
+using HINSTANCE = void*;     ///< base address of a loaded library or program
 
-/// A number of 64 bits.
+/// 64-bit signed integer.
 struct LARGE_INTEGER
 {
-    long long QuadPart; ///< the number
+    long long QuadPart; ///< value
 };
 
-/// A number of 100-nanosecond units in two halves.
+/// 64-bit number of 100-nanosecond units.
 struct FILETIME
 {
-    DWORD dwLowDateTime;  ///< the lower half
-    DWORD dwHighDateTime; ///< the upper half
+    DWORD dwLowDateTime;  ///< lower 32 bits
+    DWORD dwHighDateTime; ///< upper 32 bits
 };
 
-/// Reads the performance counter: the monotonic clock in nanoseconds. It is not set with the time of day and
-/// does not run while the machine is suspended.
+/// Reads the performance counter: the monotonic clock in nanoseconds, which stands still while the machine is
+/// suspended.
 /// @return nonzero: it always succeeds.
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count);
 
-/// Tells how much the performance counter counts in a second.
+/// Gets the frequency of the performance counter.
 /// @return nonzero: it always succeeds.
 BOOL QueryPerformanceFrequency(LARGE_INTEGER* ticksPerSecond);
 
-/// Suspends the calling thread; 0 only gives up the rest of its time slice.
+/// Gives up the rest of the calling thread's time slice.
+/// @param milliseconds 0; longer sleeps are not supported and behave the same.
 void Sleep(DWORD milliseconds);
 
-/// @return a constant that stands for the calling thread, whichever that is; nothing to be closed.
+/// @return a pseudo handle of the calling thread, the same constant in every thread; not to be closed.
 HANDLE GetCurrentThread();
 
-constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< the highest level
+constexpr int THREAD_PRIORITY_NORMAL = 0;         ///< nice value 0
+constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;   ///< nice value -5
+constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highest priority
 
-/// Sets the priority of the calling thread, as the thread's own nice value:
-///
-/// | level | -15 | -2 | -1 | 0 | 1  | 2   | 15  |
-/// |-------|-----|----|----|---|----|-----|-----|
-/// | nice  | 19  | 10 | 5  | 0 | -5 | -10 | -20 |
-///
-/// @param thread the result of `GetCurrentThread`; no other thread can be named.
-/// @param level one of the table's.
-/// @return nonzero on success; 0, and nothing is changed, for another level or handle and when the system
-///   refuses, as it does when a thread without the privilege asks for a higher priority than it has.
+/// Sets the priority of the calling thread through its nice value.
+/// @param thread the result of `GetCurrentThread`; other threads are not supported.
+/// @param level one of the three constants above.
+/// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system
+///   refuses. It refuses a raise to a thread without the privilege.
 BOOL SetThreadPriority(HANDLE thread, int level);
 
-/// @return a constant that stands for this process; nothing to be closed.
+/// @return a constant pseudo handle of this process; not to be closed.
 HANDLE GetCurrentProcess();
 
-/// The processor time that all threads of this process have used, in 100-nanosecond units (with the
-/// microseconds' resolution of the system's own accounting).
-/// @param process the result of `GetCurrentProcess`; no other process can be named.
+/// Gets the processor time that all threads of this process have used, in 100-nanosecond units (with a
+/// resolution of one microsecond).
+/// @param process the result of `GetCurrentProcess`; other processes are not supported.
 /// @param creation,exit set to zero: neither is known here.
-/// @param kernel time spent in the system on behalf of the process.
-/// @param user time spent in the process itself.
-/// @return nonzero on success; 0, and nothing is stored, for another handle.
+/// @param kernel time spent in the kernel.
+/// @param user time spent in user mode.
+/// @return nonzero on success; 0, with nothing stored, for another handle.
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user);
 
-/// Writes an entry to standard error, which stands in for the debugger: as UTF-8 whatever the locale, with
-/// one write, and with a line break added when the text does not end in one.
+/// Writes an entry to standard error, which takes the place of the debugger: in UTF-8 whatever the locale, with
+/// one write, and with a newline added when the text does not end in one.
 /// @param text null writes nothing.
 void OutputDebugStringW(const wchar_t* text);
 
-constexpr DWORD DLL_PROCESS_DETACH = 0; ///< the library is about to be unloaded
-constexpr DWORD DLL_PROCESS_ATTACH = 1; ///< the library has been loaded
-#define WINAPI ///< nothing: there is one calling convention
+constexpr DWORD DLL_PROCESS_DETACH = 0; ///< the library is being unloaded
+constexpr DWORD DLL_PROCESS_ATTACH = 1; ///< the library is being loaded
+#define WINAPI ///< empty: there is one calling convention
 
-/// A library's own entry, which is called the first time before any other object of static storage is
-/// constructed in the library, and the last time after all of them are destroyed.
-/// @param library where it was loaded.
-/// @param reason `DLL_PROCESS_ATTACH` or `DLL_PROCESS_DETACH`; threads are never announced.
+/// A library's entry point. It is called before any other static object of the library is constructed, and
+/// again after all of them are destroyed.
+/// @param library the library's base address.
+/// @param reason `DLL_PROCESS_ATTACH` or `DLL_PROCESS_DETACH`; threads are not reported.
 /// @param reserved null.
-/// @return does not keep a library from being loaded.
+/// @return ignored: a library cannot refuse to be loaded.
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, void* reserved);
 
 #endif

@@ -11,7 +11,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A pseudo handle is a small negative number in the place of a pointer.
+/// Pseudo handles are small negative numbers in place of pointers.
 HANDLE PseudoHandle(std::intptr_t number)
 {
     return reinterpret_cast<HANDLE>(number); // NOLINT(performance-no-int-to-ptr): never dereferenced
@@ -39,13 +39,7 @@ BOOL QueryPerformanceFrequency(LARGE_INTEGER* ticksPerSecond)
     return 1;
 }
 
-void Sleep(DWORD milliseconds)
-{
-    if (milliseconds == 0)
-        std::this_thread::yield();
-    else
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-}
+void Sleep(DWORD /*milliseconds*/) { std::this_thread::yield(); }
 
 HANDLE GetCurrentThread() { return PseudoHandle(-2); }
 
@@ -53,15 +47,17 @@ BOOL SetThreadPriority(HANDLE thread, int level)
 {
     if (thread != GetCurrentThread())
         return 0;
-    // Here a "process" of number 0 is the calling thread: each thread has a nice value of its own.
+    // Each thread has a nice value of its own; process 0 means the calling thread.
     const auto setNice = [](int nice) { return setpriority(PRIO_PROCESS, 0, nice) == 0; };
     switch (level) {
-    case -15:
-        return setNice(19);
+    case THREAD_PRIORITY_NORMAL:
+        return setNice(0);
+    case THREAD_PRIORITY_ABOVE_NORMAL:
+        return setNice(-5);
     case THREAD_PRIORITY_TIME_CRITICAL:
         return setNice(-20);
     default:
-        return level >= -2 && level <= 2 && setNice(-5 * level);
+        return 0;
     }
 }
 

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-/// Tells the leak checker, if this process runs with one, that an allocation is intentionally never released.
+/// Excludes an allocation that is never released on purpose from the reports of the leak checker, if there is one.
 void IgnoreLeak(const void* allocation);
 
 } // namespace platform

@@ -1,7 +1,6 @@
 #include "qmUtility/platform/LeakChecker.h"
 
-// Defined only in a process that runs with the checker.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the checker's name
+// Defined only in a process that runs with the leak checker.
 extern "C" __attribute__((weak)) void __lsan_ignore_object(const void* allocation);
 
 void platform::IgnoreLeak(const void* allocation)

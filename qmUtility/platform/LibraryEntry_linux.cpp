@@ -1,5 +1,5 @@
 /// @file
-/// Calls the entry point of the library that this source is built into, as the loader does on Windows.
+/// Calls the entry point of the library that this source is linked into, as the loader does on Windows.
 
 #include "qmUtility/platform/Kernel.h"
 
@@ -24,8 +24,8 @@ private:
     }
 };
 
-// An object rather than a pair of functions called at load and unload: at the end of the process those of the
-// latter kind run after all static objects are destroyed, in every library.
-[[gnu::init_priority(101)]] const LibraryEntry libraryEntry; // first of the library's objects
+// A static object, because functions with the attribute "destructor" run too late at the end of the process: after
+// the static objects of all libraries are destroyed, the framework's list of modules included.
+[[gnu::init_priority(101)]] const LibraryEntry Entry; // constructed first in the library, destroyed last
 
 } // namespace

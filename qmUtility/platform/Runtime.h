@@ -1,18 +1,17 @@
 #pragma once
 
 /// @file
-/// The functions of the platform's C runtime in use that are not part of the standard library.
+/// The subset used here of what the Windows C runtime adds to the standard library.
 
 #include <cstdio>
 
 #if !defined(_WIN32)
 
-/// Opens a file by its wide path, which is converted as `CFile::GetStatus` does. Never waits for the other
-/// end of a pipe.
-/// @param mode L"rb": reading, in binary mode. No other mode is supported.
-/// @return closed by the caller with `std::fclose`; null when the file cannot be read, as a directory cannot.
-///   `errno` is EINVAL after another mode and unspecified after a file that cannot be read.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the runtime's name
+/// Opens a file for reading. It does not wait for the other end of a pipe.
+/// @param path is converted as `CFile::GetStatus` converts it.
+/// @param mode L"rb"; other modes are not supported and behave the same.
+/// @return the file, which the caller closes; null for a directory and for a file that cannot be opened for
+///   reading. `errno` is unspecified then.
 std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode);
 
 #endif

@@ -5,17 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cwchar>
-
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the runtime's name
-std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode)
+std::FILE* _wfopen(const wchar_t* path, const wchar_t* /*mode*/)
 {
-    if (std::wcscmp(mode, L"rb") != 0) {
-        errno = EINVAL;
-        return nullptr;
-    }
-    // The system opens directories as well; reading one then fails.
+    // The system opens directories too, and fails to read them.
     const int descriptor = open(platform::SystemPath(path).Bytes(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat found;
     const bool isReadable = fstat(descriptor, &found) == 0 && !S_ISDIR(found.st_mode);

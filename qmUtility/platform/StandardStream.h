@@ -1,26 +1,29 @@
 #pragma once
 
 /// @file
-/// Text for the standard output and error streams, past the C library's buffers and locale.
+/// Unbuffered text output to the standard streams, independent of the locale.
 
 #include <string_view>
 
 namespace platform {
 
-/// The standard streams, by their descriptors' numbers.
+/// The standard streams; the values are their file descriptors.
 enum class Stream
 {
     Output = 1,
     Error = 2,
 };
 
-/// Writes a text as UTF-8, on Windows with CR LF for line breaks and to a console as it is, whatever the
-/// locale and the code page, with one write, so that the texts of several threads do not mix, as far as the
-/// system keeps one write together (on a pipe, 4096 bytes). What is not a Unicode character becomes U+FFFD.
-/// The C library's buffer is passed by: a program that also prints to the stream through that flushes first.
-/// Only what a write has left over, or a signal has interrupted, is written again; on any other failure, a
-/// stream that would block included, the rest of the text is dropped. A pipe without a reader raises SIGPIPE
-/// as ever. `errno` stays as it was, since who logs a failure may yet look at it.
+/// Writes a text in UTF-8, whatever the locale and the code page. On Windows newlines become CR LF, and a
+/// console receives the wide text itself. Each code unit that is not part of a Unicode character becomes U+FFFD.
+///
+/// The text is one write, so that texts of several threads do not interleave as long as the system keeps a
+/// write together (4096 bytes on a pipe). It bypasses the buffers of the C library: a program that also prints
+/// through those flushes them first.
+///
+/// On Linux a write that is partial or interrupted by a signal is continued. After any other failure, for
+/// example on a full non-blocking pipe, the rest of the text is dropped. `errno` is preserved, because the
+/// caller may be logging a failure.
 /// @throws std::bad_alloc
 void Write(Stream stream, std::wstring_view text);
 

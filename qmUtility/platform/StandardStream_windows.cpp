@@ -6,14 +6,14 @@
 
 #include <string>
 
-// Bypasses the C runtime, which splits a text at its newlines.
+// Bypasses the C runtime, which would split the text at its newlines.
 void platform::Write(Stream stream, std::wstring_view text)
 {
-    if (text.empty()) // the reader of a pipe could take an empty write for the end
+    if (text.empty()) // the reader of a pipe could take an empty write for the end of the file
         return;
     const auto handle = reinterpret_cast<HANDLE>(::_get_osfhandle(static_cast<int>(stream)));
     DWORD ignored = 0;
-    if (::GetConsoleMode(handle, &ignored) != 0) { // a console takes characters, whatever its code page
+    if (::GetConsoleMode(handle, &ignored) != 0) { // a console, which takes wide text whatever its code page
         ::WriteConsoleW(handle, text.data(), static_cast<DWORD>(text.size()), &ignored, nullptr);
         return;
     }

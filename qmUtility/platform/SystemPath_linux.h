@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Wide paths for the system's calls.
+/// Conversion of wide paths for system calls.
 
 #include "qmUtility/platform/Utf8.h"
 
@@ -14,15 +14,17 @@
 
 namespace platform {
 
-/// A null-terminated path in UTF-8 with slashes for backslashes. Empty, which names no file, when the wide
-/// path is not valid Unicode. It lives on the stack, and an ASCII path is converted without a branch for each
-/// character: the file watch converts thousands of paths in a row.
+/// A null-terminated path in UTF-8 with slashes in place of backslashes; empty, which names no file, when the wide
+/// path is not valid Unicode.
+///
+/// Polling the watch list converts each path again. A conversion therefore allocates nothing, and an ASCII path
+/// takes no branch for each character.
 class SystemPath
 {
 public:
     explicit SystemPath(std::wstring_view path)
     {
-        path = path.substr(0, PATH_MAX); // longer than any path that the system accepts
+        path = path.substr(0, PATH_MAX); // one more than the system accepts
         const auto withSlash = [](wchar_t c) { return c == L'\\' ? L'/' : c; };
         const auto joined = std::accumulate(path.begin(), path.end(), char32_t{}, std::bit_or<char32_t>());
         char* to = m_bytes.data();

@@ -10,10 +10,10 @@ namespace {
 constexpr bool IsHighSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 constexpr bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 
-/// @return how many bytes the character takes.
+/// @return the number of bytes that encode the character.
 constexpr int Length(char32_t c) { return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4; }
 
-/// The bits that tell a sequence's length in its first byte.
+/// The bits of a sequence's first byte that state its length.
 constexpr char32_t LeadBits(int length) { return length == 1 ? 0 : 0xF00U >> length & 0xFFU; }
 
 } // namespace
@@ -62,7 +62,7 @@ char32_t DecodeUtf8(const char*& text)
             continue;
         char32_t c = lead & ~lengthMask & 0xFFU;
         int following = 1;
-        // A terminating zero is no continuation, so nothing behind it is read.
+        // The terminating null is not a continuation byte, so nothing after it is read.
         for (; following != length && (static_cast<unsigned char>(text[following - 1]) & 0xC0) == 0x80;
              ++following)
             c = c << 6 | (static_cast<unsigned char>(text[following - 1]) & 0x3F);

@@ -24,20 +24,20 @@ enum class Length
     LongDouble,
 };
 
-/// The most that a width, or the precision of a number, can ask for: enough for all the digits that a number
-/// has, and little enough that no format makes the library work for minutes or run out of memory.
+/// Upper bound of widths and of the precision of numbers: enough for all digits of any number, and too little for a
+/// format to run for minutes or exhaust the memory.
 constexpr int MaximumPadding = 65535;
 
 struct Directive
 {
     std::string Flags;
     int Width = 0;
-    int Precision = -1; ///< negative when there is none
+    int Precision = -1; ///< negative if absent
     platform::Length Length = Length::None;
     wchar_t Conversion = 0;
 };
 
-/// Walks a format and prints into a buffer that it never leaves.
+/// Interprets a format and prints into a buffer of fixed size.
 class Printer
 {
 public:
@@ -50,7 +50,7 @@ public:
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
 
-    /// @return whether all of the text fitted.
+    /// @return whether the whole text fitted.
     bool Run(const wchar_t* format)
     {
         while (*format != 0) {
@@ -61,8 +61,7 @@ public:
             const wchar_t* const start = format++;
             const Directive directive = Parse(format);
             if (!Convert(directive)) {
-                // Only what was looked at as part of the directive; the character that it failed on comes
-                // next.
+                // Prints what was parsed; the character that is no conversion is interpreted next.
                 Put({start, static_cast<std::size_t>(format - start)});
                 continue;
             }
@@ -89,7 +88,7 @@ private:
         m_at = std::fill_n(m_at, std::min(count, room), L' ');
     }
 
-    /// Reads up to the conversion character, at which `format` then points.
+    /// Parses a directive up to its conversion character, which `format` points to afterwards.
     Directive Parse(const wchar_t*& format)
     {
         Directive directive;
@@ -97,7 +96,7 @@ private:
             directive.Flags += static_cast<char>(*format);
 
         directive.Width = ParseNumber(format);
-        if (directive.Width < 0) { // only from an argument; means to the left
+        if (directive.Width < 0) { // from an argument, and left-aligns
             directive.Flags += '-';
             directive.Width = -std::max(directive.Width, -MaximumPadding);
         }
@@ -126,7 +125,7 @@ private:
         return directive;
     }
 
-    /// @return the digits' value, at most INT_MAX, or for a "*" the next argument.
+    /// @return the value of the digits, at most INT_MAX, or of the next argument for "*".
     int ParseNumber(const wchar_t*& format)
     {
         if (*format == L'*') {
@@ -139,7 +138,7 @@ private:
         return static_cast<int>(number);
     }
 
-    /// @return false, having taken no argument, when there is no such conversion.
+    /// @return false if there is no such conversion; no argument is consumed then.
     bool Convert(const Directive& directive)
     {
         switch (directive.Conversion) {
@@ -213,7 +212,7 @@ private:
             return static_cast<signed char>(va_arg(m_arguments, int));
         case Length::Short:
             return static_cast<short>(va_arg(m_arguments, int));
-        case Length::None: // NOLINT(bugprone-branch-clone): the widths are the same on some platform only
+        case Length::None: // NOLINT(bugprone-branch-clone): the widths differ between platforms
             return va_arg(m_arguments, int);
         case Length::Long:
             return va_arg(m_arguments, long);
@@ -241,8 +240,8 @@ private:
         }
     }
 
-    /// Has the C library print one number, narrow: of its two kinds of printing that is the one that says how
-    /// much room it needs.
+    /// Prints a number through the narrow printing of the C library, because the wide one does not report the
+    /// size that it needs.
     template <class Number>
     void PutNumber(const Directive& directive, const char* length, Number number)
     {
@@ -280,8 +279,7 @@ private:
 
     void PutNarrowString(const Directive& directive, const char* text)
     {
-        // A character more than there is room for tells that the text is cut; what else follows needs no
-        // widening.
+        // One character more than fits shows that the text is truncated; the rest is not converted.
         const auto room = static_cast<std::size_t>(m_last - m_at);
         const std::size_t enough = std::max(room, static_cast<std::size_t>(directive.Width)) + 1;
         PutPadded(directive, Widen(text != nullptr ? text : "(null)", std::min(enough, Limit(directive))));
@@ -309,7 +307,7 @@ private:
     }
 
     wchar_t* m_at;
-    wchar_t* const m_last; ///< where at the latest the terminating zero goes
+    wchar_t* const m_last; ///< last position, which only the terminating null may take
     bool m_fits = true;
     std::va_list m_arguments;
 };
@@ -324,7 +322,6 @@ std::ptrdiff_t VPrint(wchar_t* buffer, std::size_t capacity, const wchar_t* form
     return printer.Run(format != nullptr ? format : L"") ? printer.End() - buffer : -1;
 }
 
-// NOLINTNEXTLINE(cert-dcl50-cpp): a printing function
 std::ptrdiff_t Print(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...)
 {
     std::va_list arguments;

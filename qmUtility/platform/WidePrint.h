@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// Wide formatted printing with one meaning on every platform: that of `CString::Format`, whose comment has
-/// the table of directives. Any thread may call.
+/// Wide formatted printing that is the same on every platform. `CString::Format` documents the directives. The
+/// functions may be called from any thread.
 
 #include <cstdarg>
 #include <cstddef>
@@ -10,27 +10,26 @@
 
 namespace platform {
 
-/// Prints into a buffer. The text is cut after `capacity` - 1 characters and always ended by a zero.
-/// @param buffer where the text goes.
-/// @param capacity the buffer's size in characters.
-/// @param format as above.
-/// @param arguments what the directives ask for; used up.
-/// @return the number of characters printed, or -1 when the text was cut (a `capacity` of 0 included, which
-///   stores nothing).
-/// @throws std::bad_alloc for lack of memory, which only a long number or narrow string needs.
+/// Prints into a buffer. The text is truncated to `capacity` - 1 characters and null-terminated.
+/// @param buffer receives the text.
+/// @param capacity size of the buffer in characters; with 0 nothing is stored.
+/// @param format null prints nothing.
+/// @param arguments indeterminate afterwards.
+/// @return the number of characters printed, or -1 when the text was truncated or `capacity` is 0.
+/// @throws std::bad_alloc: long numbers and narrow strings need memory.
 std::ptrdiff_t VPrint(wchar_t* buffer, std::size_t capacity, const wchar_t* format, std::va_list arguments);
-/// The same, with the arguments one by one.
+/// The same, with variable arguments.
 std::ptrdiff_t Print(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...);
 
-/// Appends a text to the one in a buffer, which is cut after `capacity` - 1 characters and always ended by a
-/// zero.
-/// @param buffer holds a text that ends within `capacity` characters.
-/// @param capacity the buffer's size in characters.
-/// @param text not in the buffer.
+/// Appends a text to the one in a buffer. The result is truncated to `capacity` - 1 characters and
+/// null-terminated.
+/// @param buffer holds a null-terminated text.
+/// @param capacity size of the buffer in characters.
+/// @param text must not lie in the buffer.
 void Append(wchar_t* buffer, std::size_t capacity, const wchar_t* text);
 
-/// Prints a text as `VPrint` does.
-/// @return the whole text, however long.
+/// Prints into a string.
+/// @return the text, never truncated.
 /// @throws std::bad_alloc
 std::wstring VFormat(const wchar_t* format, std::va_list arguments);
 

@@ -14,7 +14,7 @@ std::uint64_t Units(const FILETIME& time)
 }
 
 /// Stores the host process's times, in 100-nanosecond units.
-/// @return false, and nothing is stored, when they cannot be had.
+/// @return false, with nothing stored, when they are unavailable.
 bool ReadProcessTimes(std::uint64_t& kernel, std::uint64_t& user)
 {
     FILETIME creation;
@@ -31,7 +31,7 @@ bool ReadProcessTimes(std::uint64_t& kernel, std::uint64_t& user)
 CQMTimer* NewTimer()
 {
     auto* const timer = new CQMTimer(nullptr);
-    platform::IgnoreLeak(timer); // markers are copied with the pointer, so none of them may release it
+    platform::IgnoreLeak(timer); // copies of a marker share it, so none of them may delete it
     return timer;
 }
 
@@ -65,11 +65,15 @@ CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker()
     CString line;
     if (m_bUseTimer) {
         double seconds = 0;
-        std::uint64_t kernel = 0;
-        std::uint64_t user = 0;
         if (m_bCPU) {
-            if (ReadProcessTimes(kernel, user))
-                seconds = static_cast<double>(kernel - m_nUserStart - m_nKernelStart + user) / 10'000'000;
+            std::uint64_t kernel = 0;
+            std::uint64_t user = 0;
+            if (ReadProcessTimes(kernel, user)) {
+                // Signed: in the child of a fork the process times start again at 0.
+                const auto used =
+                    static_cast<std::int64_t>((kernel + user) - (m_nKernelStart + m_nUserStart));
+                seconds = static_cast<double>(used) / 10'000'000;
+            }
         } else if (m_pTimer != nullptr)
             seconds = m_pTimer->GetLapsedTime(true);
 
@@ -81,7 +85,7 @@ CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker()
         line.Format(m_bUseLogConsole ? L"%s - End\n" : L">>> %s - End", m_strName.GetString());
 
     if (m_bUseLogConsole)
-        CQMConsoleAPI::Log(line.GetString()); // the line is the format, percent signs and all
+        CQMConsoleAPI::Log(line.GetString()); // the line is the format, including its percent signs
     else
         OutputDebugStringW(line.GetString());
 }

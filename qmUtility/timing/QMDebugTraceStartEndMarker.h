@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// A scope marker that traces the start and the end of a stretch of work.
+/// A scope marker that traces the start and the end of an operation.
 
 #include "qmUtility/Export.h"
 #include "qmUtility/framework/CString.h"
@@ -10,8 +10,8 @@
 
 class CQMTimer;
 
-/// Writes a line when it is constructed and another when it is destroyed, the second with the time in between
-/// if wanted:
+/// Writes a line when it is constructed and another when it is destroyed, the second optionally with the time
+/// in between:
 ///
 /// | to                 | first line           | second line                                    |
 /// |--------------------|----------------------|------------------------------------------------|
@@ -21,30 +21,29 @@ class CQMTimer;
 /// The time is the wall-clock time, "1.23 sec", or the processor time of the whole process, all its threads
 /// included, "1.23 sec (CPU)".
 ///
-/// In the console log a percent sign in the name is printed as it stands in the first line, but reads as a
-/// directive in the second, which is handed to the log as a format without arguments: leave percent signs out
-/// of names.
+/// Names must not contain percent signs: the second line in the console log is passed as a format without
+/// arguments, so a percent sign starts a directive there. The first line prints it verbatim.
 ///
-/// **Ownership.** The stopwatch of a marker that measures wall-clock time is never released, and copies share
+/// **Ownership.** The stopwatch of a marker that measures wall-clock time is never deleted, and copies share
 /// it.
 ///
 /// **Threads.** A marker belongs to the thread that creates it.
 ///
-/// **Failure.** Nothing is reported; process times that cannot be had count as 0 seconds. Composing a line
-/// may run out of memory, which in the destructor ends the program.
+/// **Failure.** Process times that are unavailable count as 0 seconds. Composing a line may throw
+/// std::bad_alloc, which in the destructor terminates the program.
 class QMUTILITY_API CQMDebugTraceStartEndMarker
 {
 public:
-    /// Writes the first line and then begins to measure.
+    /// Writes the first line, then starts to measure.
     /// @param name copied.
     /// @param bUseTimer whether the second line carries the time.
     /// @param bUseLogConsole true for the console log, false for the debugger.
     /// @param bCPU true for processor time, false for wall-clock time.
     CQMDebugTraceStartEndMarker(const CString& name, bool bUseTimer, bool bUseLogConsole, bool bCPU);
 
-    /// Copies member by member: both markers will write a second line, on the same measurement.
+    /// Copies member by member: both markers will write a second line, from the same measurement.
     CQMDebugTraceStartEndMarker(const CQMDebugTraceStartEndMarker& other);
-    /// Copies member by member; the line of the former measurement is never written.
+    /// Copies member by member; the second line of the previous measurement is never written.
     CQMDebugTraceStartEndMarker& operator=(const CQMDebugTraceStartEndMarker& other);
 
     /// Ends the measurement and writes the second line.
@@ -53,16 +52,15 @@ public:
     /// Chooses where the second line goes.
     void SetUseLogConsole(bool bUseLogConsole);
 
-    /// Chooses whether the second line carries the time. It does not begin to measure: turned on for a marker
-    /// that was made without, it gives a wall-clock time of 0, or all the processor time of the process so
-    /// far.
+    /// Chooses whether the second line carries the time. Does not start to measure: a marker constructed without
+    /// the timer then reports a wall-clock time of 0, or all the processor time of the process so far.
     void SetUseTimer(bool bUseTimer);
 
 private:
     CString m_strName;
     bool m_bUseLogConsole;
     bool m_bUseTimer;
-    CQMTimer* m_pTimer; ///< null unless the marker was made to measure wall-clock time; never released
+    CQMTimer* m_pTimer; ///< null unless constructed to measure wall-clock time; never deleted
     bool m_bCPU;
     std::uint64_t m_nKernelStart = 0; ///< in 100-nanosecond units
     std::uint64_t m_nUserStart = 0;   ///< in 100-nanosecond units

@@ -6,13 +6,10 @@
 
 #include <cstdarg>
 #include <cstddef>
-#include <limits>
 
 namespace {
 
-constexpr std::int32_t NothingSaved = std::numeric_limits<std::int32_t>::max();
-
-/// Size of the buffers that reports are composed in, in characters, the terminating zero included.
+/// Size of the report buffers, in characters, the terminating null included.
 constexpr std::size_t Capacity = 1024;
 
 std::int64_t ReadCounter()
@@ -33,37 +30,37 @@ double ReadFrequency()
 
 CQMTimer::CQMTimer() : CQMTimer(nullptr) {}
 
-CQMTimer::CQMTimer(const char* title) : m_dFrequency(ReadFrequency()), m_nSavedPriority(NothingSaved)
+CQMTimer::CQMTimer(const char* title) : m_dFrequency(ReadFrequency())
 {
     Sleep(0);
-    RestartStep();
-    StopStep();
+    _RestartStep();
+    _StopStep();
     m_dOverhead = static_cast<double>(m_liStopRaw - m_liStartRaw);
     if (title != nullptr)
         CQMConsoleAPI::Log(L"\n%s\n", title);
-    RestartStep();
+    _RestartStep();
 }
 
 CQMTimer& CQMTimer::operator=(const CQMTimer& other) = default;
 
-CQMTimer::~CQMTimer() { RestorePriority(); }
+CQMTimer::~CQMTimer() { _RestorePriority(); }
 
 void CQMTimer::Start(bool bSleepFirst, bool bRaisePriority)
 {
-    // The result, not the priority from before, is what is handed back later; the class comment says so.
+    // Saves the result, not the previous priority, on purpose: see the class comment.
     if (bRaisePriority && m_nSavedPriority == NothingSaved)
         m_nSavedPriority = SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
     if (bSleepFirst)
         Sleep(0);
-    RestartStep();
+    _RestartStep();
 }
 
 void CQMTimer::Stop(bool bRestorePriority)
 {
-    const bool wasRunning = IsRunning();
-    StopStep();
+    const bool wasRunning = _IsRunning();
+    _StopStep();
     if (wasRunning && bRestorePriority)
-        RestorePriority();
+        _RestorePriority();
 }
 
 void CQMTimer::Pause()
@@ -74,25 +71,24 @@ void CQMTimer::Pause()
 
 void CQMTimer::Resume()
 {
-    if (IsRunning())
+    if (_IsRunning())
         return;
     m_liStartRaw = ReadCounter();
-    // Negative, and the end mark stays: the pause counts, and the stopwatch does not run on.
+    // Adds a negative number and leaves the end mark alone: the pause counts, and the stopwatch stays stopped.
     m_dStart += static_cast<double>(m_liStopRaw - m_liStartRaw);
 }
 
 double CQMTimer::GetLapsedTime(bool bStop)
 {
     if (bStop)
-        StopStep();
-    return Elapsed();
+        _StopStep();
+    return _Elapsed();
 }
 
-// NOLINTNEXTLINE(cert-dcl50-cpp): a printing function as the hosts know them
 void CQMTimer::LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...)
 {
     if (bStop)
-        StopStep();
+        _StopStep();
     constexpr std::size_t lead = 4;
     wchar_t text[Capacity] = L">>> ";
     std::va_list arguments;
@@ -100,50 +96,49 @@ void CQMTimer::LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, .
     platform::VPrint(text + lead, Capacity - lead, format, arguments);
     va_end(arguments);
     platform::Append(text, Capacity, L" : %.5lf sec\n");
-    _Log(text, Elapsed());
+    _Log(text, _Elapsed());
     if (bRestart)
-        RestartStep();
+        _RestartStep();
 }
 
 void CQMTimer::TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label)
 {
     if (bStop)
-        StopStep();
+        _StopStep();
     wchar_t text[Capacity];
-    platform::Print(text, Capacity, L">>> %s : %.5lf sec\n", label, Elapsed());
+    platform::Print(text, Capacity, L">>> %s : %.5lf sec\n", label, _Elapsed());
     _Trace(text);
     if (bRestart)
-        RestartStep();
+        _RestartStep();
 }
 
-// NOLINTNEXTLINE(cert-dcl50-cpp): called like LogLapsedTime
 void CQMTimer::DogLapsedTime(bool bStop, bool bRestart, const wchar_t* /*format*/, ...)
 {
     if (bStop)
-        StopStep();
+        _StopStep();
     if (bRestart)
-        RestartStep();
+        _RestartStep();
 }
 
-bool CQMTimer::IsRunning() const { return m_dEnd == m_dStart + m_dOverhead; }
+bool CQMTimer::_IsRunning() const { return m_dEnd == m_dStart + m_dOverhead; }
 
-void CQMTimer::RestartStep()
+void CQMTimer::_RestartStep()
 {
     m_liStartRaw = ReadCounter();
     m_dStart = static_cast<double>(m_liStartRaw);
     m_dEnd = m_dStart + m_dOverhead;
 }
 
-void CQMTimer::StopStep()
+void CQMTimer::_StopStep()
 {
     m_liStopRaw = ReadCounter();
-    if (IsRunning())
+    if (_IsRunning())
         m_dEnd = static_cast<double>(m_liStopRaw);
 }
 
-double CQMTimer::Elapsed() const { return (m_dEnd - m_dStart - m_dOverhead) / m_dFrequency; }
+double CQMTimer::_Elapsed() const { return (m_dEnd - m_dStart - m_dOverhead) / m_dFrequency; }
 
-void CQMTimer::RestorePriority()
+void CQMTimer::_RestorePriority()
 {
     if (m_nSavedPriority == NothingSaved)
         return;
@@ -151,8 +146,6 @@ void CQMTimer::RestorePriority()
     m_nSavedPriority = NothingSaved;
 }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): a report is an instance's
 void CQMTimer::_Log(const wchar_t* text, double seconds) const { CQMConsoleAPI::Log(text, seconds); }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): a report is an instance's
 void CQMTimer::_Trace(const wchar_t* text) const { OutputDebugStringW(text); }

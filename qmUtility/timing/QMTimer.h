@@ -7,61 +7,60 @@
 
 #include <cstdint>
 
-/// Measures wall-clock time on the performance counter, from the moment of its construction on, and takes the
-/// cost of one counter read off every interval.
+/// Measures wall-clock time on the performance counter, starting at construction, and subtracts the cost of one
+/// counter read from every interval.
 ///
-/// The stopwatch is **running** while its end mark stands at the start mark plus that cost, exactly, and
-/// stopped otherwise; there is no other state. The elapsed time is therefore 0, up to rounding, until
-/// something moves the end mark.
+/// The stopwatch is **running** while its end mark equals the start mark plus that cost exactly, and stopped
+/// otherwise; there is no other state. The elapsed time is therefore 0, up to rounding, until an operation moves
+/// the end mark.
 ///
 /// **Reports** take two flags: `bStop` ends the interval first, `bRestart` begins a new one afterwards.
 ///
-/// **Priority.** A raise (`Start`) is undone by handing back what the raise itself returned, 1 for success
-/// and 0 for failure, and not the priority from before: after a raised measurement the thread is at level 1
-/// (above normal), after a refused raise at level 0 (normal). Hosts count on that.
+/// **Priority.** Restoring the priority after a raise (`Start`) sets the level that the raise itself returned, 1
+/// for success and 0 for failure, not the previous level: after a raised measurement the thread is at level 1
+/// (above normal), after a refused raise at level 0 (normal). Hosts rely on that.
 ///
-/// **Threads.** An instance belongs to one thread at a time. Priorities are those of the thread that calls
-/// `Start`, `Stop` or the destructor, whichever thread raised its own.
+/// **Threads.** An instance belongs to one thread at a time. `Start`, `Stop` and the destructor change the
+/// priority of the thread that calls them, whichever thread was raised.
 ///
-/// **Failure.** Nothing is reported; the system's services are used as far as they work. Composing a report
-/// may throw std::bad_alloc.
+/// **Failure.** No operation reports failures of the system's services. Composing a report may throw
+/// std::bad_alloc.
 class QMUTILITY_API CQMTimer
 {
 public:
-    /// Measures the cost of a counter read, giving up the rest of the time slice first, and starts running.
+    /// Gives up the rest of the time slice, measures the cost of a counter read, and starts the stopwatch.
     CQMTimer();
 
-    /// @param title written to the console log, between two line breaks, before the interval begins; null
-    ///   writes nothing. It is handed to the log as the narrow string it is, under the format "\n%s\n".
+    /// @param title written to the console log, between two newlines, before the interval begins; null writes
+    ///   nothing. It is passed on as a narrow string, with the format "\n%s\n".
     explicit CQMTimer(const char* title);
 
     /// Copies as assignment does.
     CQMTimer(const CQMTimer&) = default;
 
-    /// Copies the marks, the calibration, and the priority that is to be handed back: both stopwatches then
-    /// do so.
+    /// Copies the marks, the calibration and the saved priority, which both stopwatches then restore.
     CQMTimer& operator=(const CQMTimer& other);
 
-    /// Hands back the priority, if that is still to be done.
+    /// Restores the priority, if one is saved.
     ~CQMTimer();
 
     /// Begins a new interval.
     /// @param bSleepFirst gives up the rest of the time slice first, so that the interval begins with a new
-    /// one.
-    /// @param bRaisePriority raises the thread to the highest priority (time-critical), unless a raise is
-    ///   already to be undone.
+    ///   one.
+    /// @param bRaisePriority raises the thread to the highest priority (time-critical), unless a priority is
+    ///   saved already.
     void Start(bool bSleepFirst, bool bRaisePriority);
 
     /// Ends the interval. A stopped interval is not extended.
-    /// @param bRestorePriority hands back the priority, if that is to be done and the stopwatch was running.
+    /// @param bRestorePriority restores the priority, if one is saved and the stopwatch was running.
     void Stop(bool bRestorePriority);
 
-    /// Moves the end mark to now, also that of a stopped interval, which grows.
+    /// Moves the end mark to now, which extends a stopped interval.
     void Pause();
 
-    /// On a stopped stopwatch, moves the start mark back by the time since the last counter read of `Stop` or
-    /// `Pause`. The stopwatch stays stopped, and its elapsed time reads from then on as the time from the
-    /// start to this call, the pause included. On a running stopwatch does nothing.
+    /// Moves the start mark of a stopped stopwatch back by the time since the last stop or `Pause`. The
+    /// stopwatch stays stopped; its elapsed time is then the time from the start to this call, the pause
+    /// included. Does nothing on a running stopwatch.
     void Resume();
 
     /// @param bStop ends the interval first.
@@ -69,39 +68,45 @@ public:
     double GetLapsedTime(bool bStop);
 
     /// Reports to the console log: ">>> ", the message, " : ", the seconds with five decimals, " sec" and a
-    /// line break.
+    /// newline.
     ///
-    /// The message goes through formatting twice, with the seconds as the only argument the second time: a
-    /// percent sign that is to be printed is written "%%%%" in the format, or "%%" in a string argument. The
-    /// line is cut at 1023 characters, before that second time; the message alone at 1019.
-    void LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
-
-    /// Reports to the debugger: ">>> ", the label, " : ", the seconds with five decimals, " sec" and a line
-    /// break, cut at 1023 characters.
+    /// The message is formatted twice, the second time with the seconds as the only argument: to print a percent
+    /// sign, write "%%%%" in the format or "%%" in a string argument. The first formatting truncates the message
+    /// to 1019 and the line to 1023 characters.
     /// @param bStop ends the interval first.
     /// @param bRestart begins a new one afterwards.
-    /// @param label printed as it stands.
+    /// @param format directives as for `CString::Format`.
+    void LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
+
+    /// Reports to the debugger: ">>> ", the label, " : ", the seconds with five decimals, " sec" and a newline,
+    /// truncated to 1023 characters.
+    /// @param bStop ends the interval first.
+    /// @param bRestart begins a new one afterwards.
+    /// @param label printed verbatim.
     void TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label);
 
-    /// Reports nowhere: a report that is turned off, of which the two flags still count.
+    /// Takes the arguments of `LogLapsedTime` and obeys its two flags, but writes nothing: a disabled report.
     void DogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
 private:
-    QMUTILITY_PRIVATE bool IsRunning() const;
-    QMUTILITY_PRIVATE void RestartStep();
-    QMUTILITY_PRIVATE void StopStep();
-    QMUTILITY_PRIVATE double Elapsed() const;
-    QMUTILITY_PRIVATE void RestorePriority();
-    // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): how the class marks its helpers
+    enum : std::int32_t
+    {
+        NothingSaved = 0x7FFFFFFF
+    };
+
+    QMUTILITY_PRIVATE bool _IsRunning() const;
+    QMUTILITY_PRIVATE void _RestartStep();
+    QMUTILITY_PRIVATE void _StopStep();
+    QMUTILITY_PRIVATE double _Elapsed() const;
+    QMUTILITY_PRIVATE void _RestorePriority();
     QMUTILITY_PRIVATE void _Log(const wchar_t* text, double seconds) const;
     QMUTILITY_PRIVATE void _Trace(const wchar_t* text) const;
-    // NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
-    std::int64_t m_liStartRaw = 0;     ///< counter value of the last restart or `Resume`
-    std::int64_t m_liStopRaw = 0;      ///< counter value of the last stop or `Pause`
-    double m_dStart = 0;               ///< start mark, in counter ticks
-    double m_dEnd = 0;                 ///< end mark, in counter ticks
-    double m_dFrequency = 0;           ///< counter ticks per second
-    double m_dOverhead = 0;            ///< cost of one counter read, in counter ticks
-    std::int32_t m_nSavedPriority = 0; ///< to be handed back; 0x7FFFFFFF when there is nothing
+    std::int64_t m_liStartRaw = 0;                ///< counter value of the last restart or `Resume`
+    std::int64_t m_liStopRaw = 0;                 ///< counter value of the last stop or `Pause`
+    double m_dStart = 0;                          ///< start mark, in counter ticks
+    double m_dEnd = 0;                            ///< end mark, in counter ticks
+    double m_dFrequency;                          ///< counter ticks per second
+    double m_dOverhead = 0;                       ///< cost of one counter read, in counter ticks
+    std::int32_t m_nSavedPriority = NothingSaved; ///< the level to restore
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What the statements that stand in the documents are run in.
+/// Test fixture of the statements in the documents.
 
 #include "qmUtility/filecheck/QMFileCheckAPI.h"
 #include "qmUtility/ini/INIParser.h"
@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-/// Runs the statements below one heading of a document, in a folder of their own.
+/// Runs the statements below one heading of a document in a temporary folder.
 class Document : public TemporaryFolder
 {
 protected:
@@ -29,7 +29,7 @@ protected:
         EXPECT_EQ(Read("settings.ini"), text) << "line " << line;
     }
 
-    /// Statements begin: what they write is kept.
+    /// Statements begin: captures their output until `Ran`.
     void Run()
     {
         m_output.emplace(STDOUT_FILENO);
@@ -54,8 +54,8 @@ protected:
     }
 
 private:
-    /// Joins texts, with a zero for each number, since they depend on the machine, and for each of its
-    /// decimals. What takes less than a counter read cost when that was measured has a negative duration.
+    /// Joins texts, with the digit 0 for each integer and each decimal, since numbers depend on the machine. A
+    /// minus sign is dropped: a duration that is less than the measured cost of a counter read is negative.
     static std::string Figures(const std::vector<std::string>& texts)
     {
         std::string figures;

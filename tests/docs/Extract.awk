@@ -1,19 +1,19 @@
-# Takes the fenced blocks out of a document. What one is for stands after its language:
+# Extracts the fenced blocks of a document. The words after the language say what a block is for:
 #
-#   ```cpp                 statements, which run as part of a test
-#   ```ini before          settings.ini becomes this; "ini before, cut" leaves the last line end out
-#   ```ini after           settings.ini has to be this by now
-#   ```text console        what the statements above have written to the console log; numbers may differ
-#   ```text debugger       and to the debugger
+#   ```cpp                 statements, run as part of a test
+#   ```ini before          settings.ini becomes this; "ini before, cut" leaves the last newline out
+#   ```ini after           settings.ini is expected to be this
+#   ```text console        what the statements above write to the console log; numbers may differ
+#   ```text debugger       ... and to the debugger
 #   ```LANGUAGE FILE       a file of a project that the document describes
 #
-# Prints a source file with one test for each heading that has statements below it. With -v project=FOLDER it
-# writes the project's files instead. A block of another kind is an error.
+# Prints a source file with one test for each heading that has statements below it. With -v project=FOLDER it writes
+# the project's files instead. A block of another kind is an error.
 
 function raw(text) { return "R\"~~(" text ")~~\"" }
 
 function flush_test() {
-    if (body ~ /[^ ]/ && has_statements)
+    if (has_statements)
         tests = tests "\nTEST_F(Document, " name "_line" start ")\n{\n" body "}\n"
     body = ""
     has_statements = 0
@@ -40,18 +40,15 @@ FNR == 1 {
 
 in_block && /^```$/ {
     in_block = 0
-    if (file != "") {
-        if (project != "") {
-            path = project "/" file
-            folder = path
-            sub(/\/[^\/]*$/, "", folder)
-            system("mkdir -p '" folder "'")
-            printf "%s", text > path
-            close(path)
-        }
+    if (file != "" && project != "") {
+        path = project "/" file
+        folder = path
+        sub(/\/[^\/]*$/, "", folder)
+        system("mkdir -p '" folder "'")
+        printf "%s", text > path
+        close(path)
     } else if (role == "cpp") {
-        body = body "    Run();\n#line " first " \"" FILENAME "\"\n" text
-        body = body "    Ran();\n"
+        body = body "    Run();\n#line " first " \"" FILENAME "\"\n" text "    Ran();\n"
         has_statements = 1
     } else if (role == "ini before")
         body = body "    Before(" raw(text) ");\n"
@@ -63,12 +60,12 @@ in_block && /^```$/ {
         body = body "    Console(" first ", " raw(text) ");\n"
     else if (role == "text debugger")
         body = body "    Debugger(" first ", " raw(text) ");\n"
-    else
-        includes = includes "#error " FILENAME ":" first - 1 ": a fence of an unknown kind: " role "\n"
+    else if (file == "")
+        includes = includes "#error " FILENAME ":" first - 1 ": unknown kind of block: " role "\n"
     next
 }
 
-in_block && role == "cpp" && file == "" && /^#include/ { includes = includes $0 "\n"; next }
+in_block && role == "cpp" && /^#include/ { includes = includes $0 "\n"; next }
 in_block { text = text $0 "\n" }
 
 END {

@@ -5,7 +5,7 @@
 /// taken by itself, and nothing is fast. The fuzzers hold the library against it, so it shares nothing with
 /// the library but the record.
 
-#include "qmUtility/ini/INIParser.h"
+#include "qmUtility/ini/INIDocument.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -155,23 +155,6 @@ bool operator==(const Records<Char>& a, const Records<Char>& b)
                x.Key == y.Key && x.Value == y.Value;
     };
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), same);
-}
-
-/// @return whether a list that was read comes back the same from what is written of it. Not if it holds what
-///   a line of neither kind makes, a key record that counts as a header, or a key or value with a "[".
-template <class Char>
-bool IsWellFormed(const Records<Char>& records)
-{
-    String<Char> section;
-    for (const auto& record : records) {
-        if (record.Key.empty() ? !record.Value.empty() : Has(record.Key, '[') || Has(record.Value, '['))
-            return false;
-        if (record.Key.empty())
-            section = record.Section;
-        if (record.Section != section)
-            return false;
-    }
-    return true;
 }
 
 template <class Char>

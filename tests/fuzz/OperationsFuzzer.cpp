@@ -1,5 +1,6 @@
 /// @file
-/// Random operations on a file, each compared with the model's: what it answers and what the file then holds.
+/// Random Operations on a file or on a document, each compared with the model's: its result, and what the file or the
+/// document then holds.
 
 #include "tests/fuzz/Model.h"
 
@@ -37,7 +38,7 @@ private:
     int m_descriptor = memfd_create("fuzz", 0);
 };
 
-/// The file and what the model knows of it: its text, and the list of the records of that text.
+/// A file, or a document that was loaded from it, and what the model knows of it.
 struct Session
 {
     Session(FuzzedDataProvider& data, const MemoryFile& file) : Data(data), File(file), Path(file.Path()) {}
@@ -54,15 +55,19 @@ struct Session
     std::string Section() { return Name(&INIParser::Record::Section); }
     std::string Key() { return Name(&INIParser::Record::Key); }
 
-    /// Compares what the library says that it did to the file, and did, with what is expected of it.
+    /// Compares what the library says that it did, and did, with what is expected of it.
     void Edited(bool result, bool isExpected)
     {
         Require(result == isExpected, "the result of the edit");
-        if (isExpected)
+        if (isExpected && IsOfFile)
             Text = model::Save(Records);
         Compare();
     }
-    void Compare() const { Require(File.Read() == Text, "the text of the file"); }
+    void Compare() const
+    {
+        Require(File.Read() == Text, "the text of the file");
+        Require(IsOfFile || Document.Content() == model::Content(Records), "the content of the document");
+    }
 
     template <class Change>
     bool First(const std::string& key, const std::string& section, Change change)
@@ -86,7 +91,13 @@ struct Session
     std::string Path;
     std::string Text;
     model::Records<char> Records;
+    bool IsOfFile = true; ///< whether Operations are those of `INIParser`, which read and write the file
+    INIDocument Document;
 };
+
+/// An operation of `INIParser` or of the document, on the arguments without the path.
+#define CALL(Operation, ...)                                                                                 \
+    (s.IsOfFile ? INIParser::Operation(__VA_ARGS__, s.Path) : s.Document.Operation(__VA_ARGS__))
 
 template <class Char>
 model::Records<Char> Only(model::Records<Char>& records, typename model::Records<Char>::iterator at)
@@ -99,11 +110,10 @@ void CheckLookups(Session& s)
     const std::string key = s.Key();
     const std::string section = s.Section();
     const auto at = model::Find(s.Records, key, section);
-    Require(model::operator==(INIParser::GetRecord(key, section, s.Path), Only(s.Records, at)), "GetRecord");
-    Require(INIParser::GetValue(key, section, s.Path) == (at == s.Records.end() ? "" : at->Value),
-            "GetValue");
-    Require(INIParser::RecordExists(key, section, s.Path) == (at != s.Records.end()), "RecordExists");
-    Require(INIParser::SectionExists(section, s.Path) == (model::Find(s.Records, section) != s.Records.end()),
+    Require(model::operator==(CALL(GetRecord, key, section), Only(s.Records, at)), "GetRecord");
+    Require(CALL(GetValue, key, section) == (at == s.Records.end() ? "" : at->Value), "GetValue");
+    Require(CALL(RecordExists, key, section) == (at != s.Records.end()), "RecordExists");
+    Require(CALL(SectionExists, section) == (model::Find(s.Records, section) != s.Records.end()),
             "SectionExists");
 
     model::Records<char> keys;
@@ -113,57 +123,25 @@ void CheckLookups(Session& s)
             names.push_back(record.Section);
         else if (record.Section == section)
             keys.push_back(record);
-    Require(model::operator==(INIParser::GetSection(section, s.Path), keys), "GetSection");
-    Require(INIParser::GetSectionNames(s.Path) == names, "GetSectionNames");
-    Require(INIParser::Content(s.Path) == model::Content(s.Records), "Content");
-
-    auto wide = model::Load(model::Widen<wchar_t>(s.Text));
-    const auto wideKey = model::Widen<wchar_t>(key);
-    const auto wideSection = model::Widen<wchar_t>(section);
-    const auto wideAt = model::Find(wide, wideKey, wideSection);
-    Require(model::operator==(INIParser::GetRecord(wideKey, wideSection, s.WidePath()), Only(wide, wideAt)),
-            "the wide GetRecord");
-    Require(INIParser::GetValue(wideKey, wideSection, s.WidePath()) ==
-                (wideAt == wide.end() ? L"" : wideAt->Value),
-            "the wide GetValue");
-    Require(INIParser::RecordExists(wideKey, wideSection, s.WidePath()) == (wideAt != wide.end()),
-            "the wide RecordExists");
-    Require(INIParser::SectionExists(wideSection, s.WidePath()) ==
-                (model::Find(wide, wideSection) != wide.end()),
-            "the wide SectionExists");
-}
-
-/// A rewrite that changes nothing keeps every record of a well-formed file, in either width.
-void CheckRewrite(Session& s)
-{
-    const bool isWellFormed = model::IsWellFormed(s.Records);
-    const std::string before = INIParser::Content(s.Path);
-    std::string unused = "unused";
-    while (model::Find(s.Records, unused) != s.Records.end())
-        unused += '.';
-    s.Edited(INIParser::DeleteSection(unused, s.Path), true);
-    Require(!isWellFormed || INIParser::Content(s.Path) == before, "a narrow rewrite keeps the records");
-    if (!isWellFormed || s.Records.empty())
-        return;
-    auto records = model::Load(model::Widen<wchar_t>(s.Text));
-    const auto record = records.front();
-    Require(INIParser::SetValue(record.Key, record.Value, record.Section, s.WidePath()), "a wide rewrite");
-    s.Text = model::Save(records);
-    s.Compare();
-    Require(INIParser::Content(s.Path) == before, "a wide rewrite keeps the records");
+    Require(model::operator==(CALL(GetSection, section), keys), "GetSection");
+    Require((s.IsOfFile ? INIParser::GetSectionNames(s.Path) : s.Document.GetSectionNames()) == names,
+            "GetSectionNames");
+    Require((s.IsOfFile ? INIParser::Content(s.Path) : s.Document.Content()) == model::Content(s.Records),
+            "Content");
 }
 
 using Operation = std::function<void(Session&)>;
 
-const Operation operations[] = {
+const Operation Operations[] = {
     CheckLookups,
-    CheckRewrite,
     [](Session& s) {
         const auto key = s.Key(), value = s.Data.ConsumeRandomLengthString(16), section = s.Section();
         model::SetValue(s.Records, key, value, section);
-        s.Edited(INIParser::SetValue(key, value, section, s.Path), true);
+        s.Edited(CALL(SetValue, key, value, section), true);
     },
     [](Session& s) {
+        if (!s.IsOfFile)
+            return;
         const auto key = model::Widen<wchar_t>(s.Key()), section = model::Widen<wchar_t>(s.Section());
         auto value = model::Widen<wchar_t>(s.Data.ConsumeRandomLengthString(16));
         if (s.Data.ConsumeBool())
@@ -177,7 +155,7 @@ const Operation operations[] = {
     [](Session& s) {
         const auto section = s.Section();
         s.Records.push_back({{}, ' ', section, {}, {}});
-        s.Edited(INIParser::AddSection(section, s.Path), true);
+        s.Edited(CALL(AddSection, section), true);
     },
     [](Session& s) {
         const auto key = s.Key(), section = s.Section();
@@ -185,41 +163,41 @@ const Operation operations[] = {
         const bool isFound = at != s.Records.end();
         if (isFound)
             s.Records.erase(at);
-        s.Edited(INIParser::DeleteRecord(key, section, s.Path), isFound);
+        s.Edited(CALL(DeleteRecord, key, section), isFound);
     },
     [](Session& s) {
         const auto section = s.Section();
         while (model::Find(s.Records, section) != s.Records.end())
             s.Records.erase(model::Find(s.Records, section));
-        s.Edited(INIParser::DeleteSection(section, s.Path), true);
+        s.Edited(CALL(DeleteSection, section), true);
     },
     [](Session& s) {
         const auto section = s.Section(), name = s.Section();
         s.Every(section, [&](auto& record) { record.Section = name; });
-        s.Edited(INIParser::RenameSection(section, name, s.Path), true);
+        s.Edited(CALL(RenameSection, section, name), true);
     },
     [](Session& s) {
         const auto key = s.Key(), section = s.Section();
         const auto mark = s.Data.PickValueInArray({INIParser::Hash, INIParser::Semicolon});
         const bool isFound =
             s.First(key, section, [&](auto& record) { record.Commented = static_cast<char>(mark); });
-        s.Edited(INIParser::CommentRecord(mark, key, section, s.Path), isFound);
+        s.Edited(CALL(CommentRecord, mark, key, section), isFound);
     },
     [](Session& s) {
         const auto section = s.Section();
         const char mark = s.Data.ConsumeBool() ? '#' : s.Data.ConsumeIntegral<char>();
         s.Every(section, [&](auto& record) { record.Commented = mark; });
-        s.Edited(INIParser::CommentSection(mark, section, s.Path), true);
+        s.Edited(CALL(CommentSection, mark, section), true);
     },
     [](Session& s) {
         const auto key = s.Key(), section = s.Section();
         const bool isFound = s.First(key, section, [](auto& record) { record.Commented = ' '; });
-        s.Edited(INIParser::UnCommentRecord(key, section, s.Path), isFound);
+        s.Edited(CALL(UnCommentRecord, key, section), isFound);
     },
     [](Session& s) {
         const auto section = s.Section();
         s.Every(section, [](auto& record) { record.Commented = ' '; });
-        s.Edited(INIParser::UnCommentSection(section, s.Path), true);
+        s.Edited(CALL(UnCommentSection, section), true);
     },
     [](Session& s) {
         const bool isSection = s.Data.ConsumeBool();
@@ -228,8 +206,8 @@ const Operation operations[] = {
         const bool isFound = s.First(key, section, [&](auto& record) {
             record.Comments = comments.size() >= 2 ? comments + "\n" : comments;
         });
-        s.Edited(isSection ? INIParser::SetSectionComments(comments, section, s.Path)
-                           : INIParser::SetRecordComments(comments, key, section, s.Path),
+        s.Edited(isSection ? CALL(SetSectionComments, comments, section)
+                           : CALL(SetRecordComments, comments, key, section),
                  isFound);
     },
     [](Session& s) {
@@ -238,11 +216,12 @@ const Operation operations[] = {
         const bool isSorted = !sorted.empty();
         if (isSorted)
             s.Records = sorted;
-        s.Edited(INIParser::Sort(s.Path, descending), isSorted);
+        s.Edited(s.IsOfFile ? INIParser::Sort(s.Path, descending) : s.Document.Sort(descending), isSorted);
     },
     [](Session& s) {
         s.Records.clear();
-        s.Edited(INIParser::Create(s.Path), true);
+        s.Document = INIDocument();
+        s.Edited(!s.IsOfFile || INIParser::Create(s.Path), true);
     },
 };
 
@@ -251,10 +230,10 @@ void RequireThrow(Call call)
 {
     try {
         call();
-        Require(false, "a malformed header throws");
     } catch (const std::out_of_range&) {
         return;
     }
+    Require(false, "a malformed header throws");
 }
 
 } // namespace
@@ -269,17 +248,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const auto steps = data.ConsumeIntegralInRange(1, 8);
     session.Text = data.ConsumeRandomLengthString(size);
     file.Write(session.Text);
-    for (int i = 0; i != steps; ++i) {
-        try {
-            session.Records = model::Load(session.Text);
-        } catch (const std::out_of_range&) {
-            RequireThrow([&] { return INIParser::GetValue("", "", session.Path); });
-            RequireThrow([&] { return INIParser::SetValue(L"k", L"v", L"S", session.WidePath()); });
-            RequireThrow([&] { return INIParser::Sort(session.Path, false); });
-            session.Compare();
-            break;
+    session.IsOfFile = data.ConsumeBool();
+    try {
+        session.Records = model::Load(session.Text);
+        Require(session.Document.Load(session.Path), "the document is loaded");
+        for (int i = 0; i != steps; ++i) {
+            data.PickValueInArray(Operations)(session);
+            if (session.IsOfFile)
+                session.Records = model::Load(session.Text);
         }
-        data.PickValueInArray(operations)(session);
+        if (!session.IsOfFile) {
+            Require(session.Document.Save(session.Path), "the document is saved");
+            session.Text = model::Save(session.Records);
+        }
+    } catch (const std::out_of_range&) {
+        RequireThrow([&] { session.Document.Load(session.Path); });
+        RequireThrow([&] { return INIParser::GetValue("", "", session.Path); });
+        RequireThrow([&] { return INIParser::SetValue(L"k", L"v", L"S", session.WidePath()); });
+        RequireThrow([&] { return INIParser::Sort(session.Path, false); });
     }
+    session.Compare();
     return 0;
 }

@@ -1,164 +1,101 @@
 /// @file
-/// Wide printing: one directive against the C library's own wide printing, under the name that it has there;
-/// and formats of any kind, which must stay within their buffer.
+/// Wide printing: single directives compared with the C library's wide printing, and arbitrary formats, which must
+/// stay within the buffer.
 
 #include "qmUtility/platform/WidePrint.h"
 #include "tests/fuzz/Model.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <array>
 #include <clocale>
-#include <cstdint>
 #include <cwchar>
-#include <memory>
 
 namespace {
 
-/// A length and a conversion, and what the C library calls them.
-struct Name
+/// Prints one argument with random flags, width and precision.
+/// @param ours,standard length and conversion, here and in the C library.
+template <class Argument, class Standard>
+void Check(FuzzedDataProvider& data, const std::wstring& ours, Argument argument,
+           const std::wstring& standard, Standard standardArgument)
 {
-    const wchar_t* Ours;
-    const wchar_t* Standard;
-};
-
-/// Prints into buffers of exactly some capacity, so that the address sanitizer sees any write past the end.
-template <class... Arguments>
-void Check(std::size_t capacity, const std::wstring& expected, const std::wstring& format,
-           Arguments... arguments)
-{
-    const std::unique_ptr<wchar_t[]> buffer(new wchar_t[capacity]);
-    const std::ptrdiff_t result = platform::Print(buffer.get(), capacity, format.c_str(), arguments...);
-    Require(result == (expected.size() < capacity ? static_cast<std::ptrdiff_t>(expected.size()) : -1),
-            "the length of the text");
-    if (capacity > 0)
-        Require(std::wstring(buffer.get(), std::min(capacity - 1, expected.size()) + 1) ==
-                    expected.substr(0, capacity - 1) + L'\0',
-                "the text");
+    std::wstring start = L"<%";
+    for (const wchar_t flag : {L'-', L'+', L' ', L'#', L'0'})
+        start.append(data.ConsumeBool() ? 1 : 0, flag);
+    start += L"*.*";
+    const int range = data.ConsumeIntegralInRange(0, 99) == 0 ? 70'000 : 40;
+    const int width = data.ConsumeIntegralInRange(-range, range);
+    const int precision = data.ConsumeIntegralInRange(-range, range);
+    const bool isText = ours.find_first_of(L"sScC") != std::wstring::npos;
+    static std::vector<wchar_t> expected(70'000);
+    const int size = std::swprintf(expected.data(), expected.size(), (start + standard + L'>').c_str(),
+                                   std::clamp(width, -65535, 65535),
+                                   isText ? precision : std::min(precision, 65535), standardArgument);
+    Require(size >= 0, "the C library prints");
+    std::wstring text(expected.data(), static_cast<std::size_t>(size));
+    const auto capacity = data.ConsumeIntegralInRange<std::size_t>(1, 400);
+    std::vector<wchar_t> buffer(capacity); // the address sanitizer detects a write past the end
+    const std::ptrdiff_t result =
+        platform::Print(buffer.data(), capacity, (start + ours + L'>').c_str(), width, precision, argument);
+    Require(result == (text.size() < capacity ? size : -1), "the length of the text");
+    text = text.substr(0, capacity - 1) + L'\0';
+    Require(std::equal(text.begin(), text.end(), buffer.begin()), "the text");
 }
 
-/// Each byte sequence that is UTF-8 is one character, and so is each other byte.
-std::wstring FromUtf8(const std::string& bytes)
+void CheckNumber(FuzzedDataProvider& data)
 {
-    std::wstring text;
-    for (std::size_t at = 0; at < bytes.size();) {
+    static constexpr std::pair<const wchar_t*, const wchar_t*> lengths[] = {
+        {L"hh", L"hh"}, {L"h", L"h"},    {L"", L""},   {L"I32", L""}, {L"l", L"l"}, {L"w", L"l"},
+        {L"ll", L"ll"}, {L"I64", L"ll"}, {L"I", L"z"}, {L"j", L"j"},  {L"z", L"z"}, {L"t", L"t"}};
+    const auto [ours, standard] = data.PickValueInArray(lengths);
+    const std::wstring integer(1, data.PickValueInArray({L'd', L'i', L'u', L'o', L'x', L'X'}));
+    const auto number = data.ConsumeIntegral<long long>();
+    Check(data, ours + integer, number, standard + integer, number);
+
+    const std::wstring floating(1, data.PickValueInArray({L'e', L'E', L'f', L'F', L'g', L'G', L'a', L'A'}));
+    const auto real = data.ConsumeFloatingPoint<double>();
+    Check(data, floating, real, floating, real);
+    Check(data, L'L' + floating, real / 3.0L, L'L' + floating, real / 3.0L);
+}
+
+void CheckText(FuzzedDataProvider& data)
+{
+    std::wstring wide;
+    for (const char c : data.ConsumeRandomLengthString(64))
+        wide += c >= 0 ? static_cast<wchar_t>(c) : data.ConsumeIntegral<wchar_t>();
+    Check(data, data.PickValueInArray({L"s", L"ls", L"ws", L"lS"}), wide.c_str(), L"ls", wide.c_str());
+    Check(data, data.PickValueInArray({L"c", L"lc", L"wc"}), wide[0], L"lc",
+          static_cast<std::wint_t>(wide[0]));
+
+    // Narrow text is UTF-8; each byte that is not is the character of its value.
+    const std::string narrow = data.ConsumeRandomLengthString(64).c_str();
+    wide.clear();
+    for (std::size_t at = 0; at < narrow.size();) {
         wchar_t c = 0;
         std::mbstate_t state{};
-        const std::size_t length = std::mbrtowc(&c, &bytes[at], bytes.size() - at, &state);
+        const std::size_t length = std::mbrtowc(&c, &narrow[at], narrow.size() - at, &state);
         const bool isValid = length <= 4 && c <= 0x10FFFF;
-        text += isValid ? c : static_cast<wchar_t>(static_cast<unsigned char>(bytes[at]));
+        wide += isValid ? c : static_cast<unsigned char>(narrow[at]);
         at += isValid ? length : 1;
     }
-    return text;
+    Check(data, data.PickValueInArray({L"hs", L"hhs", L"S"}), narrow.c_str(), L"ls", wide.c_str());
+    Check(data, data.PickValueInArray({L"hc", L"hhc", L"C"}), narrow[0], L"lc",
+          std::wint_t{static_cast<unsigned char>(narrow[0])});
 }
 
-/// A directive without its length and conversion, as given and as the C library may be asked.
-class Start
-{
-public:
-    explicit Start(FuzzedDataProvider& data) : m_capacity(data.ConsumeIntegralInRange<std::size_t>(0, 400))
-    {
-        for (const wchar_t flag : {L'-', L'+', L' ', L'#', L'0'})
-            if (data.ConsumeBool())
-                m_flags += flag;
-        m_width = Number(data);
-        m_precision = Number(data);
-    }
-
-    template <class Argument>
-    void Check(Name name, Argument argument) const
-    {
-        CheckAs(name, argument, argument);
-    }
-
-    /// @param standard the argument to give to the C library instead.
-    template <class Argument, class Standard>
-    void CheckAs(Name name, Argument argument, Standard standard) const
-    {
-        const bool isText = std::wcspbrk(name.Ours, L"sScC") != nullptr;
-        const int precision = isText ? m_precision : std::min(m_precision, 65535);
-        const std::wstring asked = L"%" + Flags(name) + L"*.*" + name.Standard;
-        static std::array<wchar_t, 70'000> expected;
-        const int size = std::swprintf(expected.data(), expected.size(), asked.c_str(),
-                                       std::clamp(m_width, -65535, 65535), precision, standard);
-        Require(size >= 0, "the C library prints");
-        const std::wstring text = L"<" + std::wstring(expected.data(), static_cast<std::size_t>(size)) + L">";
-
-        ::Check(m_capacity, text, L"<%" + m_flags + L"*.*" + name.Ours + L">", m_width, m_precision,
-                argument);
-        if (m_width >= 0 && m_precision >= 0)
-            ::Check(m_capacity, text,
-                    L"<%" + m_flags + (m_width != 0 ? std::to_wstring(m_width) : L"") + L'.' +
-                        std::to_wstring(m_precision) + name.Ours + L">",
-                    argument);
-    }
-
-private:
-    static int Number(FuzzedDataProvider& data)
-    {
-        switch (data.ConsumeIntegralInRange(0, 99)) {
-        case 0:
-            return -1;
-        case 1:
-            return data.ConsumeIntegralInRange(-70'000, 70'000);
-        default:
-            return data.ConsumeIntegralInRange(-40, 40);
-        }
-    }
-
-    std::wstring Flags(Name name) const { return *name.Ours == L'p' ? m_flags + L'#' : m_flags; }
-
-    std::size_t m_capacity;
-    std::wstring m_flags;
-    int m_width;
-    int m_precision;
-};
-
-void CheckInteger(FuzzedDataProvider& data, const Start& start)
-{
-    static constexpr Name lengths[] = {{L"hh", L"hh"}, {L"h", L"h"}, {L"", L""},     {L"I32", L""},
-                                       {L"l", L"l"},   {L"w", L"l"}, {L"ll", L"ll"}, {L"I64", L"ll"},
-                                       {L"I", L"z"},   {L"j", L"j"}, {L"z", L"z"},   {L"t", L"t"}};
-    const wchar_t conversion = data.PickValueInArray(L"diuoxX");
-    const Name length = data.PickValueInArray(lengths);
-    if (conversion == 0)
-        return start.Check({L"p", L"llx"}, data.ConsumeIntegral<unsigned long long>());
-    start.Check({(std::wstring(length.Ours) + conversion).c_str(),
-                 (std::wstring(length.Standard) + conversion).c_str()},
-                data.ConsumeIntegral<long long>());
-}
-
-void CheckText(FuzzedDataProvider& data, const Start& start)
-{
-    std::string narrow = data.ConsumeRandomLengthString(64);
-    std::replace(narrow.begin(), narrow.end(), '\0', ' ');
-    std::wstring wide = model::Widen<wchar_t>(narrow);
-    for (wchar_t& c : wide)
-        if (c >= 0xF0)
-            c = data.ConsumeIntegral<wchar_t>();
-    const auto* const character = narrow.c_str();
-    start.Check({data.PickValueInArray({L"s", L"ls", L"ws", L"lS"}), L"ls"}, wide.c_str());
-    start.CheckAs({data.PickValueInArray({L"hs", L"hhs", L"S"}), L"ls"}, narrow.c_str(),
-                  FromUtf8(narrow).c_str());
-    start.CheckAs({data.PickValueInArray({L"hc", L"hhc", L"C"}), L"lc"}, static_cast<int>(*character),
-                  static_cast<unsigned>(static_cast<unsigned char>(*character)));
-    start.Check({data.PickValueInArray({L"c", L"lc", L"wc"}), L"lc"}, static_cast<unsigned>(wide.c_str()[0]));
-}
-
-/// Whatever a directive takes, it gets the address of a text that is zero-ended as bytes and as characters.
+/// Each argument is the address of a text that is null-terminated as bytes and as wide characters.
 void CheckAnyFormat(FuzzedDataProvider& data)
 {
     const auto capacity = data.ConsumeIntegralInRange<std::size_t>(1, 100);
     std::wstring format = model::Widen<wchar_t>(data.ConsumeRemainingBytesAsString());
-    std::size_t directives = 0;
-    std::erase_if(format, [&](wchar_t c) { return (c == L'%' || c == L'*') && ++directives > 12; });
+    int arguments = 0; // a long double is as large as two of those below
+    std::erase_if(format, [&](wchar_t c) { return (c == L'%' || c == L'*') && ++arguments > 12; });
     const auto* const t = L"text";
-    const std::unique_ptr<wchar_t[]> buffer(new wchar_t[capacity]);
+    std::vector<wchar_t> buffer(capacity);
     const std::ptrdiff_t result =
-        platform::Print(buffer.get(), capacity, format.c_str(), t, t, t, t, t, t, t, t, t, t, t, t, t, t, t,
-                        t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t);
-    Require(result < 0 ? buffer[capacity - 1] == 0 : buffer[static_cast<std::size_t>(result)] == 0,
-            "the text is ended");
+        platform::Print(buffer.data(), capacity, format.c_str(), t, t, t, t, t, t, t, t, t, t, t, t, t, t, t,
+                        t, t, t, t, t, t, t, t, t, t, t, t, t, t, t);
+    Require(buffer[result < 0 ? capacity - 1 : static_cast<std::size_t>(result)] == 0,
+            "the text is terminated");
 }
 
 } // namespace
@@ -167,23 +104,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 {
     [[maybe_unused]] static const char* const locale = std::setlocale(LC_CTYPE, "C.UTF-8");
     FuzzedDataProvider data(bytes, size);
-    const int kind = data.ConsumeIntegralInRange(0, 4);
-    if (kind == 0) {
-        CheckAnyFormat(data);
-        return 0;
-    }
-    const Start start(data);
-    static constexpr Name floating[] = {{L"e", L"e"}, {L"E", L"E"}, {L"f", L"f"}, {L"F", L"F"},
-                                        {L"g", L"g"}, {L"G", L"G"}, {L"a", L"a"}, {L"A", L"A"}};
-    static constexpr Name longFloating[] = {{L"Le", L"Le"}, {L"Lf", L"Lf"}, {L"Lg", L"Lg"}, {L"LA", L"LA"}};
-    if (kind == 1)
-        CheckInteger(data, start);
-    else if (kind == 2)
-        start.Check(data.PickValueInArray(floating), data.ConsumeFloatingPoint<double>());
-    else if (kind == 3)
-        start.Check(data.PickValueInArray(longFloating),
-                    static_cast<long double>(data.ConsumeFloatingPoint<double>()) / 3);
-    else
-        CheckText(data, start);
+    data.PickValueInArray({CheckAnyFormat, CheckNumber, CheckText})(data);
     return 0;
 }

@@ -1,15 +1,44 @@
-#include "qmUtility/ini/INIParser.h"
+#include "qmUtility/ini/INIDocument.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <functional>
+#include <tuple>
 
 namespace {
+
+/// An argument of either width.
+struct Text
+{
+    const char* Bytes;
+
+    operator std::string() const { return Bytes; }
+    operator std::wstring() const { return {Bytes, Bytes + std::string_view(Bytes).size()}; }
+};
+
+constexpr Text operator""_t(const char* bytes, std::size_t /*size*/) { return {bytes}; }
+
+/// An edit, as `INIParser` and as a document of either width does it.
+struct Edit
+{
+    std::function<bool(const std::string&)> OfFile;
+    std::function<bool(INIDocument&)> OfDocument;
+    std::function<bool(WINIDocument&)> OfWideDocument;
+};
+
+/// Makes an `Edit` of an operation and its arguments without the path.
+#define EDIT(Operation, ...)                                                                                 \
+    Edit                                                                                                     \
+    {                                                                                                        \
+        [](const std::string& path) { return INIParser::Operation(__VA_ARGS__, path); },                     \
+            [](INIDocument& document) { return document.Operation(__VA_ARGS__); },                           \
+            [](WINIDocument& document) { return document.Operation(__VA_ARGS__); }                           \
+    }
 
 /// What an edit of a file returns and leaves behind: `After` is the file, byte for byte.
 struct Case
 {
     std::string Before;
-    std::function<bool(const std::string&)> Edit;
+    Edit Operation;
     bool Result;
     std::string After;
 };
@@ -20,120 +49,127 @@ protected:
     void Check(const std::vector<Case>& cases)
     {
         for (std::size_t i = 0; i < cases.size(); ++i) {
-            const std::string path = Write(cases[i].Before);
-            EXPECT_EQ(cases[i].Edit(path), cases[i].Result) << "case " << i;
-            EXPECT_EQ(Read(path), cases[i].After) << "case " << i;
+            const auto& [before, edit, result, after] = cases[i];
+            SCOPED_TRACE("case " + std::to_string(i));
+            const std::string path = Write(before);
+            EXPECT_EQ(edit.OfFile(path), result);
+            EXPECT_EQ(Read(path), after);
+
+            Write(before);
+            INIDocument document;
+            WINIDocument wide;
+            ASSERT_TRUE(document.Load(path) && wide.Load(WidePath("test.ini")));
+            EXPECT_EQ(edit.OfDocument(document), result);
+            EXPECT_EQ(edit.OfWideDocument(wide), result);
+            const std::string content = document.Content();
+            EXPECT_EQ(wide.Content(), Wide(content));
+            EXPECT_TRUE(!result || document.Save(path));
+            EXPECT_EQ(Read(path), after);
         }
+    }
+
+    static std::wstring Wide(const std::string& bytes)
+    {
+        std::wstring wide;
+        for (const char c : bytes)
+            wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
+        return wide;
     }
 };
 
-/// Makes an edit of a file from an operation and the arguments before the path.
-constexpr auto editBy = [](auto operation) {
-    return [=](auto... arguments) {
-        return [=](const std::string& path) { return operation(arguments..., path); };
-    };
-};
-
-constexpr auto Set = editBy([](auto... arguments) { return INIParser::SetValue(arguments...); });
-
-auto SetWide(const wchar_t* key, const std::wstring& value, const wchar_t* section)
-{
-    return [=](const std::string& path) {
-        return INIParser::SetValue(key, value, section, {path.begin(), path.end()});
-    };
-}
-
-TEST_F(Edits, SetAValue)
+TEST_F(Edits, SetValueInsertsMissingKeysFirstAndMissingSectionsLast)
 {
     Check({
-        {"[S]\na=1\n", Set("a", "2", "S"), true, " [S]\n a=2\n"},
-        {"[S]\na=1\n", Set("b", "2", "S"), true, " [S]\n b=2\n a=1\n"},
-        {"[S]\na=1\n[T]\nc=3\n", Set("b", "2", "T"), true, " [S]\n a=1\n [T]\n b=2\n c=3\n"},
-        {"[S]\na=1\n", Set("x", "9", "N"), true, " [S]\n a=1\n [N]\n x=9\n"},
-        {"[S]\n;n\n#a=1\n", Set("a", "2", "S"), true, " [S]\n;n\n#a=2\n"},
-        {"[S]\na=1\na=2\n", Set("a", "5", "S"), true, " [S]\n a=5\n a=2\n"},
-        {";[S]\na=1\n[S]\n", Set("b", "2", "S"), true, ";[S]\n b=2\n a=1\n [S]\n"},
-        {"k=1\nl=2\n[S]\n", Set("n", "3", ""), true, " k=1\n n=3\n l=2\n [S]\n"},
-        {"[S]\n", Set("n", "3", ""), true, " [S]\n []\n n=3\n"},
-        {"[S]\n", Set("", "2", "S"), true, " [S]\n"}, // the header's key, which has no value to write
-        {"", Set("a", "1", "S"), true, " [S]\n a=1\n"},
+        {"[S]\na=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), true, " [S]\n a=2\n"},
+        {"[S]\na=1\n", EDIT(SetValue, "b"_t, "2"_t, "S"_t), true, " [S]\n b=2\n a=1\n"},
+        {"[S]\na=1\n[T]\nc=3\n", EDIT(SetValue, "b"_t, "2"_t, "T"_t), true, " [S]\n a=1\n [T]\n b=2\n c=3\n"},
+        {"[S]\na=1\n", EDIT(SetValue, "x"_t, "9"_t, "N"_t), true, " [S]\n a=1\n [N]\n x=9\n"},
+        {"[S]\n;n\n#a=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), true, " [S]\n;n\n#a=2\n"},
+        {"[S]\na=1\na=2\n", EDIT(SetValue, "a"_t, "5"_t, "S"_t), true, " [S]\n a=5\n a=2\n"},
+        {";[S]\na=1\n[S]\n", EDIT(SetValue, "b"_t, "2"_t, "S"_t), true, ";[S]\n b=2\n a=1\n [S]\n"},
+        {"k=1\nl=2\n[S]\n", EDIT(SetValue, "n"_t, "3"_t, ""_t), true, " k=1\n n=3\n l=2\n [S]\n"},
+        {"[S]\n", EDIT(SetValue, "n"_t, "3"_t, ""_t), true, " [S]\n []\n n=3\n"},
+        {"[S]\n", EDIT(SetValue, ""_t, "2"_t, "S"_t), true,
+         " [S]\n"}, // the header's key, which has no value to write
+        {"", EDIT(SetValue, "a"_t, "1"_t, "S"_t), true, " [S]\n a=1\n"},
         // What reading drops, a rewrite loses.
-        {"\n  [S]  tail\n\n; c\r\n\n a = 1 \r\njunk\n; lost\nlast=1", Set("a ", " 2", "S"), true,
-         " [S]\n; c\n a = 2\n []\n"},
+        {"\n  [S]  tail\n\n; c\r\n\n a = 1 \r\njunk\n; lost\nlast=1", EDIT(SetValue, "a "_t, " 2"_t, "S"_t),
+         true, " [S]\n; c\n a = 2\n []\n"},
     });
 }
 
-TEST_F(Edits, SetAValueInTheWideForm)
+TEST_F(Edits, WideFilesAreNotIndentedAndHaveAnEmptyLineBeforeEachHeaderButTheFirst)
 {
-    // Live lines are not indented, and an empty line comes before every header but the first.
-    Check({
-        {"k=0\n;s\n[S]\na=1\n#b=2\n;t\n;[T]\n[U]\n", SetWide(L"a", L"2", L"S"), true,
+    const std::tuple<const char*, const wchar_t*, std::wstring, const char*> cases[] = {
+        {"k=0\n;s\n[S]\na=1\n#b=2\n;t\n;[T]\n[U]\n", L"a", L"2",
          "k=0\n;s\n[S]\na=2\n#b=2\n;t\n\n;[T]\n\n[U]\n"},
-        {"[S]\na=1\n", SetWide(L"b", L"2", L"S"), true, "[S]\nb=2\na=1\n"},
-        {"[S]\na=1\n", SetWide(L"x", L"9", L"N"), true, "[S]\na=1\n\n[N]\nx=9\n"},
-        {"[S]\na=1\n[T]\n", SetWide(L"a", std::wstring(L"\u20AC\u0100!") + wchar_t(-1), L"S"), true,
-         "[S]\na=?\?!?\n\n[T]\n"},
-    });
+        {"[S]\na=1\n", L"b", L"2", "[S]\nb=2\na=1\n"},
+        {"[T]\na=1\n", L"x", L"9", "[T]\na=1\n\n[S]\nx=9\n"},
+        {"[S]\na=1\n", L"a", std::wstring(L"\u20AC\u0100!") + wchar_t(-1), "[S]\na=?\?!?\n"},
+    };
+    for (const auto& [before, key, value, after] : cases) {
+        Write(before);
+        EXPECT_TRUE(INIParser::SetValue(key, value, L"S", WidePath("test.ini")));
+        EXPECT_EQ(Read(Path("test.ini")), after);
+    }
 }
 
-TEST_F(Edits, AddDeleteAndRename)
+TEST_F(Edits, AddSectionDeleteAndRename)
 {
-    constexpr auto add = editBy(INIParser::AddSection);
-    constexpr auto drop = editBy(INIParser::DeleteRecord);
-    constexpr auto dropAll = editBy(INIParser::DeleteSection);
-    constexpr auto rename = editBy(INIParser::RenameSection);
     Check({
-        {"[A]\na=1\n", add("B"), true, " [A]\n a=1\n [B]\n"},
-        {"[A]\na=1\n", add("A"), true, " [A]\n a=1\n [A]\n"},
-        {"[S]\nx=1\n;c\nx=2\n", drop("x", "S"), true, " [S]\n;c\n x=2\n"},
-        {"[S]\n;c\n#x=1\ny=2\n", drop("x", "S"), true, " [S]\n y=2\n"},
-        {"[S]\nx=1\n[T]\n", drop("x", "T"), false, "[S]\nx=1\n[T]\n"}, // not rewritten
-        {"[R]\n[S]\nx=1\n[S]\n", drop("", "S"), true, " [R]\n x=1\n [S]\n"},
-        {";c\n[S]\n#x=1\n[T]\n;d\ny=1\n;[S]\nz=1\n", dropAll("S"), true, " [T]\n;d\n y=1\n"},
-        {"[T]\n", dropAll("S"), true, " [T]\n"}, // rewritten all the same
-        {"[A]\na=1\n[B]\n;[A]\n#b=1\n", rename("A", "C"), true, " [C]\n a=1\n [B]\n;[C]\n#b=1\n"},
-        {"[A]\n", rename("X", "Y"), true, " [A]\n"},
+        {"[A]\na=1\n", EDIT(AddSection, "B"_t), true, " [A]\n a=1\n [B]\n"},
+        {"[A]\na=1\n", EDIT(AddSection, "A"_t), true, " [A]\n a=1\n [A]\n"},
+        {"[S]\nx=1\n;c\nx=2\n", EDIT(DeleteRecord, "x"_t, "S"_t), true, " [S]\n;c\n x=2\n"},
+        {"[S]\n;c\n#x=1\ny=2\n", EDIT(DeleteRecord, "x"_t, "S"_t), true, " [S]\n y=2\n"},
+        {"[S]\nx=1\n[T]\n", EDIT(DeleteRecord, "x"_t, "T"_t), false, "[S]\nx=1\n[T]\n"}, // not rewritten
+        {"[R]\n[S]\nx=1\n[S]\n", EDIT(DeleteRecord, ""_t, "S"_t), true, " [R]\n x=1\n [S]\n"},
+        {";c\n[S]\n#x=1\n[T]\n;d\ny=1\n;[S]\nz=1\n", EDIT(DeleteSection, "S"_t), true, " [T]\n;d\n y=1\n"},
+        {"[T]\n", EDIT(DeleteSection, "S"_t), true, " [T]\n"}, // rewritten all the same
+        {"[A]\na=1\n[B]\n;[A]\n#b=1\n", EDIT(RenameSection, "A"_t, "C"_t), true,
+         " [C]\n a=1\n [B]\n;[C]\n#b=1\n"},
+        {"[A]\n", EDIT(RenameSection, "X"_t, "Y"_t), true, " [A]\n"},
     });
 }
 
 TEST_F(Edits, CommentOutAndRestore)
 {
-    constexpr auto comment = editBy(INIParser::CommentRecord);
-    constexpr auto restore = editBy(INIParser::UnCommentRecord);
-    constexpr auto commentAll = editBy(INIParser::CommentSection);
-    constexpr auto restoreAll = editBy(INIParser::UnCommentSection);
     Check({
-        {"[S]\n;c\nk=1\nk=2\n", comment(INIParser::Hash, "k", "S"), true, " [S]\n;c\n#k=1\n k=2\n"},
-        {"[S]\n#k=1\n", comment(INIParser::Semicolon, "k", "S"), true, " [S]\n;k=1\n"},
-        {"[S]\nk=1\n", comment(INIParser::Hash, "", "S"), true, "#[S]\n k=1\n"},
-        {"[S]\n#k=1\n;k=2\n", restore("k", "S"), true, " [S]\n k=1\n;k=2\n"},
-        {"[S]\n#k=1\n[T]\n", restore("k", "T"), false, "[S]\n#k=1\n[T]\n"},
-        {"[S]\nk=1\n[T]\nt=1\n[S]\n#l=1\n", commentAll(';', "S"), true,
+        {"[S]\n;c\nk=1\nk=2\n", EDIT(CommentRecord, INIParser::Hash, "k"_t, "S"_t), true,
+         " [S]\n;c\n#k=1\n k=2\n"},
+        {"[S]\n#k=1\n", EDIT(CommentRecord, INIParser::Semicolon, "k"_t, "S"_t), true, " [S]\n;k=1\n"},
+        {"[S]\nk=1\n", EDIT(CommentRecord, INIParser::Hash, ""_t, "S"_t), true, "#[S]\n k=1\n"},
+        {"[S]\n#k=1\n;k=2\n", EDIT(UnCommentRecord, "k"_t, "S"_t), true, " [S]\n k=1\n;k=2\n"},
+        {"[S]\n#k=1\n[T]\n", EDIT(UnCommentRecord, "k"_t, "T"_t), false, "[S]\n#k=1\n[T]\n"},
+        {"[S]\nk=1\n[T]\nt=1\n[S]\n#l=1\n", EDIT(CommentSection, ';', "S"_t), true,
          ";[S]\n;k=1\n [T]\n t=1\n;[S]\n;l=1\n"},
-        {"k=1\n[S]\n", commentAll('#', ""), true, "#k=1\n [S]\n"},
-        {"[S]\n", commentAll('!', "S"), true, "![S]\n"}, // any character is written
-        {";[S]\n#k=1\n;[T]\n", restoreAll("S"), true, " [S]\n k=1\n;[T]\n"},
+        {"k=1\n[S]\n", EDIT(CommentSection, '#', ""_t), true, "#k=1\n [S]\n"},
+        {"[S]\n", EDIT(CommentSection, '!', "S"_t), true, "![S]\n"}, // any character is written
+        {";[S]\n#k=1\n;[T]\n", EDIT(UnCommentSection, "S"_t), true, " [S]\n k=1\n;[T]\n"},
     });
 }
 
 TEST_F(Edits, ReplaceComments)
 {
-    constexpr auto note = editBy(INIParser::SetRecordComments);
-    constexpr auto noteSection = editBy(INIParser::SetSectionComments);
     Check({
-        {"[S]\n;old\nk=1\nk=2\n", note("; a", "k", "S"), true, " [S]\n; a\n k=1\n k=2\n"},
-        {"[S]\n#k=1\n", note("; a\n", "k", "S"), true, " [S]\n; a\n\n#k=1\n"}, // gets another line break
-        {"[S]\nk=1\n", note("#", "k", "S"), true, " [S]\n# k=1\n"},            // too short to get one
-        {"[S]\n;old\nk=1\n", note("", "k", "S"), true, " [S]\n k=1\n"},
-        {"k=1\n;old\n;[S]\n[S]\n", noteSection("; a\n; b", "S"), true, " k=1\n; a\n; b\n;[S]\n [S]\n"},
-        {"k=1\n[S]\n", noteSection("; a", ""), false, "k=1\n[S]\n"}, // keys, but no header
+        {"[S]\n;old\nk=1\nk=2\n", EDIT(SetRecordComments, "; a"_t, "k"_t, "S"_t), true,
+         " [S]\n; a\n k=1\n k=2\n"},
+        {"[S]\n#k=1\n", EDIT(SetRecordComments, "; a\n"_t, "k"_t, "S"_t), true,
+         " [S]\n; a\n\n#k=1\n"}, // gets another newline
+        {"[S]\nk=1\n", EDIT(SetRecordComments, "#"_t, "k"_t, "S"_t), true,
+         " [S]\n# k=1\n"}, // too short to get one
+        {"[S]\n;old\nk=1\n", EDIT(SetRecordComments, ""_t, "k"_t, "S"_t), true, " [S]\n k=1\n"},
+        {"k=1\n;old\n;[S]\n[S]\n", EDIT(SetSectionComments, "; a\n; b"_t, "S"_t), true,
+         " k=1\n; a\n; b\n;[S]\n [S]\n"},
+        {"k=1\n[S]\n", EDIT(SetSectionComments, "; a"_t, ""_t), false, "k=1\n[S]\n"}, // keys, but no header
     });
 }
 
 TEST_F(Edits, Sort)
 {
     constexpr auto sort = [](bool descending) {
-        return [=](const std::string& path) { return INIParser::Sort(path, descending); };
+        const auto sortDocument = [=](auto& document) { return document.Sort(descending); };
+        return Edit{[=](const std::string& path) { return INIParser::Sort(path, descending); }, sortDocument,
+                    sortDocument};
     };
     const std::string unsorted = "[b]\n[A]\n;of k10\nk10=1\n#k2=2\nK1=3\n;of a\n[a]\n\xC3=1\nz=1\n";
     Check({
@@ -153,9 +189,11 @@ TEST_F(Edits, Sort)
 
 TEST_F(Edits, CreateEmptiesAnExistingFile)
 {
-    Check({{"[S]\nk=1\n", [](const std::string& path) { return INIParser::Create(path); }, true, ""}});
-    EXPECT_TRUE(INIParser::Create(Path("new.ini")));
-    EXPECT_EQ(INIParser::GetSectionNames(Path("new.ini")).size(), 0U);
+    const std::string path = Write("[S]\nk=1\n");
+    for (const std::string& name : {path, Path("new.ini")}) {
+        EXPECT_TRUE(INIParser::Create(name));
+        EXPECT_EQ(Read(name) + std::to_string(std::filesystem::exists(name)), "1");
+    }
     EXPECT_FALSE(INIParser::Create(Path("no such folder/new.ini")));
 }
 

@@ -1,4 +1,4 @@
-# Installs the build for another system to an empty folder, builds the README's project against it, and runs that.
+# Installs a cross-compiled build, builds the README's project against it, and runs the program.
 set(work "${BINARY_DIR}/package-tests")
 file(REMOVE_RECURSE "${work}")
 file(MAKE_DIRECTORY "${work}/project")

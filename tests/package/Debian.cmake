@@ -1,5 +1,4 @@
-# Makes the Debian packages in a build folder of their own, looks at what they say of themselves, and unpacks both to a
-# folder, as the system would to its root.
+# Builds the Debian packages in a folder of their own, checks their control fields and contents, and unpacks them.
 function(run)
   execute_process(COMMAND ${ARGV} WORKING_DIRECTORY "${SOURCE_DIR}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
 endfunction()
@@ -28,7 +27,7 @@ expect(libqmutility1 Section "^libs$")
 expect(libqmutility-dev Depends "^libqmutility1 \\(= ${VERSION}\\)$")
 expect(libqmutility-dev Section "^libdevel$")
 
-# What a program needs to run is in the one, what it takes to build it in the other.
+# The runtime package contains the versioned libraries only, the development package everything else.
 file(REMOVE_RECURSE "${ROOT}")
 file(GLOB runtime "${BINARY_DIR}/libqmutility1_*.deb")
 file(GLOB development "${BINARY_DIR}/libqmutility-dev_*.deb")
@@ -36,6 +35,6 @@ run(dpkg-deb -x "${runtime}" "${ROOT}")
 file(GLOB files RELATIVE "${LIBDIR}" "${LIBDIR}/*")
 list(FILTER files EXCLUDE REGEX "^lib[A-Za-z]+\\.so\\.1(\\.0\\.0)?$")
 if(files OR EXISTS "${ROOT}/usr/include" OR NOT EXISTS "${LIBDIR}/libqmUtility.so.1")
-  message(FATAL_ERROR "libqmutility1 has more or less than the libraries in ${LIBDIR}: ${files}")
+  message(FATAL_ERROR "libqmutility1 does not contain exactly the libraries: ${LIBDIR} also has \"${files}\"")
 endif()
 run(dpkg-deb -x "${development}" "${ROOT}")

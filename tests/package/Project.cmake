@@ -1,5 +1,5 @@
-# Takes the files of the projects out of a document, runs one of its scripts in the folder that the script stands in,
-# and compares what that prints at last with output.txt, beside it or at the document's top. Digits may differ.
+# Extracts the files of a document's projects, runs one of its scripts in the script's folder, and compares the end of
+# the output with output.txt from the same folder or the top folder. Numbers may differ.
 file(REMOVE_RECURSE "${WORK}")
 file(MAKE_DIRECTORY "${WORK}")
 execute_process(COMMAND
@@ -24,5 +24,5 @@ string(FIND "${output}" "${expected}" at REVERSE)
 math(EXPR end "${at} + ${length}")
 string(LENGTH "${output}" whole)
 if(at EQUAL -1 OR NOT end EQUAL whole)
-  message(FATAL_ERROR "${DOCUMENT} says that ${SCRIPT} prints, at last:${expected}but it prints:${output}")
+  message(FATAL_ERROR "${DOCUMENT} says that the output of ${SCRIPT} ends with:${expected}but the output is:${output}")
 endif()

@@ -16,28 +16,23 @@
 #include <string>
 #include <vector>
 
-/// Makes a channel that keeps the bounds of each write, and with them the ends to read from and to write to.
-inline bool MakeChannel(int (&ends)[2])
-{
-#if defined(_WIN32)
-    const std::string name = "\\\\.\\pipe\\qmUtility-" + std::to_string(GetCurrentProcessId());
-    void* const pipe = CreateNamedPipeA(name.c_str(), PIPE_ACCESS_INBOUND,
-                                        PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 1 << 20, 0, nullptr);
-    ends[0] = _open_osfhandle(reinterpret_cast<std::intptr_t>(pipe), _O_BINARY);
-    ends[1] = open(name.c_str(), _O_WRONLY | _O_TEXT);
-    return ends[0] >= 0 && ends[1] >= 0;
-#else
-    return socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends) == 0;
-#endif
-}
-
-/// Collects what is written to a descriptor while it lives, write by write.
+/// Collects what is written to a descriptor, write by write.
 class Capture
 {
 public:
     explicit Capture(int descriptor) : m_descriptor(descriptor), m_original(dup(descriptor))
     {
-        EXPECT_TRUE(MakeChannel(m_ends));
+        // A channel that keeps the bounds of each write: one end to read from, one to write to.
+#if defined(_WIN32)
+        const std::string name = "\\\\.\\pipe\\qmUtility-" + std::to_string(GetCurrentProcessId());
+        void* const pipe =
+            CreateNamedPipeA(name.c_str(), PIPE_ACCESS_INBOUND, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1,
+                             0, 1 << 20, 0, nullptr);
+        m_ends[0] = _open_osfhandle(reinterpret_cast<std::intptr_t>(pipe), _O_BINARY);
+        m_ends[1] = open(name.c_str(), _O_WRONLY | _O_TEXT);
+#else
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, m_ends), 0);
+#endif
         EXPECT_NE(dup2(m_ends[1], descriptor), -1);
         close(m_ends[1]);
     }
@@ -47,7 +42,7 @@ public:
         close(m_original);
         close(m_ends[0]);
     }
-    Capture& operator=(Capture&&) = delete; // and with it every copy
+    Capture(const Capture&) = delete;
 
     /// Ends the capture.
     std::vector<std::string> Writes()
@@ -58,8 +53,7 @@ public:
         for (long size = 0; (size = static_cast<long>(read(m_ends[0], bytes.data(), 65536))) > 0;) {
             writes.emplace_back(bytes, 0, static_cast<std::size_t>(size));
 #if defined(_WIN32)
-            const auto lines = std::count(writes.back().begin(), writes.back().end(), '\n');
-            EXPECT_EQ(std::erase(writes.back(), '\r'), lines) << "line ends are CR LF";
+            EXPECT_EQ(std::ranges::count(writes.back(), '\n'), std::erase(writes.back(), '\r'));
 #endif
         }
         return writes;

@@ -8,18 +8,11 @@
 #include <random>
 #include <string>
 
-/// A test with a folder of its own, which is gone after it.
+/// A test with a folder of its own, which is removed afterwards.
 class TemporaryFolder : public testing::Test
 {
 protected:
-    TemporaryFolder()
-    {
-        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-        m_folder = std::filesystem::temp_directory_path() /
-                   ("qmUtility-" + std::to_string(std::random_device()()) + '-' + test->name());
-        std::filesystem::create_directory(m_folder);
-    }
-
+    TemporaryFolder() { std::filesystem::create_directory(m_folder); }
     ~TemporaryFolder() override { std::filesystem::remove_all(m_folder); }
 
     std::string Path(const std::string& name) const { return (m_folder / name).string(); }
@@ -39,5 +32,6 @@ protected:
     }
 
 private:
-    std::filesystem::path m_folder;
+    const std::filesystem::path m_folder =
+        std::filesystem::temp_directory_path() / ("qmUtility-" + std::to_string(std::random_device()()));
 };

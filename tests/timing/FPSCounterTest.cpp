@@ -3,228 +3,147 @@
 
 #include <algorithm>
 #include <climits>
-#include <memory>
 #include <new>
-#include <random>
+#include <numeric>
 #include <tuple>
 #include <vector>
 
 namespace {
 
-/// What a counter clears when it begins anew.
-struct Figures
-{
-    double FPS = 0, Minimum = 2147483647.0, Maximum = -1, Average = 0, TickAverage = 0;
-    std::uint32_t Frames = 0, Index = 0, Total = 0, TickIndex = 0;
-    std::uint64_t TickStart = 0, TickEnd = 0, Elapsed = 0, TickMaximum = 0, TickMinimum = INT64_MAX;
-    bool Started = false, Held = false;
-};
-
-/// What the counter is to do, step by step and with full scans, on ticks taken from a queue.
-struct Model : Figures
-{
-    explicit Model(eQMFPSType type) : Type(type) { Initialize(); }
-
-    static inline std::deque<std::uint64_t> Queue;
-
-    eQMFPSType Type;
-    std::uint64_t Period = script.TickRate, Accumulator = 0, Tolerance = 0;
-    std::shared_ptr<std::vector<double>> Rates = std::make_shared<std::vector<double>>(16);
-    std::shared_ptr<std::vector<std::uint64_t>> Durations; ///< without the zeros at its end
-
-    void Hold(bool held) { Held = held; }
-
-    void Start()
-    {
-        if (Held || Started)
-            return;
-        Started = true;
-        TickStart = Take(Queue);
-    }
-
-    void End()
-    {
-        if (Held || !Started)
-            return;
-        TickEnd = Take(Queue);
-        ++Total;
-        Elapsed = std::max<std::uint64_t>(TickEnd - Tolerance - TickStart, 1);
-        if (Durations) {
-            TickIndex %= 10000;
-            Durations->resize(std::max<std::size_t>(Durations->size(), TickIndex + 1));
-            (*Durations)[TickIndex++] = Elapsed;
-            TickAverage = Scan<std::int64_t>(*Durations, TickMinimum, TickMaximum);
-        }
-
-        if (Type == 2)
-            FPS = double(Period) / double(Elapsed);
-        else {
-            Accumulator += Elapsed;
-            ++Frames;
-            if (Accumulator < Period)
-                return;
-            FPS = Frames / (double(Accumulator) / double(Period));
-            Accumulator = Frames = 0;
-        }
-
-        if (Index >= Rates->size()) {
-            Index = 0;
-            Minimum = 0x1p63;
-            Maximum = -0x1p63;
-        }
-        (*Rates)[Index++] = FPS;
-        Average = Scan<double>(*Rates, Minimum, Maximum);
-        Started = false;
-    }
-
-    void Initialize()
-    {
-        Rates = std::make_shared<std::vector<double>>(Rates->size());
-        Durations = std::make_shared<std::vector<std::uint64_t>>();
-        Calibrate();
-    }
-
-    void Reset()
-    {
-        Calibrate();
-        std::fill(Rates->begin(), Rates->end(), 0);
-        if (Durations)
-            Durations->clear();
-        Accumulator = 0;
-    }
-
-    void SetFPSAverageSampleCount(unsigned long n)
-    {
-        Rates = std::make_shared<std::vector<double>>(n == 0 ? 1 : n);
-        Index = 0;
-        Durations = nullptr;
-    }
-
-private:
-    void Calibrate()
-    {
-        Started = Held = false;
-        Tolerance = 0;
-        for (int i = 0; i != 1001; ++i) {
-            Start();
-            End();
-            Tolerance = std::min(i != 0 ? Tolerance : UINT64_MAX, TickEnd - TickStart);
-        }
-        static_cast<Figures&>(*this) = {};
-    }
-
-    /// @return the mean of the ring's positive entries, 0 without any; their sum is a Sum.
-    template <class Sum, class Entry>
-    static double Scan(const std::vector<Entry>& ring, Entry& minimum, Entry& maximum)
-    {
-        Entry sum = 0;
-        int count = 0;
-        for (const Entry entry : ring)
-            if (entry > 0) {
-                minimum = std::min(minimum, entry);
-                maximum = std::max(maximum, entry);
-                sum += entry;
-                ++count;
-            }
-        return count != 0 ? double(Sum(sum)) / count : 0;
-    }
-};
-
+/// A counter whose own cost is 5 of 1000 ticks per second.
 struct Counter : CQMFPSCounter
 {
     using CQMFPSCounter::CQMFPSCounter;
     using CQMFPSCounter::Initialize;
+
+    auto Figures() const
+    {
+        return std::tuple(GetTotalFrame(), GetTickStart(), GetTickEnd(), GetTickElapsed(), GetTickMinimum(),
+                          GetTickMaximum(), GetTickAverage(), GetTickSampleIndex(), GetTickAccumulator(),
+                          GetFPS(), GetFPSMinimum(), GetFPSMaximum(), GetFPSAverage(), GetFPSSampleIndex());
+    }
+
+    /// @return the figures after a frame from one tick to another.
+    auto Frame(std::uint64_t start, std::uint64_t end)
+    {
+        script.Clock = start;
+        Start();
+        script.Clock = end;
+        End();
+        return Figures();
+    }
 };
+using Figures = decltype(Counter().Figures());
+const Figures cleared(0, 0, 0, 0, INT64_MAX, 0, 0, 0, 0, 0, INT_MAX, -1, 0, 0);
 
-/// All that a counter tells of itself but its rates.
-auto Told(const Counter& c)
+TEST_F(Scripted, InstantRates)
 {
-    return std::tuple(c.GetFPS(), c.GetFPSMinimum(), c.GetFPSMaximum(), c.GetFPSAverage(),
-                      c.GetFPSSampleIndex(), c.GetFPSSampleCount(), c.GetFPSType(), c.GetTotalFrame(),
-                      c.GetTickPeriod(), c.GetTickStart(), c.GetTickEnd(), c.GetTickAccumulator(),
-                      c.GetTickElapsed(), c.GetTickTolerance(), c.GetTickMinimum(), c.GetTickMaximum(),
-                      c.GetTickAverage(), c.GetTickSampleIndex(), c.GetTickSampleCount());
+    Counter c;
+    EXPECT_EQ(std::tuple(c.GetFPSType(), c.GetTickPeriod(), c.GetTickSampleCount()),
+              std::tuple(eQMFPSType_Instant, 1000, 10'000));
+    c.SetFPSAverageSampleCount(16);
+    c.Initialize(); // brings the durations back
+    EXPECT_EQ(c.Figures(), cleared);
+    // The first calibration frame took 5, as yet without a tolerance, the other 1000 took 1.
+    EXPECT_EQ(c.Frame(100, 125),
+              Figures(1, 100, 125, 20, 1, 20, 1020 / 1001., 1, 0, 50, 50, 1000, 940.625, 1));
+    c.Start();
+    c.Hold(true);
+    c.Reset();
+    c.End(); // not started
+    EXPECT_EQ(c.Figures(), cleared);
+    EXPECT_EQ(c.GetFPSSample(0) + c.GetFPSSample(15), 0);
+    EXPECT_EQ(c.Frame(100, 125), Figures(1, 100, 125, 20, 20, 20, 20, 1, 0, 50, 50, 50, 50, 1));
+    EXPECT_EQ(c.Frame(200, 215), Figures(2, 200, 215, 10, 10, 20, 15, 2, 0, 100, 50, 100, 75, 2));
+    EXPECT_EQ(c.Frame(300, 307), Figures(3, 300, 307, 2, 2, 20, 32 / 3., 3, 0, 500, 50, 500, 650 / 3., 3));
+    const Figures zero(4, 400, 405, 1, 1, 20, 33 / 4., 4, 0, 1000, 50, 1000, 1650 / 4., 4); // counts as 1
+    EXPECT_EQ(c.Frame(400, 405), zero);
+    c.Hold(true);
+    EXPECT_EQ(c.Frame(450, 460), zero);
+    c.Hold(false);
+    script.Clock = 500;
+    c.Start();
+    c.Hold(true);
+    c.End();
+    c.Hold(false);
+    c.Frame(510,
+            504); // started at 500; a tick less than the tolerance wraps, and counts as -1 in the average
+    constexpr double rate = 1000 / 0x1p64;
+    EXPECT_EQ(c.Figures(), Figures(5, 500, 504, -1, 1, -1, 6.4, 5, 0, rate, rate, 1000, 330, 5));
+
+    script.CheapRead = script.Reads + 2000; // ends the last calibration frame
+    c.Reset();
+    EXPECT_EQ(c.GetTickTolerance(), 2);
+    script.CheapRead = script.Reads + 2002; // would end one more
+    c.Reset();
+    EXPECT_EQ(c.GetTickTolerance(), 5);
 }
-auto Told(const Model& m)
-{
-    return std::tuple(m.FPS, m.Minimum, m.Maximum, m.Average, m.Index, m.Rates->size(), m.Type, m.Total,
-                      m.Period, m.TickStart, m.TickEnd, m.Accumulator, m.Elapsed, m.Tolerance, m.TickMinimum,
-                      m.TickMaximum, m.TickAverage, m.TickIndex, 10'000U);
-}
 
-void ExpectSame(const Counter& counter, const Model& model)
+TEST_F(Scripted, AverageRates)
 {
-    EXPECT_TRUE(Model::Queue.empty()) << "the counter read more ticks than it should";
-    EXPECT_EQ(Told(counter), Told(model));
-    std::vector<double> rates;
-    while (rates.size() != model.Rates->size())
-        rates.push_back(counter.GetFPSSample(static_cast<unsigned long>(rates.size())));
-    EXPECT_EQ(rates, *model.Rates);
-}
-
-/// Does the same to counters and their models, at random; they become copies of one another now and then.
-/// @param longStep the step at which the duration ring wraps
-void Walk(unsigned seed, std::uint64_t tickRate, int longStep)
-{
-    std::mt19937_64 random(seed);
-    const auto below = [&random](std::uint64_t limit) { return random() % limit; };
-    script.TickRate = tickRate;
-    script.Ticks = [&, tick = random()]() mutable {
-        const std::uint64_t kind = below(64);
-        tick += kind == 0 ? random() : kind == 1 ? below(3) : 500 + below(100'000); // may go back
-        Model::Queue.push_back(tick);
-        return tick;
-    };
-
-    std::vector<std::pair<Counter, Model>> pairs;
-    for (const int type : {2, 1, 7})
-        pairs.emplace_back(static_cast<eQMFPSType>(type), static_cast<eQMFPSType>(type));
-    for (int step = 0; step != 200 && !testing::Test::HasFailure(); ++step) {
-        SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));
-        auto& pair = pairs[below(pairs.size())];
-        const auto both = [&pair](auto operation) {
-            operation(pair.first);
-            operation(pair.second);
-        };
-        const std::uint64_t choice = step == longStep ? 40 : below(40);
-        if (choice == 0)
-            both([](auto& counter) { counter.Reset(); });
-        else if (choice == 1)
-            both([](auto& counter) { counter.Initialize(); });
-        else if (choice == 2)
-            both([n = static_cast<unsigned long>(below(20))](auto& c) { c.SetFPSAverageSampleCount(n); });
-        else if (choice == 3)
-            for (const unsigned long n : {1'000'000UL, ULONG_MAX / 2 + 6}) // no memory; more than 32 bits
-                EXPECT_THROW(pair.first.SetFPSAverageSampleCount(n), std::bad_alloc);
-        else if (choice < 8)
-            pair = std::pair(pairs[below(pairs.size())]);
-        else if (choice < 12)
-            both([choice](auto& counter) { counter.Hold(choice == 8); });
-        else
-            for (std::uint64_t calls = choice == 40 ? 25'000 : below(20); calls != 0; --calls)
-                both([start = below(2) == 0](auto& counter) { start ? counter.Start() : counter.End(); });
-        for (const auto& [counter, model] : pairs)
-            ExpectSame(counter, model);
+    for (const int type : {1, 0, 3, -1}) {
+        Counter c(static_cast<eQMFPSType>(type));
+        EXPECT_EQ(c.GetFPSType(), type);
+        // The calibration ended 47 periods of 21 frames, and left 14 frames of 1, 5, 10, ... 65.
+        EXPECT_EQ(c.GetTickAccumulator(), 456);
+        c.Frame(100, 649);
+        EXPECT_EQ(c.GetFPS(), 1);
+        c.Reset();
+        EXPECT_EQ(c.Frame(100, 505), Figures(1, 100, 505, 400, 400, 400, 400, 1, 400, 0, INT_MAX, -1, 0, 0));
+        EXPECT_EQ(c.Frame(600, 705), Figures(2, 100, 705, 600, 400, 600, 500, 2, 0, 2, 2, 2, 2, 1));
+        EXPECT_EQ(c.Frame(800, 2805), Figures(3, 800, 2805, 2000, 400, 2000, 1000, 3, 0, .5, .5, 2, 1.25, 2));
     }
 }
 
-TEST_F(Scripted, TheFrameRateCounterDoesWhatItsModelDoes)
+TEST_F(Scripted, AnotherNumberOfRatesDropsTheDurations)
 {
-    Walk(1, 1'000'000'000'000'000, 100); // with rates past 32 bits
-    Walk(2, 1'000'000, 100);
-    Walk(3, 1'000'000, -1);
-    Walk(4, 1, -1); // any frame is a whole period
-    Walk(5, 0, -1); // and none has a rate
+    Counter c;
+    c.Reset();
+    c.Frame(100, 125);
+    for (const unsigned long n : {1'000'000UL, ULONG_MAX / 2 + 6}) // no memory; more than 32 bits
+        EXPECT_THROW(c.SetFPSAverageSampleCount(n), std::bad_alloc);
+    EXPECT_EQ(std::tuple(c.GetFPSSampleCount(), c.GetFPSSample(0)), std::tuple(16, 50));
+    c.SetFPSAverageSampleCount(2);
+    EXPECT_EQ(c.Frame(100, 205), Figures(2, 100, 205, 100, 20, 20, 20, 1, 0, 10, 10, 50, 10, 1));
+    EXPECT_EQ(c.Frame(100, 115), Figures(3, 100, 115, 10, 20, 20, 20, 1, 0, 100, 10, 100, 55, 2));
+    // The ring wraps: 10 is forgotten, then 100.
+    EXPECT_EQ(c.Frame(100, 145), Figures(4, 100, 145, 40, 20, 20, 20, 1, 0, 25, 25, 100, 62.5, 1));
+    c.Frame(100, 155);
+    EXPECT_EQ(c.Frame(100, 130), Figures(6, 100, 130, 25, 20, 20, 20, 1, 0, 40, 20, 40, 30, 1));
+    c.Reset();
+    EXPECT_EQ(c.Figures(), cleared);
+
+    script.TickRate = 0; // rates of 0 show where minimum and maximum start
+    Counter zero;
+    zero.SetFPSAverageSampleCount(0);
+    EXPECT_EQ(zero.GetFPSSampleCount(), 1);
+    EXPECT_EQ(zero.Frame(0, 15), Figures(1, 0, 15, 10, INT64_MAX, 0, 0, 0, 0, 0, INT_MAX, -1, 0, 1));
+    EXPECT_EQ(zero.Frame(0, 15), Figures(2, 0, 15, 10, INT64_MAX, 0, 0, 0, 0, 0, 0x1p63, -0x1p63, 0, 1));
+}
+
+TEST_F(Scripted, CopiesShareTheRingsAndFindWhatAScanFinds)
+{
+    Counter fresh;
+    fresh.Reset();
+    Counter c(fresh);
+    std::vector<std::uint64_t> durations;
+    for (std::size_t frame = 0; frame != 25'000; ++frame) {
+        durations.resize(std::max(durations.size(), frame % 10'000 + 1));
+        std::uint64_t& duration = durations[frame % 10'000];
+        duration = frame < 2 ? 1 + frame * 1'000'000 : 2 + frame * frame * 7919 % 900'007;
+        c.Frame(0, duration + 5);
+        if (frame % 100 != 0)
+            continue;
+        Counter copy(fresh); // has no figures but the rings'
+        copy.Frame(0, durations[0] + 5);
+        EXPECT_EQ(c.GetFPSSample(0), copy.GetFPS());
+        const auto [minimum, maximum] = std::ranges::minmax(durations);
+        const auto sum = std::accumulate(durations.begin(), durations.end(), std::uint64_t{});
+        EXPECT_EQ(std::tuple(copy.GetTickMinimum(), copy.GetTickMaximum(), copy.GetTickAverage()),
+                  std::tuple(minimum, maximum, double(sum) / double(durations.size())));
+    }
+    EXPECT_EQ(std::tuple(c.GetTickSampleIndex(), c.GetTickMinimum(), c.GetTickMaximum()),
+              std::tuple(5000, 1, 1'000'001)); // no longer in the ring
 }
 
 } // namespace
-
-// There is memory for short rings only.
-void* operator new[](std::size_t size)
-{
-    if (size > 1'000'000)
-        throw std::bad_alloc();
-    return operator new(size);
-}
-void operator delete[](void* memory) noexcept { operator delete(memory); }
-void operator delete[](void* memory, std::size_t /*size*/) noexcept { operator delete(memory); }

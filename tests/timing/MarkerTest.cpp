@@ -1,67 +1,53 @@
 #include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
 #include "tests/timing/Script.h"
 
+#include <tuple>
+
 namespace {
 
 using Marker = CQMDebugTraceStartEndMarker;
 
-TEST_F(Scripted, AMarkersLinesDependOnItsThreeFlags)
+TEST_F(Scripted, MarkerFlagsSelectLinesAndTime)
 {
-    const struct
-    {
-        bool Timer, Console, Cpu;
-        bool TimerLater, ConsoleLater;
-        const wchar_t* Calls;
-    } cases[] = {
-        {false, true, false, false, true, L"log %s - Start\n5%|log 5% - End\n|"},
-        {false, false, true, false, false, L"debug >>> 5% - Start|debug >>> 5% - End|"},
-        {true, true, false, true, true,
-         L"sleep 0|100|103|150|log %s - Start\n5%|200|1453|log 5% - End : 1.25 sec\n|"},
-        {true, false, false, true, false,
-         L"sleep 0|100|103|150|debug >>> 5% - Start|200|1453|debug >>> 5% - End : 1.25 sec|"},
-        {true, true, true, true, true, L"log %s - Start\n5%|times|times|log 5% - End : 2.50 sec (CPU)\n|"},
-        {true, false, true, true, false,
-         L"debug >>> 5% - Start|times|times|debug >>> 5% - End : 2.50 sec (CPU)|"},
-        // With the timer only later nothing was begun: no time has passed, or all that there is.
-        {false, true, false, true, false, L"log %s - Start\n5%|debug >>> 5% - End : 0.00 sec|"},
-        {false, true, true, true, false, L"log %s - Start\n5%|times|debug >>> 5% - End : 502.00 sec (CPU)|"},
-        {true, false, true, false, true, L"debug >>> 5% - Start|times|log 5% - End\n|"},
+    // Whether it has the timer, the console, the processor's time; then the timer and the console set later.
+    const std::tuple<bool, bool, bool, bool, bool, const wchar_t*> cases[] = {
+        {0, 1, 0, 0, 1, L"log %% - Start\n|log % - End\n|"},
+        {0, 0, 1, 0, 0, L"debug >>> %% - Start|debug >>> %% - End|"},
+        {1, 1, 0, 1, 0, L"sleep 0|0|5|10|log %% - Start\n|15|1270|debug >>> %% - End : 1.25 sec|"},
+        {1, 0, 0, 1, 1, L"sleep 0|0|5|10|debug >>> %% - Start|15|1270|log % - End : 1.25 sec\n|"},
+        {1, 1, 1, 1, 1, L"log %% - Start\n|times|times|log % - End : -3.50 sec (CPU)\n|"},
+        {1, 0, 1, 0, 1, L"debug >>> %% - Start|times|log % - End\n|"},
+        // Without a measured start, the time is 0 or all the processor time: 9 * 2^32 + 15,000,000 units.
+        {0, 1, 0, 1, 0, L"log %% - Start\n|debug >>> %% - End : 0.00 sec|"},
+        {0, 1, 1, 1, 0, L"log %% - Start\n|times|debug >>> %% - End : 3866.97 sec (CPU)|"},
     };
     for (const auto& [timer, console, cpu, timerLater, consoleLater, calls] : cases) {
         script = {};
-        script.Counts = {100, 103, 150, 200, 1453}; // 1.25 seconds from the second start to the stop
-        script.ProcessTimes = {{5'000'000'000, 20'000'000}, {5'010'000'000, 35'000'000}}; // 2.5 seconds
+        script.ProcessTimes = {{30'000'000, 7}, {20'000'000, 2}};
         {
-            Marker marker(L"5%", timer, console, cpu); // an argument first, then part of the format
+            Marker marker(L"%%", timer, console, cpu); // an argument first, then part of the format
             marker.SetUseTimer(timerLater);
             marker.SetUseLogConsole(consoleLater);
+            script.Clock = 1270;
+            script.ProcessTimes = {{10'000'000, 7}, {5'000'000, 2}}; // less, as in the child of a fork
         }
         EXPECT_EQ(script.Calls, calls);
     }
-}
-
-TEST_F(Scripted, ProcessTimesThatAMarkerCannotHaveCountAsZero)
-{
-    for (const bool atStart : {true, false}) {
-        const Marker marker(L"a", true, false, true);
-        if (atStart)
-            script.ProcessTimes = {{6'000'000'000'000, 4'000'000'000'000}};
-    }
-    EXPECT_EQ(script.Calls, L"debug >>> a - Start|times|times|debug >>> a - End : 1000000.00 sec (CPU)|"
-                            L"debug >>> a - Start|times|times|debug >>> a - End : 0.00 sec (CPU)|");
-}
-
-TEST_F(Scripted, CopiesOfAMarkerShareItsStopwatch)
-{
-    script.Counts = {100, 103, 150, 200, 1453, 7000, 8000};
+    script = {};
+    script.ProcessTimes = {{20'000'000, 0}, {0, 0}};
     {
-        const Marker marker(L"a", true, true, false);
-        Marker assigned(L"b", false, false, false);
-        assigned = Marker(marker);
+        const Marker marker(L"a", true, false, true);
+        script.ProcessTimes.reset(); // unavailable
     }
-    const std::wstring end = L"log a - End : 1.25 sec\n|";
-    EXPECT_EQ(script.Calls, L"sleep 0|100|103|150|log %s - Start\na|200|debug >>> b - Start|1453|" + end +
-                                L"7000|" + end + L"8000|" + end);
+    EXPECT_EQ(script.Calls, L"debug >>> a - Start|times|times|debug >>> a - End : 0.00 sec (CPU)|");
+}
+
+TEST_F(Scripted, MarkerCopiesShareTheStopwatch)
+{
+    const Marker marker(L"a", true, true, false);
+    Marker(L"b", false, false, false) = marker;
+    EXPECT_EQ(script.Calls,
+              L"sleep 0|0|5|10|log a - Start\n|15|debug >>> b - Start|20|log a - End : 0.00 sec\n|");
 }
 
 } // namespace

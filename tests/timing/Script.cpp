@@ -1,85 +1,79 @@
 #include "tests/timing/Script.h"
 
+#include "qmUtility/framework/CString.h"
 #include "qmUtility/host/qmCommonBase.h"
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/host/qmSystemInfo.h"
-#include "qmUtility/platform/Kernel.h"
 
-#include <cstdarg>
-#include <string_view>
+#include <cstdlib>
+#include <new>
+#include <tuple>
 
 namespace {
 
-int process; // its address is the handle
-int thread;
+int theProcess; // its address is the handle
+int theThread;
 
-FILETIME ToFileTime(std::uint64_t units)
+BOOL Record(const std::wstring& call, BOOL result = 1)
 {
-    return {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
+    script.Calls += call + L'|';
+    return result;
 }
-
-void Tell(const std::wstring& call) { script.Calls += call + L'|'; }
 
 } // namespace
 
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count)
 {
-    count->QuadPart = Take(script.Counts);
-    Tell(std::to_wstring(count->QuadPart));
-    return 1;
+    count->QuadPart = static_cast<std::int64_t>(cpu::GetTick());
+    return Record(std::to_wstring(count->QuadPart));
 }
 
 BOOL QueryPerformanceFrequency(LARGE_INTEGER* ticksPerSecond)
 {
-    ticksPerSecond->QuadPart = 1000;
-    return 1;
+    return (ticksPerSecond->QuadPart = 1000) != 0;
 }
 
-void Sleep(DWORD milliseconds) { Tell(L"sleep " + std::to_wstring(milliseconds)); }
+void Sleep(DWORD milliseconds) { Record(L"sleep " + std::to_wstring(milliseconds)); }
 
-HANDLE GetCurrentThread() { return &thread; }
+HANDLE GetCurrentThread() { return &theThread; }
 
-BOOL SetThreadPriority(HANDLE handle, int level)
+BOOL SetThreadPriority(HANDLE thread, int level)
 {
-    EXPECT_EQ(handle, &thread);
-    Tell(L"priority " + std::to_wstring(level));
-    return script.PriorityResult;
+    EXPECT_EQ(thread, &theThread);
+    return Record(L"priority " + std::to_wstring(level), script.PriorityResult);
 }
 
-BOOL GetProcessTimes(HANDLE handle, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user)
+BOOL GetProcessTimes(HANDLE process, FILETIME*, FILETIME*, FILETIME* kernel, FILETIME* user)
 {
-    EXPECT_EQ(handle, &process);
-    Tell(L"times");
-    if (script.ProcessTimes.empty())
-        return 0;
-    const auto [kernelTime, userTime] = Take(script.ProcessTimes);
-    *creation = *exit = ToFileTime(UINT64_MAX);
-    *kernel = ToFileTime(kernelTime);
-    *user = ToFileTime(userTime);
-    return 1;
+    EXPECT_EQ(process, &theProcess);
+    if (script.ProcessTimes)
+        std::tie(*kernel, *user) = *script.ProcessTimes;
+    return Record(L"times", script.ProcessTimes.has_value());
 }
 
-void OutputDebugStringW(const wchar_t* text) { Tell(L"debug " + std::wstring(text)); }
+void OutputDebugStringW(const wchar_t* text) { Record(L"debug " + std::wstring(text)); }
 
-// Takes the argument that goes with a format; the others have none.
-void CQMConsoleAPI::Log(const wchar_t* format, ...) // NOLINT(cert-dcl50-cpp): as hosts have it
+void CQMConsoleAPI::Log(const wchar_t* format, ...)
 {
-    std::wstring call = L"log " + std::wstring(format);
     std::va_list arguments;
     va_start(arguments, format);
-    if (call == L"log \n%s\n") {
-        const std::string_view title = va_arg(arguments, const char*);
-        call.append(title.begin(), title.end());
-    } else if (call == L"log %s - Start\n")
-        call += va_arg(arguments, const wchar_t*);
-    else if (call.starts_with(L"log >>> "))
-        call += std::to_wstring(va_arg(arguments, double));
+    CString text;
+    const bool isTitle = std::wstring(L"\n%s\n") == format;
+    text.FormatV(isTitle ? L"\n%hs\n" : format, arguments);
     va_end(arguments);
-    Tell(call);
+    Record((isTitle ? L"title " : L"log ") + std::wstring(text.GetString()));
 }
 
-void* CQMProcess::GetHandle() { return &process; }
+void* CQMProcess::GetHandle() { return &theProcess; }
 
-std::uint64_t cpu::GetTick() { return script.Ticks(); }
+std::uint64_t cpu::GetTick()
+{
+    return std::exchange(script.Clock, script.Clock + (script.Reads++ == script.CheapRead ? 2 : 5));
+}
 
 std::uint64_t cpu::GetClockSpeed() { return script.TickRate; }
+
+// There is memory for less than a megabyte at a time.
+void* operator new(std::size_t size) { return size < 1'000'000 ? std::malloc(size) : throw std::bad_alloc(); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }

@@ -1,35 +1,24 @@
 #pragma once
 
+#include "qmUtility/platform/Kernel.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <deque>
-#include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 
-/// @return the first of the values, which is gone then.
-template <class Value>
-Value Take(std::deque<Value>& values)
-{
-    EXPECT_FALSE(values.empty()) << "asked for once too often";
-    const Value value = values.empty() ? Value{} : values.front();
-    if (!values.empty())
-        values.pop_front();
-    return value;
-}
-
-/// What the kernel services and the host modules do, and what was asked of them.
+/// The results of the kernel services and the host modules, and a record of the calls.
 struct Script
 {
-    std::deque<std::int64_t> Counts;      ///< the performance counter's next values
-    std::function<std::uint64_t()> Ticks; ///< the tick counter
-    std::uint64_t TickRate = 0;
+    std::uint64_t Clock = 0;              ///< the next value of both counters; a read adds 5,
+    std::uint64_t CheapRead = UINT64_MAX; ///< but this one 2
+    std::uint64_t Reads = 0;
+    std::uint64_t TickRate = 1000;
     int PriorityResult = 1;
-    /// The next kernel and user times; when there are none, asking fails.
-    std::deque<std::pair<std::uint64_t, std::uint64_t>> ProcessTimes;
-    /// Counts read and other calls: "100|priority 15|debug a line|log the format" and its argument, "|".
-    std::wstring Calls;
+    std::optional<std::pair<FILETIME, FILETIME>> ProcessTimes; ///< kernel and user time, if available
+    std::wstring Calls; ///< performance counts and other calls: "100|priority 15|debug a line|log a text|"
 };
 inline Script script;
 

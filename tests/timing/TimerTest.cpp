@@ -1,133 +1,94 @@
 #include "qmUtility/timing/QMTimer.h"
 #include "tests/timing/Script.h"
 
-#include <optional>
 #include <tuple>
 
 namespace {
 
-/// A stopwatch that starts at 200, for which a read costs 3, of 1000 in a second.
+/// A stopwatch that starts at 10, for which a read costs 5 of 1000 ticks per second.
 struct Timer : Scripted
 {
-    Timer()
-    {
-        script.Counts = {100, 103, 200};
-        m_timer.emplace();
-        script.Calls.clear();
-    }
-
-    /// The next counter reads.
-    CQMTimer& At(std::deque<std::int64_t> counts)
-    {
-        script.Counts = std::move(counts);
-        return *m_timer;
-    }
-
-    std::optional<CQMTimer> m_timer;
+    CQMTimer timer;
+    Timer() { script.Calls.clear(); }
 };
 
-TEST_F(Scripted, ATimerMeasuresAReadAndStartsAfterItsTitle)
+TEST_F(Timer, OperationsMoveTheMarks)
 {
-    script.Counts = {100, 103, 200, 300, 303, 400, 1403};
-    const CQMTimer untitled(nullptr);
-    CQMTimer timer("Title");
-    EXPECT_EQ(timer.GetLapsedTime(true), 1.0);
-    EXPECT_EQ(script.Calls, L"sleep 0|100|103|200|sleep 0|300|303|log \n%s\nTitle|400|1403|");
-}
-
-TEST_F(Timer, MovesItsMarks)
-{
-    const auto start = [](CQMTimer& timer) { timer.Start(false, false); };
-    const auto stop = [](CQMTimer& timer) { timer.Stop(false); };
-    const auto pause = [](CQMTimer& timer) { timer.Pause(); };
-    const auto resume = [](CQMTimer& timer) { timer.Resume(); };
-    const std::tuple<void (*)(CQMTimer&), std::deque<std::int64_t>, double> steps[] = {
-        {stop, {203}, 0},       // took no time at all, and so has not stopped it
-        {resume, {}, 0},        // reads nothing: it runs
-        {stop, {1203}, 1.0},    // stops it
-        {stop, {5000}, 1.0},    // it is stopped already
-        {pause, {6203}, 6.0},   // extends what is stopped
-        {resume, {6703}, 6.5},  // counts the pause, and does not run on
-        {stop, {9000}, 6.5},    // moves nothing
-        {resume, {9100}, 6.6},  // from the read of that stop
-        {start, {9200}, 0},     // begins anew
-        {pause, {10'203}, 1.0}, // ends what runs
-        {start, {10'300}, 0},
-        {stop, {10'301}, -0.002}, // took less than a read costs, which stops it, too
-        {stop, {10'900}, -0.002},
+    const auto start = [](CQMTimer& t) { t.Start(false, false); };
+    const auto stop = [](CQMTimer& t) { t.Stop(false); };
+    const auto pause = [](CQMTimer& t) { t.Pause(); };
+    const auto resume = [](CQMTimer& t) { t.Resume(); };
+    constexpr std::uint64_t large = std::uint64_t{1} << 53; // where doubles are 2 apart
+    const std::tuple<void (*)(CQMTimer&), std::uint64_t, double> steps[] = {
+        {stop, 15, 0},          // took no time, and so has not stopped it
+        {resume, 500, 0},       // it is running
+        {stop, 1015, 1.0},      // stops it
+        {pause, 6015, 6.0},     // extends a stopped interval
+        {resume, 6515, 6.5},    // counts the pause, and leaves it stopped
+        {stop, 9000, 6.5},      // moves no mark
+        {resume, 9100, 6.6},    // from the read of that stop
+        {start, 9200, 0},       // begins a new interval
+        {pause, 10'205, 1.0},   // ends a running one
+        {start, large, -0.001}, // rounds the end mark
+        {stop, large + 1000, 0.995},
+        {start, 20, 0},
+        {stop, 21, -0.004}, // took less than a read costs, which stops it, too
+        {stop, 900, -0.004},
     };
-    for (const auto& [move, reads, seconds] : steps) {
-        move(At(reads));
-        EXPECT_EQ(At({}).GetLapsedTime(false), seconds) << "when it read " << testing::PrintToString(reads);
+    for (const auto& [move, clock, seconds] : steps) {
+        script.Clock = clock;
+        move(timer);
+        EXPECT_EQ(timer.GetLapsedTime(false), seconds) << "at " << clock;
     }
 }
 
-TEST_F(Scripted, ATimerTakesTheStartOffBeforeTheOverhead)
+TEST_F(Timer, RestoresTheResultOfTheRaise)
 {
-    // Where doubles are two apart: added up first, the start and the overhead of 3 would come to one tick
-    // more.
-    constexpr std::int64_t large = std::int64_t{1} << 53;
-    script.Counts = {100, 103, large, large + 1000};
-    CQMTimer timer;
-    EXPECT_EQ(timer.GetLapsedTime(true), 0.997);
-}
-
-TEST_F(Timer, ThePriorityHandedBackIsTheResultOfTheRaise)
-{
-    for (const int result : {1, 0}) {
-        script.Calls.clear();
-        script.PriorityResult = result;
-        At({300}).Start(true, true);
-        At({400}).Start(false, true);
-        At({500}).Stop(false);
-        At({600}).Stop(true); // not running any more
-        At({700}).Start(false, false);
-        At({800}).Stop(true);
-        At({900}).Start(false, false);
-        At({1000}).Stop(true); // nothing left to hand back
-        EXPECT_EQ(script.Calls, L"priority 15|sleep 0|300|400|500|600|700|800|priority " +
-                                    std::to_wstring(result) + L"|900|1000|");
-    }
-}
-
-TEST_F(Timer, AnAssignedTimerIsTheSameInAllRespects)
-{
-    script.Counts = {0, 9, 20, 300, 1303, 2303};
-    std::optional<CQMTimer> other(std::in_place);
-    m_timer->Start(false, true);
-    m_timer->Pause();
-    *other = *m_timer;
-    EXPECT_EQ(other->GetLapsedTime(false), 1.0);
-    other->Resume(); // counts from the read of the pause
-    EXPECT_EQ(other->GetLapsedTime(false), 2.0);
-    m_timer.reset();
-    other.reset(); // which hands the priority back as well
-    EXPECT_EQ(script.Calls, L"sleep 0|0|9|20|priority 15|300|1303|2303|priority 1|priority 1|");
+    script.PriorityResult = 0;
+    timer.Start(true, true);
+    timer.Start(false, true);
+    script.Clock = 100;
+    timer.Stop(false);
+    timer.Stop(true); // not running
+    timer.Start(false, false);
+    timer.Stop(true);
+    script.PriorityResult = 0x7FFFFFFF; // counts as nothing saved
+    timer.Start(false, true);
+    script.PriorityResult = 1;
+    timer.Start(false, true);
+    CQMTimer("Title") = timer; // restores it when it is destroyed
+    EXPECT_EQ(script.Calls,
+              L"priority 15|sleep 0|15|20|100|105|110|115|priority 0|priority 15|120|priority 15|125|"
+              L"sleep 0|130|135|title \nTitle\n|140|priority 1|");
 }
 
 TEST_F(Timer, ReportsStopFirstAndRestartLast)
 {
-    At({1203}).LogLapsedTime(true, false, L"%s %d%%%% %%s", L"half", 50);
-    At({2000}).LogLapsedTime(false, true, nullptr);
-    At({2503}).TraceLapsedTime(true, false, L"50% %s");
-    At({3000}).TraceLapsedTime(false, true, nullptr);
-    At({3103, 4000}).DogLapsedTime(true, true, L"%s", nullptr);
-    EXPECT_EQ(script.Calls, L"1203|log >>> half 50%% %s : %.5lf sec\n1.000000|"
-                            L"log >>>  : %.5lf sec\n1.000000|2000|2503|debug >>> 50% %s : 0.50000 sec\n|"
-                            L"debug >>> (null) : 0.50000 sec\n|3000|3103|4000|");
-    EXPECT_EQ(At({5003}).GetLapsedTime(true), 1.0);
+    script.Clock = 1015;
+    timer.LogLapsedTime(true, false, L"%s %d%%%%", L"half", 50);
+    timer.LogLapsedTime(false, true, nullptr);
+    script.Clock = 1525;
+    timer.TraceLapsedTime(true, false, L"50% %s");
+    timer.TraceLapsedTime(false, true, nullptr);
+    timer.DogLapsedTime(true, true, L"%s", nullptr);
+    script.Clock = 2545;
+    EXPECT_EQ(timer.GetLapsedTime(true), 1.0);
+    EXPECT_EQ(script.Calls, L"1015|log >>> half 50% : 1.00000 sec\n|log >>>  : 1.00000 sec\n|1020|"
+                            L"1525|debug >>> 50% %s : 0.50000 sec\n|debug >>> (null) : 0.50000 sec\n|1530|"
+                            L"1535|1540|2545|");
 }
 
-TEST_F(Timer, ReportsAreCut)
+TEST_F(Timer, ReportsAreTruncated)
 {
-    for (const std::size_t length : {1006U, 1007U, 1018U, 1019U, 1020U, 1021U, 5000U}) {
-        const std::wstring text = L">>> " + std::wstring(length, L'x');
-        script.Calls.clear();
-        At({}).LogLapsedTime(false, false, L"%s", text.c_str() + 4);
-        At({}).TraceLapsedTime(false, false, text.c_str() + 4);
-        EXPECT_EQ(script.Calls, L"log " + (text + L" : %.5lf sec\n").substr(0, 1023) + L"0.000000|" +
-                                    L"debug " + (text + L" : 0.00000 sec\n").substr(0, 1023) + L'|')
-            << length;
+    // The log's line is cut before it gets the seconds.
+    for (const auto& [length, logEnd, traceEnd] :
+         {std::tuple(1007U, L" : 0.00000 sec", L" : 0.00000 s"), {5000U, L"", L""}}) {
+        const std::wstring text(length, L'x');
+        timer.LogLapsedTime(false, false, L"%s", text.c_str());
+        timer.TraceLapsedTime(false, false, text.c_str());
+        const std::wstring kept = L">>> " + text.substr(0, 1019);
+        EXPECT_EQ(std::exchange(script.Calls, {}),
+                  (L"log " + kept + logEnd + L"|debug ").append(kept) + traceEnd + L'|');
     }
 }
 

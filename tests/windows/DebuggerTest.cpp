@@ -4,30 +4,15 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <string>
+#include <memory>
 
 namespace {
 
-/// Receives debugger lines in the place of a debugger: the system hands them over in a buffer, whose names
-/// and layout are its own.
+/// Receives debugger lines in place of a debugger. The names and the layout of the shared buffer are the system's.
 class DebugBuffer
 {
 public:
-    DebugBuffer()
-    {
-        m_text = static_cast<const char*>(MapViewOfFile(m_memory, FILE_MAP_READ, 0, 0, 4096)) + sizeof(DWORD);
-    }
-    ~DebugBuffer()
-    {
-        UnmapViewOfFile(m_text - sizeof(DWORD));
-        for (HANDLE handle : {m_memory, m_isFilled, m_isFree})
-            CloseHandle(handle);
-    }
-    DebugBuffer(const DebugBuffer&) = delete;
-    DebugBuffer& operator=(const DebugBuffer&) = delete;
-
-    /// @return the line that the call sent
+    /// @return the line that the call sends.
     template <class Call>
     std::string Line(Call call)
     {
@@ -37,24 +22,28 @@ public:
     }
 
 private:
+    // Open until the process ends.
     HANDLE m_isFree = CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_BUFFER_READY");
     HANDLE m_isFilled = CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_DATA_READY");
     HANDLE m_memory =
         CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 4096, L"DBWIN_BUFFER");
-    const char* m_text; ///< behind the number of the process
+    /// After the process identifier.
+    const char* m_text =
+        static_cast<const char*>(MapViewOfFile(m_memory, FILE_MAP_READ, 0, 0, 4096)) + sizeof(DWORD);
 };
 
 TEST(WindowsDebugger, ReceivesEachLine)
 {
     DebugBuffer buffer;
-    CQMDebugTraceStartEndMarker* marker = nullptr;
-    EXPECT_EQ(buffer.Line([&] { marker = new CQMDebugTraceStartEndMarker(L"50%", false, false, false); }),
+    std::unique_ptr<CQMDebugTraceStartEndMarker> marker;
+    EXPECT_EQ(buffer.Line([&] {
+        marker = std::make_unique<CQMDebugTraceStartEndMarker>(L"50%", false, false, false);
+    }),
               ">>> 50% - Start");
-    EXPECT_EQ(buffer.Line([&] { delete marker; }), ">>> 50% - End");
+    EXPECT_EQ(buffer.Line([&] { marker.reset(); }), ">>> 50% - End");
     CQMTimer timer;
     const std::string line = buffer.Line([&] { timer.TraceLapsedTime(true, false, L"x"); });
-    EXPECT_EQ(line.rfind(">>> x : ", 0), 0) << line;
-    EXPECT_EQ(line.substr(line.size() - 5), " sec\n");
+    EXPECT_TRUE(line.starts_with(">>> x : ") && line.ends_with(" sec\n")) << line;
 }
 
 } // namespace

@@ -1,0 +1,33 @@
+# The target "docs": the reference of the public declarations and the documents, in docs/html of the build folder.
+# Every finding of doxygen is an error.
+find_package(Doxygen QUIET)
+if(NOT DOXYGEN_FOUND)
+  return()
+endif()
+
+set(inputs README.md CHANGELOG.md CONTRIBUTING.md docs)
+get_property(libraries GLOBAL PROPERTY QMUTILITY_LIBRARIES)
+foreach(library IN LISTS libraries)
+  get_target_property(headers ${library} HEADER_SET)
+  list(APPEND inputs ${headers})
+endforeach()
+
+set(DOXYGEN_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/docs")
+set(DOXYGEN_USE_MDFILE_AS_MAINPAGE README.md)
+set(DOXYGEN_EXCLUDE docs/README.md)
+set(DOXYGEN_FILE_PATTERNS *.h *.md)
+set(DOXYGEN_IMAGE_PATH docs)
+set(DOXYGEN_HAVE_DOT NO)
+set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
+set(DOXYGEN_BUILTIN_STL_SUPPORT YES)
+set(DOXYGEN_SORT_MEMBER_DOCS NO)
+set(DOXYGEN_MACRO_EXPANSION YES)
+set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
+set(DOXYGEN_PREDEFINED
+  QMUTILITY_API= QMUTILITY_PRIVATE= QMFRAMEWORK_API= QMCONSOLE_API= QMCOMMONBASE_API= QMSYSTEMINFO_API= WINAPI=)
+set(DOXYGEN_QUIET YES)
+set(DOXYGEN_EXTRACT_ALL NO)
+set(DOXYGEN_WARN_IF_INCOMPLETE_DOC YES)
+set(DOXYGEN_WARN_NO_PARAMDOC NO)
+set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
+doxygen_add_docs(docs ${inputs} COMMENT "Reference of the public declarations")

@@ -1,0 +1,1 @@
+#error "the library includes a header of the program"
