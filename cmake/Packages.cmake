@@ -20,7 +20,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-  "${PROJECT_BINARY_DIR}/qmUtility/framework" "${PROJECT_BINARY_DIR}/qmUtility/host")
+  "${PROJECT_BINARY_DIR}/qmUtility" "${PROJECT_BINARY_DIR}/qmUtility/framework" "${PROJECT_BINARY_DIR}/qmUtility/host")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # adds the trigger that updates the loader's cache
 
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, the CMake package and the pkg-config file.")
@@ -28,11 +28,11 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqmutility-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Command-line editor of INI files
- qmini reads and edits INI files. It refuses edits that would lose a part of a
- file, and verifies those that it makes.")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command-line editor of INI files
+ It refuses edits that would lose a part of a file, and verifies those that it makes.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qmini)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 
 include(CPack)
