@@ -200,8 +200,11 @@ bool BasicINIDocument<Char>::Sort(bool descending)
     for (const RecordView& header : headers) {
         sorted.push_back(header);
         const auto first = sorted.size();
-        for (const RecordView* key : std::ranges::equal_range(keys, header.Section, {}, &RecordView::Section))
-            sorted.push_back(*key);
+        auto at =
+            std::lower_bound(keys.begin(), keys.end(), header.Section,
+                             [](const RecordView* key, View section) { return key->Section < section; });
+        for (; at != keys.end() && (*at)->Section == header.Section; ++at)
+            sorted.push_back(**at);
         sortBy(sorted.begin() + static_cast<std::ptrdiff_t>(first), sorted.end(), &RecordView::Key);
     }
     m_records = std::move(sorted);
