@@ -109,12 +109,14 @@ TEST_F(Lookups, RenderTheContent)
 
 TEST_F(Lookups, ReportAMalformedHeaderWhateverIsAsked)
 {
-    const std::string path = Write("[S]\nk=1\n[Broken\n");
-    EXPECT_THROW(INIParser::GetValue("k", "S", path), std::out_of_range);
-    EXPECT_THROW(INIParser::SectionExists(L"S", m_widePath), std::out_of_range);
-    EXPECT_THROW(INIParser::GetSection("S", path), std::out_of_range);
-    EXPECT_THROW(INIParser::SetValue("k", "2", "S", path), std::out_of_range);
-    EXPECT_EQ(Read(path), "[S]\nk=1\n[Broken\n");
+    for (const char* const text :
+         {"[S]\nk=1\n[Broken\n", "#[Broken\n", "]x[\n", "k=[\n", "k=1\n[Fine]\n[\n"}) {
+        Write(text);
+        EXPECT_THROW(INIParser::GetValue("k", "S", m_path), std::out_of_range) << text;
+        EXPECT_THROW(INIParser::SectionExists(L"S", m_widePath), std::out_of_range) << text;
+        EXPECT_THROW(INIParser::SetValue("k", "2", "S", m_path), std::out_of_range) << text;
+        EXPECT_EQ(Read(m_path), text);
+    }
 }
 
 } // namespace
