@@ -28,8 +28,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqmutility-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 
-set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command-line editor of INI files
- It refuses edits that would lose a part of a file, and verifies those that it makes.")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION
+  "qmini edits INI files from the command line: it refuses edits that would lose a part of a file, and verifies others.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qmini)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (>= ${PROJECT_VERSION})")
