@@ -41,9 +41,17 @@ bool Proceed()
 }
 
 template <class Result, class... Parameters>
-Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_t<Parameters>... arguments)
+Result Real(Result (*ours)(Parameters...), const char* name, std::type_identity_t<Parameters>... arguments)
 {
     return reinterpret_cast<decltype(ours)>(dlsym(RTLD_NEXT, name))(arguments...);
+}
+
+/// @param lost what a call returns that is lost
+template <class Result, class... Parameters>
+Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_t<Result> lost,
+            std::type_identity_t<Parameters>... arguments)
+{
+    return Proceed() ? Real(ours, name, arguments...) : fault == Fault::Lose ? lost : -1;
 }
 
 } // namespace
@@ -53,30 +61,23 @@ Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_
 
 extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
 {
-    if (callsLeft == 0 && fault != Fault::Lose) // the first half arrives
-        Call(&write, "write", file, buffer, size / 2);
-    if (Proceed())
-        return Call(&write, "write", file, buffer, size);
-    return fault == Fault::Lose ? static_cast<ssize_t>(size) : -1;
+    if (callsLeft == 0 && fault != Fault::Lose)
+        Real(&write, "write", file, buffer, size / 2); // half of it arrives
+    return Call(&write, "write", static_cast<ssize_t>(size), file, buffer, size);
 }
 
 extern "C" ssize_t sendfile(int to, int from, off_t* at, std::size_t size) noexcept
 {
     beforeCopy();
-    if (Proceed())
-        return Call(&sendfile, "sendfile", to, from, at, size);
-    return fault == Fault::Lose ? static_cast<ssize_t>(size) : -1;
+    return Call(&sendfile, "sendfile", static_cast<ssize_t>(size), to, from, at, size);
 }
 
 extern "C" int truncate(const char* path, off_t size) noexcept
 {
-    return Proceed() ? Call(&truncate, "truncate", path, size) : fault == Fault::Lose ? 0 : -1;
+    return Call(&truncate, "truncate", 0, path, size);
 }
 
-extern "C" int remove(const char* path) noexcept
-{
-    return fault == Fault::Lose || Proceed() ? Call(&remove, "remove", path) : -1;
-}
+extern "C" int remove(const char* path) noexcept { return Call(&remove, "remove", -1, path); }
 
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)
 

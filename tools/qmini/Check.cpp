@@ -80,7 +80,7 @@ private:
 
     void AddHeader(const Line& line)
     {
-        const char first = line.Section.data()[-1]; // the character that the library takes for the "["
+        const char first = *(line.Section.data() - 1); // the character that the library takes for the "["
         const std::string_view text = line.Text;
         const std::string_view after(line.Section.data() + line.Section.size() + 1,
                                      text.data() + text.size());

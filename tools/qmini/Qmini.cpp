@@ -135,34 +135,31 @@ std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, boo
 
     Call call;
     std::vector<std::string> arguments;
-    bool optionsEnded = false;
     for (auto word = words.begin() + 1; word != words.end(); ++word) {
-        const std::size_t equals = word->starts_with("--") ? word->find('=') : std::string::npos;
-        const auto option =
-            std::ranges::find(command.Options, std::string_view(*word).substr(0, equals), &Option::Name);
-        if (optionsEnded) {
-            arguments.push_back(*word);
-        } else if (*word == "--") {
-            optionsEnded = true;
-        } else if ((*word == "--help" || *word == "-h") && hasFile) {
+        const std::string name =
+            word->substr(0, word->starts_with("--") ? word->find('=') : std::string::npos);
+        const bool hasValue = name.size() != word->size();
+        const auto option = std::ranges::find(command.Options, name, &Option::Name);
+        if (*word == "--") {
+            arguments.insert(arguments.end(), word + 1, words.end());
+            break;
+        }
+        if ((*word == "--help" || *word == "-h") && hasFile) {
             call.Help = true;
             return {&command, call};
-        } else if (option != command.Options.end()) {
-            const auto [flag, text] = std::pair((*option)->Flag, (*option)->Text);
-            if (flag != nullptr && equals != std::string::npos)
-                ThrowMisuse(command, "a value for " + Pattern(**option));
-            else if (flag != nullptr)
-                call.*flag = true;
-            else if (equals != std::string::npos)
-                call.*text = word->substr(equals + 1);
-            else if (++word != words.end())
-                call.*text = *word;
-            else
-                ThrowMisuse(command, "missing " + Pattern(**option));
-        } else if (word->starts_with("--")) {
-            ThrowMisuse(command, "no option " + *word);
-        } else {
+        }
+        if (option == command.Options.end()) {
+            if (word->starts_with("--"))
+                ThrowMisuse(command, "no option " + name);
             arguments.push_back(*word);
+        } else if ((*option)->Flag != nullptr) {
+            if (hasValue)
+                ThrowMisuse(command, "a value for " + name);
+            call.*(*option)->Flag = true;
+        } else {
+            if (!hasValue && word + 1 == words.end())
+                ThrowMisuse(command, "missing " + Pattern(**option));
+            call.*(*option)->Text = hasValue ? word->substr(name.size() + 1) : *++word;
         }
     }
     if (!hasFile && (call.DryRun || call.Force))
