@@ -205,6 +205,8 @@ void EditBatch(const Call& call, const Streams& streams)
             for (std::size_t i = former; i != editing.Objections.size(); ++i)
                 editing.Objections[i].insert(0, where);
         }
+        if (streams.In.bad())
+            throw Failure(Failed, "cannot read standard input");
     });
 }
 

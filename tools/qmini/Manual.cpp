@@ -3,6 +3,8 @@
 
 #include "qmini/Command.h"
 
+#include <algorithm>
+#include <cctype>
 #include <iostream>
 #include <sstream>
 
@@ -51,7 +53,9 @@ int main()
         }
     }
     for (const qmini::Topic& topic : qmini::Topics()) {
-        std::cout << ".SH " << topic.Title << '\n';
+        std::string title(topic.Title);
+        std::ranges::transform(title, title.begin(), [](unsigned char c) { return std::toupper(c); });
+        std::cout << ".SH " << title << '\n';
         PrintText(topic.Text);
     }
     std::cout << ".SH EXAMPLES\n.nf\n"

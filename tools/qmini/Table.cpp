@@ -146,11 +146,13 @@ the line that they stood above. --dry-run prints the difference in the form that
 
 An edit that would lose or change anything else is refused, and so is one of a
 commented-out key that hides an active one. --force makes it all the same, and
-"qmini check" reports what you may not expect. The file stays the same file, with its links, owner and permissions. What was written is read back;
-if it differs, the former content is put back. Meanwhile FILE.qmini-save, beside
-the file, holds the former content. It stays only if qmini is killed or the
-content cannot be put back, and keeps qmini from editing the file until it is
-removed.
+"qmini check" reports what you may not expect.
+
+The file stays the same file, with its links, owner and permissions. What was
+written is read back; if it differs, the former content is put back. Meanwhile
+FILE.qmini-save, beside the file, holds the former content. It stays only if
+qmini is killed or the content cannot be put back, and keeps qmini from editing
+the file until it is removed.
 )"},
         {"Exit status", R"(  0  done
   1  failed, not found, or "check" reports more than notes; also a file with a
