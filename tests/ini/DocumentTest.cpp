@@ -42,11 +42,11 @@ TEST_F(Document, StaysAsItWasWhenLoadingFails)
 
 TEST_F(Document, IteratesOverItsRecords)
 {
-    const INIDocument document = Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\n#l= 2\njunk\n");
+    const INIDocument document = Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\njunk\n; e\n#l= 2\njunk\n");
     std::string all;
     for (const auto& [comments, commented, section, key, value] : document)
         (((((all += comments) += commented) += section) += '|') += key) += '|' + std::string(value) + '\n';
-    EXPECT_EQ(all, " |k|1\n; a\n#b\n S||\n; c\n;T||\n; d\n#T|l| 2\n ||\n");
+    EXPECT_EQ(all, " |k|1\n; a\n#b\n S||\n; c\n;T||\n; d\n; e\n#T|l| 2\n ||\n");
 }
 
 TEST_F(Document, EditsAreNotParsed)
