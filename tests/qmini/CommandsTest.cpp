@@ -108,7 +108,8 @@ TEST_F(Qmini, EditsWriteWhatDryRunsShow)
         {"rename|f|S|T", 0, "[S]\nk=1\n", " [T]\n k=1\n"},
         {"comment|f|S|--with=;", 0, "[S]\nk=1\n", ";[S]\n;k=1\n"},
         {"uncomment|f|S|k", 0, "#[S]\n;k=1\n", "#[S]\n k=1\n"},
-        {"sort|f|--descending", 3, "t=1\n[a]\nx=2\n[b]\n[a]\n", " [b]\n [a]\n x=2\n [a]\n x=2\n"},
+        {"sort|f", 3, "t=1\n[b]\n[a]\n", " [a]\n [b]\n"},
+        {"sort|f|--descending", 3, "[a]\nx=2\n[b]\n[a]\n", " [b]\n [a]\n x=2\n [a]\n x=2\n"},
         {"note|f|S|k|one\n; two\n", 0, "[S]\n; old\nk=1\n", " [S]\n; one\n; two\n k=1\n"},
         {"note|f|S|#", 0, "[S]\nk=1\n", "# \n [S]\n k=1\n"},
     };
