@@ -58,6 +58,7 @@ TEST_F(Document, EditsAreNotParsed)
     EXPECT_EQ(document.GetRecord("k", "S").at(0).Comments, "no comment\n");
     EXPECT_TRUE(document.Save(Path("test.ini")));
     EXPECT_EQ(Read(Path("test.ini")), " [S]\nno comment\n k=a[0]\n");
+    EXPECT_EQ(document.SavedText(), Read(Path("test.ini")));
     EXPECT_TRUE(document.Load(Path("test.ini")));
     EXPECT_FALSE(document.RecordExists("k", "S"));
     EXPECT_TRUE(document.SectionExists("=a[0"));
