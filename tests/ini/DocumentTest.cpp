@@ -42,7 +42,8 @@ TEST_F(Document, StaysAsItWasWhenLoadingFails)
 
 TEST_F(Document, IteratesOverItsRecords)
 {
-    const INIDocument document = Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\njunk\n; e\n#l= 2\njunk\n");
+    const INIDocument document =
+        Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\njunk\n; e\n#l= 2\njunk\n");
     std::string all;
     for (const auto& [comments, commented, section, key, value] : document)
         (((((all += comments) += commented) += section) += '|') += key) += '|' + std::string(value) + '\n';
