@@ -6,32 +6,22 @@
 #endif
 
 #include <chrono>
-#include <functional>
 #include <tuple>
+#include <type_traits>
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
+using FileCheck = TemporaryFolder;
 
-class FileCheck : public TemporaryFolder
+static_assert(std::is_convertible_v<CString, CQMFileCheck>);
+
+/// Sets the modification time to a whole second: on Windows the C++ library sets no other.
+void SetTime(const std::string& path, int secondsSince1970)
 {
-protected:
-    const std::string m_file = Path("f");
-
-    /// Writes a file that was last modified at a whole second: on Windows the C++ library sets no other time.
-    void Write(const std::string& text, const std::string& name = "f") const
-    {
-        const auto time = fs::last_write_time(TemporaryFolder::Write(text, name));
-        fs::last_write_time(Path(name), std::chrono::floor<std::chrono::seconds>(time));
-    }
-
-    /// Moves the modification time.
-    void Touch(std::chrono::seconds by, const std::string& name = "f") const
-    {
-        fs::last_write_time(Path(name), fs::last_write_time(Path(name)) + by);
-    }
-};
+    const std::chrono::sys_seconds time{std::chrono::seconds(secondsSince1970)};
+    fs::last_write_time(path, std::chrono::file_clock::from_sys(time));
+}
 
 TEST_F(FileCheck, PathsAreStoredWithBackslashesAndWithoutOuterWhiteSpace)
 {
@@ -46,55 +36,53 @@ TEST_F(FileCheck, PathsAreStoredWithBackslashesAndWithoutOuterWhiteSpace)
 
 TEST_F(FileCheck, ModifiedMeansThatTheTimeDiffers)
 {
-    const auto nothing = [] {};
-    const auto write = [this] { Write("1"); };
-    const auto touch = [this] { Touch(1s); };
-    const auto remove = [this] { fs::remove(m_file); };
-    const auto writeIn1970 = [this] {
-        Write("1");
-        fs::last_write_time(m_file, std::chrono::file_clock::from_sys(std::chrono::sys_seconds()));
+    constexpr int none = -1; // no such file
+    const auto write = [](const char* path) {
+        static std::string text;
+        std::ofstream(path) << (text += '1'); // of another size each time
     };
-    const auto changeAllButTheTime = [this] {
-        const auto time = fs::last_write_time(m_file);
-        Write("12");
-        fs::last_write_time(m_file, time);
-    };
-    // before, change, modified, deleted, result of ApplyChanges
-    using Action = std::function<void()>;
-    const std::tuple<const char*, Action, Action, bool, bool, bool> cases[] = {
-        {"later", write, touch, true, false, true},
-        {"earlier", write, [this] { Touch(-1h); }, true, false, true},
-        {"same time", write, changeAllButTheTime, false, false, true},
-        {"deleted", write, remove, true, true, false},
-        {"modified in 1970 and deleted", writeIn1970, remove, false, true, false},
-        {"still absent", nothing, nothing, false, true, false},
-        {"created", nothing, write, true, false, true},
+    // type of file, times of modification before and after, modified, deleted
+    const std::tuple<void (*)(const char*), int, int, bool, bool> cases[] = {
+        {write, 5, 6, true, false},
+        {write, 5, 4, true, false},
+        {write, 5, 5, false, false},
+        {write, 5, none, true, true},
+        {write, 0, none, false, true},
+        {write, none, none, false, true},
+        {write, none, 5, true, false},
 #if !defined(_WIN32) // which does not set these times
-        {"directory", [this] { fs::create_directory(m_file); }, touch, true, true, true},
-        {"pipe", [this] { mkfifo(m_file.c_str(), 0600); }, touch, true, false, true},
+        {[](const char* path) { mkdir(path, 0700); }, 5, 6, true, true},
+        {[](const char* path) { mkfifo(path, 0600); }, 5, 6, true, false},
 #endif
     };
-    for (const auto& [what, before, change, isModified, isDeleted, isAcknowledged] : cases) {
-        SCOPED_TRACE(what);
-        before();
+    for (const auto& [create, before, after, isModified, isDeleted] : cases) {
+        SCOPED_TRACE(testing::Message() << before << " to " << after);
+        const auto put = [path = Path("f"), create = create](int time) {
+            fs::remove(path);
+            if (time != none)
+                create(path.c_str()), SetTime(path, time);
+        };
+        put(before);
         CQMFileCheck file((L" \t" + WidePath("f") + L"\n").c_str());
         EXPECT_FALSE(file.CheckModified());
-        change();
+        put(after);
         for (int i = 0; i != 2; ++i)
             EXPECT_EQ(file.CheckModified(), isModified);
         EXPECT_EQ(file.CheckDeleted(), isDeleted);
         EXPECT_TRUE(file.CheckRenamed());
-        EXPECT_EQ(file.ApplyChanges(), isAcknowledged);
-        EXPECT_EQ(file.CheckModified(), isModified && !isAcknowledged);
-        remove();
+        EXPECT_EQ(file.ApplyChanges(), after != none);
+        EXPECT_EQ(file.CheckModified(), isModified && after == none);
     }
 }
 
 TEST_F(FileCheck, TheListReportsAModificationUntilItIsEmptied)
 {
-    Write("1", "a");
-    Write("1", "b");
-    EXPECT_FALSE(CQMFileCheckAPI::m_bMonitor);
+    for (const char* const name : {"a", "b"})
+        SetTime(Write("1", name), 5);
+    const auto isInitial = [] {
+        return CQMFileCheckAPI::m_files.GetSize() == 0 && !CQMFileCheckAPI::m_bMonitor;
+    };
+    EXPECT_TRUE(isInitial());
     for (const char* const name : {"a", "b", "absent", "b"})
         EXPECT_TRUE(CQMFileCheckAPI::AddWatchDog(WidePath(name).c_str()));
     const auto check = [](bool isMonitoring) {
@@ -102,19 +90,18 @@ TEST_F(FileCheck, TheListReportsAModificationUntilItIsEmptied)
         return CQMFileCheckAPI::Check();
     };
     EXPECT_FALSE(check(true));
-    Touch(1s, "b");
+    SetTime(Path("b"), 6);
     EXPECT_FALSE(check(false));
     EXPECT_TRUE(check(true));
-    Touch(-1s, "b");
+    SetTime(Path("b"), 5);
     EXPECT_FALSE(check(true)) << "the time is the former one";
-    Touch(1s, "a"); // the first alone
+    SetTime(Path("a"), 6); // the first alone
     EXPECT_TRUE(check(true) && check(true));
 
-    EXPECT_TRUE(CQMFileCheckAPI::Initialize());
-    EXPECT_TRUE(CQMFileCheckAPI::m_files.GetSize() == 0 && !CQMFileCheckAPI::m_bMonitor);
+    EXPECT_TRUE(CQMFileCheckAPI::Initialize() && isInitial());
     CQMFileCheckAPI::AddWatchDog(WidePath("a").c_str());
     const CQMFileCheckAPI instance; // empties the list as well
-    EXPECT_TRUE(CQMFileCheckAPI::m_files.GetSize() == 0 && !CQMFileCheckAPI::m_bMonitor);
+    EXPECT_TRUE(isInitial());
 }
 
 } // namespace

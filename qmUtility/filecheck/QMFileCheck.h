@@ -21,10 +21,10 @@
 class QMUTILITY_API CQMFileCheck
 {
 public:
-    /// Reads the file's status.
+    /// Reads the file's status. Converts implicitly, because hosts rely on it.
     /// @param path of a file or directory, which need not exist; each call resolves a relative path against the
     ///   current directory.
-    explicit CQMFileCheck(CString path = CString());
+    CQMFileCheck(CString path = CString());
 
     /// Copies the path and the stored status; does not access the file.
     CQMFileCheck(const CQMFileCheck& other);

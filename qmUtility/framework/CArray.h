@@ -83,11 +83,12 @@ public:
     /// @param archive stores or loads.
     /// @throws CArchiveException* with one of these causes:
     ///   - `genericException`: not all could be stored.
-    ///   - `endOfFile`: the stream ends within the number, and the array is unchanged; or within the elements, and
-    ///     the array has the new size, but the elements that were not read keep their former or default value.
+    ///   - `endOfFile`: the stream ends within the number, and the array is unchanged; or within the elements. An
+    ///     array of trivially copyable elements then has the new size, and those that were not read keep their
+    ///     former or default value. Other arrays are unchanged, and so is any array if no memory could hold
+    ///     the number.
     ///   - `badClass`: the elements are not trivially copyable, so their bytes do not make up their value. Only
     ///     the number 0 can be loaded; after another the array is unchanged.
-    /// @throws CInvalidArgException* for a number above `PTRDIFF_MAX`.
     void Serialize(CArchive& archive) override
     {
         if (archive.IsStoring()) {
@@ -95,19 +96,29 @@ public:
             archive.Write(m_elements.data(), m_elements.size() * sizeof(TYPE));
             return;
         }
-        const auto count = static_cast<std::ptrdiff_t>(archive.ReadCount());
+        const std::size_t count = archive.ReadCount();
         if constexpr (std::is_trivially_copyable_v<TYPE>) {
-            SetSize(count);
-            const std::size_t bytes = m_elements.size() * sizeof(TYPE);
-            if (archive.Read(m_elements.data(), bytes) != bytes)
+            if (count > m_elements.max_size()) // no stream holds so many
                 AfxThrowArchiveException(CArchiveException::endOfFile);
-        } else if (count != 0)
-            AfxThrowArchiveException(CArchiveException::badClass);
-        else
+            SetSize(static_cast<std::ptrdiff_t>(count));
+            Load(archive, m_elements.data(), count * sizeof(TYPE));
+        } else {
+            char skipped[sizeof(TYPE)];
+            for (std::size_t i = 0; i != count; ++i)
+                Load(archive, skipped, sizeof skipped);
+            if (count != 0)
+                AfxThrowArchiveException(CArchiveException::badClass);
             RemoveAll();
+        }
     }
 
 private:
+    static void Load(CArchive& archive, void* bytes, std::size_t count)
+    {
+        if (archive.Read(bytes, count) != count)
+            AfxThrowArchiveException(CArchiveException::endOfFile);
+    }
+
     void Reserve(std::size_t count)
     {
         const std::size_t capacity = m_elements.capacity();

@@ -40,7 +40,7 @@ private:
 /// Status of a file. Default initialization sets the times to zero and leaves the other members indeterminate.
 struct CFileStatus
 {
-    CTime m_ctime;             ///< creation; the zero time where the file system does not record it
+    CTime m_ctime;             ///< creation; the zero time where the system does not report it
     CTime m_mtime;             ///< last modification
     CTime m_atime;             ///< last access
     std::uint64_t m_size;      ///< in bytes

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <iterator>
 #include <string_view>
 
@@ -14,13 +15,30 @@ CTime ToTime(const statx_timestamp& time)
     return CTime(time.tv_sec, static_cast<std::int32_t>(time.tv_nsec));
 }
 
+/// Calls `statx`, or `stat` where that is refused, as the filters of older containers do. `stat` does not report
+/// the creation time.
+bool ReadStatus(const char* path, struct statx& status)
+{
+    if (statx(AT_FDCWD, path, 0, STATX_BASIC_STATS | STATX_BTIME, &status) == 0)
+        return true;
+    struct stat found;
+    if ((errno != EPERM && errno != ENOSYS) || stat(path, &found) != 0)
+        return false;
+    status = {};
+    status.stx_mode = static_cast<std::uint16_t>(found.st_mode);
+    status.stx_size = static_cast<std::uint64_t>(found.st_size);
+    status.stx_atime = {found.st_atim.tv_sec, static_cast<std::uint32_t>(found.st_atim.tv_nsec), 0};
+    status.stx_mtime = {found.st_mtim.tv_sec, static_cast<std::uint32_t>(found.st_mtim.tv_nsec), 0};
+    return true;
+}
+
 } // namespace
 
 bool CFile::GetStatus(const wchar_t* path, CFileStatus& status)
 {
     const std::wstring_view text = path;
     struct statx found;
-    if (statx(AT_FDCWD, platform::SystemPath(text).Bytes(), 0, STATX_BASIC_STATS | STATX_BTIME, &found) != 0)
+    if (!ReadStatus(platform::SystemPath(text).Bytes(), found))
         return false;
 
     status.m_ctime = (found.stx_mask & STATX_BTIME) != 0 ? ToTime(found.stx_btime) : CTime();

@@ -2,7 +2,8 @@
 
 /// @file
 /// The Windows kernel services in use. On Windows this header includes the system's header; elsewhere it
-/// declares the subset used here with the same names, widths and meaning, and states each difference.
+/// declares the subset used here with the same names, widths and meaning, and states each difference. None of the
+/// functions changes `errno`, and there is no last-error code. They may be called from any thread.
 ///
 /// Include it in source files only, because the Windows header defines many macros.
 
@@ -39,8 +40,9 @@ struct FILETIME
     DWORD dwHighDateTime; ///< upper 32 bits
 };
 
-/// Reads the performance counter: the monotonic clock in nanoseconds, which stands still while the machine is
-/// suspended.
+/// Reads the performance counter: the monotonic clock in nanoseconds since the machine started, which stands
+/// still while the machine is suspended. Its rate is usually 100 times that of Windows: a `double` holds it exactly
+/// for 104 days (2^53 ns), and to 2 ns for as long again.
 /// @return nonzero: it always succeeds.
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count);
 
@@ -48,7 +50,7 @@ BOOL QueryPerformanceCounter(LARGE_INTEGER* count);
 /// @return nonzero: it always succeeds.
 BOOL QueryPerformanceFrequency(LARGE_INTEGER* ticksPerSecond);
 
-/// Gives up the rest of the calling thread's time slice.
+/// Gives up the rest of the calling thread's time slice, also to threads of lower priority.
 /// @param milliseconds 0; longer sleeps are not supported and behave the same.
 void Sleep(DWORD milliseconds);
 
@@ -59,18 +61,25 @@ constexpr int THREAD_PRIORITY_NORMAL = 0;         ///< nice value 0
 constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;   ///< nice value -5
 constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highest priority
 
-/// Sets the priority of the calling thread through its nice value.
+/// Sets the priority of the calling thread through its nice value. Threads and processes that a raised thread
+/// starts begin at the normal priority.
+///
+/// A nice value is a weight rather than a rank: even a time-critical thread does not keep a processor from all
+/// others. It is not relative to the priority of the process. After a raise the thread does not pass on a negative
+/// nice value or a real-time policy that it gets by other means, either (`SCHED_RESET_ON_FORK`). Where a sandbox
+/// refuses that setting, threads and processes inherit the raised priority.
 /// @param thread the result of `GetCurrentThread`; other threads are not supported.
 /// @param level one of the three constants above.
 /// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system
-///   refuses. It refuses a raise to a thread without the privilege.
+///   refuses. A raise, or a return from a positive nice value, needs the capability `CAP_SYS_NICE` or a sufficient
+///   limit `RLIMIT_NICE`; Windows needs no privilege.
 BOOL SetThreadPriority(HANDLE thread, int level);
 
 /// @return a constant pseudo handle of this process; not to be closed.
 HANDLE GetCurrentProcess();
 
-/// Gets the processor time that all threads of this process have used, in 100-nanosecond units (with a
-/// resolution of one microsecond).
+/// Gets the processor time that all threads of this process have used, in 100-nanosecond units with a resolution
+/// of one microsecond. In the child of a fork the times begin at 0.
 /// @param process the result of `GetCurrentProcess`; other processes are not supported.
 /// @param creation,exit set to zero: neither is known here.
 /// @param kernel time spent in the kernel.
@@ -78,9 +87,14 @@ HANDLE GetCurrentProcess();
 /// @return nonzero on success; 0, with nothing stored, for another handle.
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user);
 
-/// Writes an entry to standard error, which takes the place of the debugger: in UTF-8 whatever the locale, with
-/// one write, and with a newline added when the text does not end in one.
+/// Writes an entry to standard error, which takes the place of the debugger and is always there: in UTF-8
+/// whatever the locale, with one write, and with a newline added when the text does not end in one.
+///
+/// The write takes as long as the reader of a full pipe does. An entry for a closed pipe is dropped without
+/// SIGPIPE. So is a line of the console log (see `StandardStream.h`), which therefore does not end a program whose
+/// output nobody reads any longer.
 /// @param text null writes nothing.
+/// @throws std::bad_alloc
 void OutputDebugStringW(const wchar_t* text);
 
 constexpr DWORD DLL_PROCESS_DETACH = 0; ///< the library is being unloaded

@@ -1,8 +1,10 @@
 #include "qmUtility/platform/Kernel.h"
 #include "qmUtility/platform/StandardStream.h"
 
+#include <sched.h>
 #include <sys/resource.h>
 
+#include <cerrno>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -22,6 +24,20 @@ FILETIME ToFileTime(const timeval& time)
     const auto units =
         static_cast<std::uint64_t>(time.tv_sec) * 10'000'000 + static_cast<std::uint64_t>(time.tv_usec) * 10;
     return {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
+}
+
+/// Sets the nice value of the calling thread, which threads and processes started by it do not inherit if it is
+/// negative.
+bool SetNice(int nice)
+{
+    if (setpriority(PRIO_PROCESS, 0, nice) != 0) // process 0 means the calling thread
+        return false;
+    if (nice < 0) {
+        sched_param parameters{};
+        sched_getparam(0, &parameters);
+        sched_setscheduler(0, sched_getscheduler(0) | SCHED_RESET_ON_FORK, &parameters);
+    }
+    return true;
 }
 
 } // namespace
@@ -45,20 +61,19 @@ HANDLE GetCurrentThread() { return PseudoHandle(-2); }
 
 BOOL SetThreadPriority(HANDLE thread, int level)
 {
+    int nice = 0;
+    if (level == THREAD_PRIORITY_ABOVE_NORMAL)
+        nice = -5;
+    else if (level == THREAD_PRIORITY_TIME_CRITICAL)
+        nice = -20;
+    else if (level != THREAD_PRIORITY_NORMAL)
+        return 0;
     if (thread != GetCurrentThread())
         return 0;
-    // Each thread has a nice value of its own; process 0 means the calling thread.
-    const auto setNice = [](int nice) { return setpriority(PRIO_PROCESS, 0, nice) == 0; };
-    switch (level) {
-    case THREAD_PRIORITY_NORMAL:
-        return setNice(0);
-    case THREAD_PRIORITY_ABOVE_NORMAL:
-        return setNice(-5);
-    case THREAD_PRIORITY_TIME_CRITICAL:
-        return setNice(-20);
-    default:
-        return 0;
-    }
+    const int before = errno;
+    const bool isSet = SetNice(nice);
+    errno = before;
+    return isSet;
 }
 
 HANDLE GetCurrentProcess() { return PseudoHandle(-1); }

@@ -47,9 +47,10 @@ public:
     /// A counter in instant mode.
     CQMFPSCounter();
 
-    /// Reads the host's ticks per second and measures the counter's own cost.
+    /// Reads the host's ticks per second and measures the counter's own cost. Converts implicitly, because hosts
+    /// rely on it.
     /// @param type the mode, which never changes.
-    explicit CQMFPSCounter(eQMFPSType type);
+    CQMFPSCounter(eQMFPSType type);
 
     /// Copies all figures and shares the rings.
     CQMFPSCounter(const CQMFPSCounter& other);

@@ -5,51 +5,47 @@
 #include <cstdint>
 #include <sstream>
 #include <string>
-#include <utility>
+#include <tuple>
 
 namespace {
 
+using namespace std::string_literals;
 using Words = CArray<std::uint16_t>;
 
 /// @return the cause of the archive exception that the call throws, -1 for another exception, 0 for none.
 template <class Call>
 int Cause(Call call)
 {
-    int cause = 0;
     try {
         call();
+        return 0;
     } catch (CException* exception) { // NOLINT: the framework throws pointers
         const auto* const archiveException = dynamic_cast<CArchiveException*>(exception);
-        cause = archiveException != nullptr ? archiveException->m_cause : -1;
+        const int cause = archiveException != nullptr ? archiveException->m_cause : -1;
         exception->Delete();
+        return cause;
     }
-    return cause;
 }
 
 TEST(Array, GrowsByAnEighthWithinBounds)
 {
     CArray<int> array;
-    std::vector<std::ptrdiff_t> moves; // the sizes at which the elements moved to new storage
-    const auto add = [&](int count) {
-        for (; count != 0; --count) {
-            const int* const before = &array[0];
-            const std::ptrdiff_t size = array.GetSize();
-            EXPECT_EQ(array.Add(array[0]), size); // a reference that growing invalidates
-            EXPECT_EQ(array[size], 77);
-            if (&array[0] != before)
-                moves.push_back(array.GetSize());
-        }
-    };
-    for (int round = 0; round != 2; ++round) {
+    for (int round = 0; round != 2; ++round) { // the second begins without storage, like the first
+        std::vector<std::ptrdiff_t> moves;     // the indices of the elements for which the others moved
         array.Add(77);
-        add(59);
-        array.SetSize(20'000);
-        add(1100);
-        EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{2, 6, 10, 14, 18, 22, 26, 30, 34, 38, 42, 47, 52, 58,
-                                                      20'001, 21'025}));
+        while (array.GetSize() != 21'100) {
+            if (array.GetSize() == 60)
+                array.SetSize(20'000);
+            const int* const before = &array[0];
+            const std::ptrdiff_t index = array.Add(array[0]); // a reference that growing invalidates
+            EXPECT_EQ(array[index], 77);
+            if (&array[0] != before)
+                moves.push_back(index);
+        }
+        EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{1, 5, 9, 13, 17, 21, 25, 29, 33, 37, 41, 46, 51, 57,
+                                                      20'000, 21'024}));
         EXPECT_EQ(array[60], 0);
-        array.SetSize(0); // releases the storage: the second round is like the first
-        moves.clear();
+        array.SetSize(0);
     }
 }
 
@@ -65,7 +61,6 @@ TEST(Array, RejectsIndexesAndSizesOutOfRange)
 
 TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial)
 {
-    using namespace std::string_literals;
     Words words;
     words.Add('a' | 'b' << 8);
     words.Add('c' | 'd' << 8);
@@ -74,31 +69,33 @@ TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial)
     words.Serialize(archive);
     EXPECT_EQ(file.str(), "\2\0abcd"s);
 
-    const auto load = [](const std::string& bytes, CObject& array) {
+    const auto load = [](auto& array, const std::string& bytes) {
         std::stringbuf from(bytes);
         CArchive loading(from, CArchive::load);
-        return Cause([&] { array.Serialize(loading); });
+        const int cause = Cause([&] { array.Serialize(loading); });
+        return std::tuple(cause, array.GetSize());
     };
-    for (const std::string& bytes : {""s, "\1"s, "\2\0abc"s})
-        EXPECT_EQ(load(bytes, words), CArchiveException::endOfFile) << bytes;
-    EXPECT_EQ(load("\3\0abcdef"s, words), 0);
-    EXPECT_EQ(words[2], 'e' | 'f' << 8);
-
     CArray<std::string> strings;
-    strings.SetSize(4);
-    EXPECT_EQ(load("\1\0"s + std::string(sizeof(std::string), 'a'), strings), CArchiveException::badClass);
-    EXPECT_EQ(strings.GetSize(), 4);
-    EXPECT_EQ(load("\0\0"s, strings), 0);
-    EXPECT_EQ(strings.GetSize(), 0);
+    strings.SetSize(2);
+    const std::string element(sizeof(std::string), 'a');
+    for (const std::string& bytes : {""s, "\1"s, "\2\0abc"s, std::string(14, '\xFF')}) {
+        EXPECT_EQ(load(strings, bytes), std::tuple(CArchiveException::endOfFile, 2)) << bytes;
+        EXPECT_EQ(load(words, bytes), std::tuple(CArchiveException::endOfFile, 2)) << bytes;
+    }
+    EXPECT_EQ(load(strings, "\2\0"s + element), std::tuple(CArchiveException::endOfFile, 2));
+    EXPECT_EQ(load(strings, "\1\0"s + element), std::tuple(CArchiveException::badClass, 2));
+    EXPECT_EQ(load(strings, "\0\0"s), std::tuple(0, 0));
+    EXPECT_EQ(load(words, "\3\0abcdef"s), std::tuple(0, 3));
+    EXPECT_EQ(words[2], 'e' | 'f' << 8);
 }
 
 TEST(Archive, CountsTakeTwoSixOrFourteenBytes)
 {
-    const std::pair<std::uint64_t, std::string> cases[] = {
+    const std::tuple<std::uint64_t, std::string> cases[] = {
         {0xFFFE, "\xFE\xFF"},
-        {0xFFFF, {"\xFF\xFF\xFF\xFF\0\0", 6}},
+        {0xFFFF, "\xFF\xFF\xFF\xFF\0\0"s},
         {0xFFFFFFFE, "\xFF\xFF\xFE\xFF\xFF\xFF"},
-        {0xFFFFFFFF, {"\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\0\0\0\0", 14}},
+        {0xFFFFFFFF, std::string(10, '\xFF') + "\0\0\0\0"s},
     };
     for (const auto& [count, bytes] : cases) {
         std::stringbuf file;

@@ -5,22 +5,30 @@
 
 #include <sys/resource.h>
 
+#include <array>
+#include <bit>
+#include <cerrno>
+#include <csignal>
 #include <cstdint>
-#include <tuple>
+#include <string>
+#include <utility>
 
-namespace {
-
-constexpr int NoNice = 99;
-int niceValue; ///< the value that was set
-
-} // namespace
+static std::string calls; ///< of the next two functions, for the calling thread
 
 // These take the place of the system's functions. Their parameters have reserved names there.
 
 extern "C" int setpriority(__priority_which_t which, id_t who, int nice) noexcept
 {
-    niceValue = which == PRIO_PROCESS && who == 0 ? nice : NoNice; // of the calling thread
-    return nice == -20 ? -1 : 0;                                   // refuses time-critical threads
+    calls += "nice " + std::to_string(nice);
+    errno = EPERM;
+    return which == PRIO_PROCESS && who == 0 && nice != -20 ? 0 : -1; // refuses time-critical threads
+}
+
+extern "C" int sched_setscheduler(pid_t who, int policy, const sched_param* /*parameters*/) noexcept
+{
+    calls += who == 0 && policy == (SCHED_OTHER | SCHED_RESET_ON_FORK) ? " alone" : " with a wrong policy";
+    errno = EPERM;
+    return -1;
 }
 
 extern "C" int getrusage(__rusage_who_t /*who*/, rusage* usage) noexcept
@@ -30,27 +38,28 @@ extern "C" int getrusage(__rusage_who_t /*who*/, rusage* usage) noexcept
     return 0;
 }
 
-
 namespace {
 
-TEST(Kernel, PrioritiesAreNiceValues)
+TEST(Kernel, PrioritiesAreNiceValuesOfTheThreadAlone)
 {
-    const std::tuple<int, int, BOOL> cases[] = {{0, 0, 1}, {1, -5, 1}, {15, -20, 0}, {2, NoNice, 0}};
-    for (const auto& [level, nice, result] : cases) {
-        niceValue = NoNice;
-        EXPECT_EQ(SetThreadPriority(GetCurrentThread(), level), result) << level;
-        EXPECT_EQ(niceValue, nice) << level;
+    const std::pair<int, const char*> cases[] = {
+        {0, "nice 0: 1"}, {1, "nice -5 alone: 1"}, {15, "nice -20: 0"}, {2, ": 0"}};
+    for (const auto& [level, expected] : cases) {
+        calls.clear();
+        errno = EDOM;
+        const BOOL result = SetThreadPriority(GetCurrentThread(), level);
+        EXPECT_EQ(calls + ": " + std::to_string(result), expected);
+        EXPECT_EQ(errno, EDOM);
     }
     EXPECT_EQ(SetThreadPriority(GetCurrentProcess(), 0), 0);
 }
 
 TEST(Kernel, ProcessTimesAreIn100NanosecondUnits)
 {
-    FILETIME times[4] = {{1, 1}, {1, 1}};
-    ASSERT_NE(GetProcessTimes(GetCurrentProcess(), &times[0], &times[1], &times[2], &times[3]), 0);
-    const std::uint64_t expected[] = {0, 0, 5'000'000'010, 79'999'990};
-    for (int i = 0; i != 4; ++i)
-        EXPECT_EQ(std::uint64_t{times[i].dwHighDateTime} << 32 | times[i].dwLowDateTime, expected[i]);
+    using Times = std::array<std::uint64_t, 4>; // the low half of each comes first
+    std::array<FILETIME, 4> times = {{{1, 1}, {1, 1}}};
+    EXPECT_NE(GetProcessTimes(GetCurrentProcess(), &times[0], &times[1], &times[2], &times[3]), 0);
+    EXPECT_EQ(std::bit_cast<Times>(times), (Times{0, 0, 5'000'000'010, 79'999'990}));
     EXPECT_EQ(GetProcessTimes(nullptr, &times[0], &times[1], &times[2], &times[3]), 0);
 }
 
@@ -69,6 +78,29 @@ TEST(Kernel, DebuggerEntriesAreLinesOfUtf8)
     EXPECT_EQ(debugger.Writes(), (std::vector<std::string>{
                                      ">>> a\n", "a\nb\n", "\n",
                                      "\uFFFDa\uFFFD\uFFFD\uFFFD\U0001F600\U0001F600\U0010FFFF\n", "\uFFFD"}));
+}
+
+TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal)
+{
+    const Capture restored(STDERR_FILENO);
+    int ends[2]{};
+    EXPECT_EQ(pipe(ends), 0);
+    dup2(ends[1], STDERR_FILENO);
+    close(ends[0]);
+    std::signal(SIGPIPE, SIG_DFL); // would end the program
+    errno = EDOM;
+    OutputDebugStringW(L"text");
+    EXPECT_EQ(errno, EDOM);
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    sigset_t before;
+    pthread_sigmask(SIG_BLOCK, &signals, &before);
+    EXPECT_EQ(sigismember(&before, SIGPIPE), 0);
+    raise(SIGPIPE);
+    OutputDebugStringW(L"text");
+    const timespec noWait{};
+    EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), SIGPIPE) << "of another pipe, and still pending";
 }
 
 } // namespace

@@ -25,9 +25,9 @@ public:
         // A channel that keeps the bounds of each write: one end to read from, one to write to.
 #if defined(_WIN32)
         const std::string name = "\\\\.\\pipe\\qmUtility-" + std::to_string(GetCurrentProcessId());
+        constexpr DWORD mode = PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE;
         void* const pipe =
-            CreateNamedPipeA(name.c_str(), PIPE_ACCESS_INBOUND, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1,
-                             0, 1 << 20, 0, nullptr);
+            CreateNamedPipeA(name.c_str(), PIPE_ACCESS_INBOUND, mode, 1, 0, 1 << 20, 0, nullptr);
         m_ends[0] = _open_osfhandle(reinterpret_cast<std::intptr_t>(pipe), _O_BINARY);
         m_ends[1] = open(name.c_str(), _O_WRONLY | _O_TEXT);
 #else
