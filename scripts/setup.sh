@@ -1,35 +1,26 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing.
 #
-#   scripts/setup.sh [lint] [bench] [docs] [windows] [fuzz] [coverage]
+#   scripts/setup.sh [GROUP...]
 #
-<<<<<<< HEAD
-# Without a word: what the library, its tests and its examples need. "lint" adds the checkers of scripts/lint.sh and of
-# the binary interface, "bench" what the benchmarks, their peers and their report need, "docs" what
-# makes the reference, "windows" the cross-compiler for Windows, and Wine to run what it builds, "fuzz" the compiler
-# that makes the fuzzers, "coverage" the reporter of scripts/coverage.sh.
-=======
 # Without a group: what the library, its tests, the examples and the tool need. The groups add what the script or the
 # preset of the same name needs.
->>>>>>> docs
 set -euo pipefail
 
 packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev libdtl-dev)
 for group in "$@"; do
     case "$group" in
-<<<<<<< HEAD
-    lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev abigail-tools) ;;
-    bench) packages+=(gnuplot-nox jq libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev) ;;
-=======
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
     bench) packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev gnuplot-nox jq) ;;
->>>>>>> docs
     docs) packages+=(doxygen) ;;
+    release) packages+=(lintian) ;; # checks the Debian packages
+    clang-libcxx) packages+=(clang-16 libc++-16-dev libc++abi-16-dev) ;;
+    aarch64) packages+=(g++-aarch64-linux-gnu qemu-user) ;;
     windows) packages+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
     fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
     *)
-        echo "setup: unknown group '$group' (lint, bench, docs, windows, fuzz, coverage)" >&2
+        echo "setup: unknown group '$group'" >&2
         exit 2
         ;;
     esac
