@@ -37,6 +37,10 @@ cmake_path(APPEND pkgconfig_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/qmutility.pc.in" "${PROJECT_BINARY_DIR}/qmutility.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/qmutility.pc" DESTINATION "${pkgconfig_dir}" COMPONENT Development)
 
-if(PROJECT_IS_TOP_LEVEL)
+if(QMUTILITY_PACKAGES)
   include("${CMAKE_CURRENT_LIST_DIR}/Packages.cmake")
+else()
+  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/qmUtility"
+    COMPONENT Development)
 endif()
