@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh bench
 cmake --preset benchmark >/dev/null
-cmake --build --preset benchmark --target benchmarks
+cmake --build --preset benchmark --target benchmarks qmini
 out=docs
 [ $# -eq 0 ] || out=build/benchmark
 results=build/benchmark/results.json
@@ -29,6 +29,8 @@ failed=0
     echo "Measured on $(nproc) processors (${processor:-$(uname -m)}), $system, files in ${TMPDIR:-/tmp}."
     echo
     jq -r --arg output tables -f benchmarks/report.jq "$results" || failed=1
+    printf '\n## qmini\n\nWhole processes, beside other command-line editors, measured with hyperfine.\n\n'
+    benchmarks/qmini.sh build/benchmark/tools/qmini/qmini
 } >build/benchmark/report.md
 mv build/benchmark/report.md "$out/benchmarks.md"
 echo "bench: $out/benchmarks.md, $out/benchmarks.svg"

@@ -11,7 +11,10 @@ packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev lib
 for group in "$@"; do
     case "$group" in
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
-    bench) packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev gnuplot-nox jq) ;;
+    bench)
+        packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev gnuplot-nox jq)
+        packages+=(crudini hyperfine)
+        ;;
     docs) packages+=(doxygen) ;;
     release) packages+=(lintian) ;; # checks the Debian packages
     clang-libcxx) packages+=(clang-16 libc++-16-dev libc++abi-16-dev) ;;

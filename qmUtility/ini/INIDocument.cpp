@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <tuple>
 #include <unordered_set>
 #include <utility>
 
@@ -50,14 +51,54 @@ public:
     }
 
 private:
-    std::array<char, 4096>
-        m_record; ///< what is written next: the stream's own calls for each field take longer
+    std::array<char, 4096> m_record; ///< what is written next: a stream call for each field takes longer
     char* m_end = m_record.data();
     std::array<char, 4096 + 1> m_fileBuffer; ///< has room for `m_record`
     std::filebuf m_file;
     bool m_isGood;
     ini::Encoding<Char> m_encoding;
 };
+
+/// A text in memory that takes the place of an `Output`.
+template <class Char>
+struct TextOutput
+{
+    std::basic_string<Char> Text = {};
+
+    template <class Piece>
+    TextOutput& operator<<(Piece piece)
+    {
+        Text += piece;
+        return *this;
+    }
+    void Flush() {}
+};
+
+/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one does
+/// not, and has an empty line between a section's comments and its header, for each section but the first.
+template <class Char, class Target>
+void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, Target& out)
+{
+    constexpr bool isNarrow = std::is_same_v<Char, char>;
+    bool isFirstSection = true;
+    for (const auto& record : records) {
+        const bool isSection = record.Key.empty();
+        out << record.Comments;
+        if (!isNarrow && isSection) {
+            if (!isFirstSection)
+                out << Char('\n');
+            isFirstSection = false;
+        }
+        if (isNarrow || record.Commented != ' ')
+            out << record.Commented;
+        if (isSection)
+            out << Char('[') << record.Section << Char(']');
+        else
+            out << record.Key << Char('=') << record.Value;
+        out << Char('\n');
+        out.Flush(); // for each record, so that what is written survives the host
+    }
+}
 
 /// @return whether a range of comment lines is as `NormalizedComments` makes it.
 template <class Char>
@@ -121,36 +162,23 @@ bool BasicINIDocument<Char>::Load(const String& path)
     return true;
 }
 
-/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one
-/// does not, and has an empty line between a section's comments and its header, for each section but the
-/// first.
 template <class Char>
 bool BasicINIDocument<Char>::Save(const String& path) const
 {
-    constexpr bool isNarrow = std::is_same_v<Char, char>;
     Output<Char> file(path, m_locale);
     if (!file.IsOpen())
         return false;
-    bool isFirstSection = true;
-    for (const RecordView& record : m_records) {
-        const bool isSection = record.Key.empty();
-        file << record.Comments;
-        if (!isNarrow && isSection) {
-            if (!isFirstSection)
-                file << Char('\n');
-            isFirstSection = false;
-        }
-        if (isNarrow || record.Commented != ' ')
-            file << record.Commented;
-        if (isSection)
-            file << Char('[') << record.Section << Char(']');
-        else
-            file << record.Key << Char('=') << record.Value;
-        file << Char('\n');
-        file.Flush(); // for each record, so that what is written survives the host
-    }
+    WriteRecords(m_records, file);
     file.Finish();
     return true;
+}
+
+template <class Char>
+std::basic_string<Char> BasicINIDocument<Char>::SavedText() const
+{
+    TextOutput<Char> text;
+    WriteRecords(m_records, text);
+    return std::move(text.Text);
 }
 
 template <class Char>
@@ -178,26 +206,34 @@ bool BasicINIDocument<Char>::Sort(bool descending)
             return descending ? b.*field < a.*field : a.*field < b.*field;
         });
     };
-    const auto isHeader = [](const RecordView& record) { return record.Key.empty(); };
     Records headers;
-    Records keys;
-    std::partition_copy(m_records.begin(), m_records.end(), std::back_inserter(headers),
-                        std::back_inserter(keys), isHeader);
+    std::vector<const RecordView*> keys;
+    for (const RecordView& record : m_records)
+        if (record.Key.empty())
+            headers.push_back(record);
+        else
+            keys.push_back(&record);
     if (headers.empty())
         return false;
 
     sortBy(headers.begin(), headers.end(), &RecordView::Section);
-    const auto isBefore = [](const RecordView& a, const RecordView& b) { return a.Section < b.Section; };
-    std::stable_sort(keys.begin(), keys.end(), isBefore); // which keeps each section's keys in file order
+    std::sort(keys.begin(), keys.end(), [](const RecordView* a, const RecordView* b) {
+        return std::tie(a->Section, a) < std::tie(b->Section, b); // each section's keys stay in file order
+    });
 
     // Each header takes the keys of its name from the whole file. So keys are written once for each header of
     // their section: twice for a section with two, and not at all for a section with none.
     Records sorted;
+    sorted.reserve(m_records.size());
     for (const RecordView& header : headers) {
         sorted.push_back(header);
-        const auto [begin, end] = std::equal_range(keys.begin(), keys.end(), header, isBefore);
-        const auto at = sorted.insert(sorted.end(), begin, end);
-        sortBy(at, sorted.end(), &RecordView::Key);
+        const auto first = sorted.size();
+        auto at =
+            std::lower_bound(keys.begin(), keys.end(), header.Section,
+                             [](const RecordView* key, View section) { return key->Section < section; });
+        for (; at != keys.end() && (*at)->Section == header.Section; ++at)
+            sorted.push_back(**at);
+        sortBy(sorted.begin() + static_cast<std::ptrdiff_t>(first), sorted.end(), &RecordView::Key);
     }
     m_records = std::move(sorted);
     return true;

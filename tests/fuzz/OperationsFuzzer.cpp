@@ -1,49 +1,32 @@
 /// @file
-/// Random Operations on a file or on a document, each compared with the model's: its result, and what the file or the
-/// document then holds.
+/// Random operations on a file or on a document, each compared with the model's: its result, and what the file
+/// or the document then holds.
 
 #include "tests/fuzz/Model.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
-#include <functional>
+#include <fstream>
 #include <iterator>
 
 namespace {
 
-/// A file in memory that has a path.
-class MemoryFile
-{
-public:
-    std::string Path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
+const std::string Path = "/dev/shm/qmUtility-fuzz-" + std::to_string(getpid());
+const std::wstring WidePath(Path.begin(), Path.end());
 
-    void Write(const std::string& text) const
-    {
-        Require(ftruncate(m_descriptor, 0) == 0 &&
-                    pwrite(m_descriptor, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
-                "the file is written");
-    }
+/// An operation of `INIParser` or of the document, on the arguments without the path.
+#define CALL(Operation, ...)                                                                                 \
+    (IsOfFile ? INIParser::Operation(__VA_ARGS__, Path) : Document.Operation(__VA_ARGS__))
 
-    std::string Read() const
-    {
-        std::string text(static_cast<std::size_t>(lseek(m_descriptor, 0, SEEK_END)), '\0');
-        Require(pread(m_descriptor, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()),
-                "the file is read");
-        return text;
-    }
-
-private:
-    int m_descriptor = memfd_create("fuzz", 0);
-};
-
-/// A file, or a document that was loaded from it, and what the model knows of it.
+/// A file, or a document that was loaded from it, and the records that the model knows of it.
 struct Session
 {
-    Session(FuzzedDataProvider& data, const MemoryFile& file) : Data(data), File(file), Path(file.Path()) {}
-
-    std::wstring WidePath() const { return model::Widen<wchar_t>(Path); }
+    FuzzedDataProvider& Data;
+    bool IsOfFile; ///< whether operations are those of `INIParser`, which read and write the file
+    std::string Text;
+    model::Records<char> Records = {};
+    INIDocument Document = {};
 
     /// @return a name of the file's own, more often than not, or any bytes.
     std::string Name(std::string INIParser::Record::*field)
@@ -52,8 +35,13 @@ struct Session
             return Data.ConsumeRandomLengthString(16);
         return Records[Data.ConsumeIntegralInRange<std::size_t>(0, Records.size() - 1)].*field;
     }
-    std::string Section() { return Name(&INIParser::Record::Section); }
-    std::string Key() { return Name(&INIParser::Record::Key); }
+
+    void Compare() const
+    {
+        std::ifstream file(Path, std::ios::binary);
+        Require(std::string(std::istreambuf_iterator<char>(file), {}) == Text, "the text of the file");
+        Require(IsOfFile || Document.Content() == model::Content(Records), "the content of the document");
+    }
 
     /// Compares what the library says that it did, and did, with what is expected of it.
     void Edited(bool result, bool isExpected)
@@ -63,166 +51,114 @@ struct Session
             Text = model::Save(Records);
         Compare();
     }
-    void Compare() const
-    {
-        Require(File.Read() == Text, "the text of the file");
-        Require(IsOfFile || Document.Content() == model::Content(Records), "the content of the document");
-    }
 
-    template <class Change>
-    bool First(const std::string& key, const std::string& section, Change change)
+    void Look(const std::string& key, const std::string& section)
     {
         const auto at = model::Find(Records, key, section);
-        if (at == Records.end())
-            return false;
-        change(*at);
-        return true;
+        const bool isFound = at != Records.end();
+        Require(model::operator==(CALL(GetRecord, key, section),
+                                  isFound ? decltype(Records){*at} : decltype(Records)()),
+                "GetRecord");
+        Require(CALL(GetValue, key, section) == (isFound ? at->Value : ""), "GetValue");
+        Require(CALL(RecordExists, key, section) == isFound, "RecordExists");
+        Require(CALL(SectionExists, section) == (model::Find(Records, section) != Records.end()),
+                "SectionExists");
+        model::Records<char> keys;
+        std::vector<std::string> names;
+        for (const auto& record : Records)
+            if (record.Key.empty())
+                names.push_back(record.Section);
+            else if (record.Section == section)
+                keys.push_back(record);
+        Require(model::operator==(CALL(GetSection, section), keys), "GetSection");
+        Require((IsOfFile ? INIParser::GetSectionNames(Path) : Document.GetSectionNames()) == names,
+                "GetSectionNames");
+        Require((IsOfFile ? INIParser::Content(Path) : Document.Content()) == model::Content(Records),
+                "Content");
     }
-    template <class Change>
-    void Every(const std::string& section, Change change)
+
+    void SetWide(const std::string& key, const std::string& value, const std::string& section)
     {
-        for (auto& record : Records)
-            if (record.Section == section)
-                change(record);
+        auto records = model::Load(model::Widen<wchar_t>(Text));
+        const auto wideKey = model::Widen<wchar_t>(key);
+        const auto wideSection = model::Widen<wchar_t>(section);
+        auto wideValue = model::Widen<wchar_t>(value);
+        if (Data.ConsumeBool())
+            wideValue += Data.ConsumeIntegral<wchar_t>();
+        model::SetValue(records, wideKey, wideValue, wideSection);
+        Require(INIParser::SetValue(wideKey, wideValue, wideSection, WidePath), "the wide SetValue");
+        Text = model::Save(records);
+        Compare();
     }
 
-    FuzzedDataProvider& Data;
-    const MemoryFile& File;
-    std::string Path;
-    std::string Text;
-    model::Records<char> Records;
-    bool IsOfFile = true; ///< whether Operations are those of `INIParser`, which read and write the file
-    INIDocument Document;
-};
-
-/// An operation of `INIParser` or of the document, on the arguments without the path.
-#define CALL(Operation, ...)                                                                                 \
-    (s.IsOfFile ? INIParser::Operation(__VA_ARGS__, s.Path) : s.Document.Operation(__VA_ARGS__))
-
-template <class Char>
-model::Records<Char> Only(model::Records<Char>& records, typename model::Records<Char>::iterator at)
-{
-    return at == records.end() ? model::Records<Char>() : model::Records<Char>{*at};
-}
-
-void CheckLookups(Session& s)
-{
-    const std::string key = s.Key();
-    const std::string section = s.Section();
-    const auto at = model::Find(s.Records, key, section);
-    Require(model::operator==(CALL(GetRecord, key, section), Only(s.Records, at)), "GetRecord");
-    Require(CALL(GetValue, key, section) == (at == s.Records.end() ? "" : at->Value), "GetValue");
-    Require(CALL(RecordExists, key, section) == (at != s.Records.end()), "RecordExists");
-    Require(CALL(SectionExists, section) == (model::Find(s.Records, section) != s.Records.end()),
-            "SectionExists");
-
-    model::Records<char> keys;
-    std::vector<std::string> names;
-    for (const auto& record : s.Records)
-        if (record.Key.empty())
-            names.push_back(record.Section);
-        else if (record.Section == section)
-            keys.push_back(record);
-    Require(model::operator==(CALL(GetSection, section), keys), "GetSection");
-    Require((s.IsOfFile ? INIParser::GetSectionNames(s.Path) : s.Document.GetSectionNames()) == names,
-            "GetSectionNames");
-    Require((s.IsOfFile ? INIParser::Content(s.Path) : s.Document.Content()) == model::Content(s.Records),
-            "Content");
-}
-
-using Operation = std::function<void(Session&)>;
-
-const Operation Operations[] = {
-    CheckLookups,
-    [](Session& s) {
-        const auto key = s.Key(), value = s.Data.ConsumeRandomLengthString(16), section = s.Section();
-        model::SetValue(s.Records, key, value, section);
-        s.Edited(CALL(SetValue, key, value, section), true);
-    },
-    [](Session& s) {
-        if (!s.IsOfFile)
-            return;
-        const auto key = model::Widen<wchar_t>(s.Key()), section = model::Widen<wchar_t>(s.Section());
-        auto value = model::Widen<wchar_t>(s.Data.ConsumeRandomLengthString(16));
-        if (s.Data.ConsumeBool())
-            value += s.Data.ConsumeIntegral<wchar_t>();
-        auto records = model::Load(model::Widen<wchar_t>(s.Text));
-        model::SetValue(records, key, value, section);
-        Require(INIParser::SetValue(key, value, section, s.WidePath()), "the wide SetValue");
-        s.Text = model::Save(records);
-        s.Compare();
-    },
-    [](Session& s) {
-        const auto section = s.Section();
-        s.Records.push_back({{}, ' ', section, {}, {}});
-        s.Edited(CALL(AddSection, section), true);
-    },
-    [](Session& s) {
-        const auto key = s.Key(), section = s.Section();
-        const auto at = model::Find(s.Records, key, section);
-        const bool isFound = at != s.Records.end();
-        if (isFound)
-            s.Records.erase(at);
-        s.Edited(CALL(DeleteRecord, key, section), isFound);
-    },
-    [](Session& s) {
-        const auto section = s.Section();
-        while (model::Find(s.Records, section) != s.Records.end())
-            s.Records.erase(model::Find(s.Records, section));
-        s.Edited(CALL(DeleteSection, section), true);
-    },
-    [](Session& s) {
-        const auto section = s.Section(), name = s.Section();
-        s.Every(section, [&](auto& record) { record.Section = name; });
-        s.Edited(CALL(RenameSection, section, name), true);
-    },
-    [](Session& s) {
-        const auto key = s.Key(), section = s.Section();
-        const auto mark = s.Data.PickValueInArray({INIParser::Hash, INIParser::Semicolon});
-        const bool isFound =
-            s.First(key, section, [&](auto& record) { record.Commented = static_cast<char>(mark); });
-        s.Edited(CALL(CommentRecord, mark, key, section), isFound);
-    },
-    [](Session& s) {
-        const auto section = s.Section();
-        const char mark = s.Data.ConsumeBool() ? '#' : s.Data.ConsumeIntegral<char>();
-        s.Every(section, [&](auto& record) { record.Commented = mark; });
-        s.Edited(CALL(CommentSection, mark, section), true);
-    },
-    [](Session& s) {
-        const auto key = s.Key(), section = s.Section();
-        const bool isFound = s.First(key, section, [](auto& record) { record.Commented = ' '; });
-        s.Edited(CALL(UnCommentRecord, key, section), isFound);
-    },
-    [](Session& s) {
-        const auto section = s.Section();
-        s.Every(section, [](auto& record) { record.Commented = ' '; });
-        s.Edited(CALL(UnCommentSection, section), true);
-    },
-    [](Session& s) {
-        const bool isSection = s.Data.ConsumeBool();
-        const auto key = isSection ? "" : s.Key(), section = s.Section();
-        const auto comments = s.Data.ConsumeRandomLengthString(16);
-        const bool isFound = s.First(key, section, [&](auto& record) {
-            record.Comments = comments.size() >= 2 ? comments + "\n" : comments;
-        });
-        s.Edited(isSection ? CALL(SetSectionComments, comments, section)
-                           : CALL(SetRecordComments, comments, key, section),
-                 isFound);
-    },
-    [](Session& s) {
-        const bool descending = s.Data.ConsumeBool();
-        const auto sorted = model::Sorted(s.Records, descending);
-        const bool isSorted = !sorted.empty();
-        if (isSorted)
-            s.Records = sorted;
-        s.Edited(s.IsOfFile ? INIParser::Sort(s.Path, descending) : s.Document.Sort(descending), isSorted);
-    },
-    [](Session& s) {
-        s.Records.clear();
-        s.Document = INIDocument();
-        s.Edited(!s.IsOfFile || INIParser::Create(s.Path), true);
-    },
+    void Step()
+    {
+        const auto key = Name(&INIParser::Record::Key);
+        const auto section = Name(&INIParser::Record::Section);
+        const auto text = Data.ConsumeRandomLengthString(16);
+        const bool flag = Data.ConsumeBool();
+        const char mark = flag ? '#' : Data.ConsumeIntegral<char>();
+        const auto at = model::Find(Records, key, section);
+        const bool isFound = at != Records.end();
+        const auto everyRecord = [&](auto change) {
+            for (auto& record : Records)
+                if (record.Section == section)
+                    change(record);
+        };
+        switch (Data.ConsumeIntegralInRange(0, 13)) {
+        case 0:
+            return Look(key, section);
+        case 1:
+            return IsOfFile ? SetWide(key, text, section) : Look(key, section);
+        case 2:
+            model::SetValue(Records, key, text, section);
+            return Edited(CALL(SetValue, key, text, section), true);
+        case 3:
+            Records.push_back({{}, ' ', section, {}, {}});
+            return Edited(CALL(AddSection, section), true);
+        case 4:
+            if (isFound)
+                Records.erase(at);
+            return Edited(CALL(DeleteRecord, key, section), isFound);
+        case 5:
+            std::erase_if(Records, [&](const auto& record) { return record.Section == section; });
+            return Edited(CALL(DeleteSection, section), true);
+        case 6:
+            everyRecord([&](auto& record) { record.Section = text; });
+            return Edited(CALL(RenameSection, section, text), true);
+        case 7:
+            if (isFound)
+                at->Commented = flag ? '#' : ';';
+            return Edited(CALL(CommentRecord, flag ? INIParser::Hash : INIParser::Semicolon, key, section),
+                          isFound);
+        case 8:
+            everyRecord([&](auto& record) { record.Commented = mark; });
+            return Edited(CALL(CommentSection, mark, section), true);
+        case 9:
+            if (isFound)
+                at->Commented = ' ';
+            return Edited(CALL(UnCommentRecord, key, section), isFound);
+        case 10:
+            everyRecord([](auto& record) { record.Commented = ' '; });
+            return Edited(CALL(UnCommentSection, section), true);
+        case 11:
+            if (isFound)
+                at->Comments = text.size() >= 2 ? text + "\n" : text;
+            return Edited(key.empty() ? CALL(SetSectionComments, text, section)
+                                      : CALL(SetRecordComments, text, key, section),
+                          isFound);
+        case 12: {
+            const auto sorted = model::Sorted(Records, flag);
+            if (!sorted.empty())
+                Records = sorted;
+            return Edited(IsOfFile ? INIParser::Sort(Path, flag) : Document.Sort(flag), !sorted.empty());
+        }
+        default:
+            Records.clear();
+            Document = INIDocument();
+            return Edited(!IsOfFile || INIParser::Create(Path), true);
+        }
+    }
 };
 
 template <class Call>
@@ -240,32 +176,29 @@ void RequireThrow(Call call)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    static const MemoryFile file;
-    // Choices are taken from the end of the bytes and texts from their front, up to a backslash before
-    // another character, so a seed is a plain INI file, a "\\.", and some more.
+    // Choices are taken from the end of the bytes and texts from their front, up to a backslash before another
+    // character, so a seed is a plain INI file, a "\\.", and some more.
     FuzzedDataProvider data(bytes, size);
-    Session session(data, file);
     const auto steps = data.ConsumeIntegralInRange(1, 8);
-    session.Text = data.ConsumeRandomLengthString(size);
-    file.Write(session.Text);
-    session.IsOfFile = data.ConsumeBool();
+    Session session = {data, data.ConsumeBool(), data.ConsumeRandomLengthString(size)};
+    std::ofstream(Path, std::ios::binary) << session.Text;
     try {
         session.Records = model::Load(session.Text);
-        Require(session.Document.Load(session.Path), "the document is loaded");
+        Require(session.Document.Load(Path), "the document is loaded");
         for (int i = 0; i != steps; ++i) {
-            data.PickValueInArray(Operations)(session);
+            session.Step();
             if (session.IsOfFile)
                 session.Records = model::Load(session.Text);
         }
         if (!session.IsOfFile) {
-            Require(session.Document.Save(session.Path), "the document is saved");
+            Require(session.Document.Save(Path), "the document is saved");
             session.Text = model::Save(session.Records);
         }
     } catch (const std::out_of_range&) {
-        RequireThrow([&] { session.Document.Load(session.Path); });
-        RequireThrow([&] { return INIParser::GetValue("", "", session.Path); });
-        RequireThrow([&] { return INIParser::SetValue(L"k", L"v", L"S", session.WidePath()); });
-        RequireThrow([&] { return INIParser::Sort(session.Path, false); });
+        RequireThrow([&] { session.Document.Load(Path); });
+        RequireThrow([&] { return INIParser::GetValue("", "", Path); });
+        RequireThrow([&] { return INIParser::SetValue(L"k", L"v", L"S", WidePath); });
+        RequireThrow([&] { return INIParser::Sort(Path, false); });
     }
     session.Compare();
     return 0;

@@ -1,6 +1,7 @@
 #include "qmUtility/ini/INIDocument.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <codecvt>
 #include <locale>
 #include <stdexcept>
 
@@ -42,11 +43,12 @@ TEST_F(Document, StaysAsItWasWhenLoadingFails)
 
 TEST_F(Document, IteratesOverItsRecords)
 {
-    const INIDocument document = Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\n#l= 2\njunk\n");
+    const INIDocument document =
+        Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\njunk\n; e\n#l= 2\njunk\n");
     std::string all;
     for (const auto& [comments, commented, section, key, value] : document)
         (((((all += comments) += commented) += section) += '|') += key) += '|' + std::string(value) + '\n';
-    EXPECT_EQ(all, " |k|1\n; a\n#b\n S||\n; c\n;T||\n; d\n#T|l| 2\n ||\n");
+    EXPECT_EQ(all, " |k|1\n; a\n#b\n S||\n; c\n;T||\n; d\n; e\n#T|l| 2\n ||\n");
 }
 
 TEST_F(Document, EditsAreNotParsed)
@@ -58,6 +60,7 @@ TEST_F(Document, EditsAreNotParsed)
     EXPECT_EQ(document.GetRecord("k", "S").at(0).Comments, "no comment\n");
     EXPECT_TRUE(document.Save(Path("test.ini")));
     EXPECT_EQ(Read(Path("test.ini")), " [S]\nno comment\n k=a[0]\n");
+    EXPECT_EQ(document.SavedText(), Read(Path("test.ini")));
     EXPECT_TRUE(document.Load(Path("test.ini")));
     EXPECT_FALSE(document.RecordExists("k", "S"));
     EXPECT_TRUE(document.SectionExists("=a[0"));
@@ -102,7 +105,8 @@ TEST_F(Document, ManyEditsKeepWhatIsInUse)
 
 TEST_F(Document, SavesByTheLocaleThatWasGlobalWhenItWasLoaded)
 {
-    const std::locale before = std::locale::global(std::locale("C.UTF-8"));
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new std::codecvt_utf8<wchar_t>));
     WINIDocument document;
     EXPECT_TRUE(document.Load((Write("[S]\nk=\u00E4\n"), WidePath("test.ini"))));
     std::locale::global(before);

@@ -1,6 +1,7 @@
 #include "qmUtility/ini/INIParser.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <codecvt>
 #include <locale>
 
@@ -46,10 +47,10 @@ TEST_F(Files, EveryByteSurvivesBothWidths)
     for (int byte = 0; byte < 256; ++byte)
         if (byte != '\n' && byte != '\r' && byte != '[' && byte != 0x1A) // where a text file may end
             all += static_cast<char>(byte);
-    all += all + all + '.'; // longer than what is converted in one go, and no blank at the end
-    std::wstring wide;
-    for (const char c : all)
-        wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
+    while (all.size() < 5000) // more than is converted in one go
+        all += all;
+    all += '.'; // no blank at the end
+    const std::wstring wide = Widen(all);
     const std::string path = Write("[S]\nk=" + all + "\nx=\n");
 
     EXPECT_EQ(INIParser::GetValue("k", "S", path), all);
@@ -80,7 +81,7 @@ TEST_F(Files, AGlobalLocaleConvertsTheWideForm)
     EXPECT_EQ(INIParser::GetValue(L"k", L"S", wide), L"\u00E4");
     std::wstring value = L"\u20AC"; // which cannot be converted, as half a surrogate pair cannot
     std::string encoded = "?";
-    for (int i = 0; i != 1000; ++i) {
+    for (int i = 0; i != 3000; ++i) {
         value += L'\u00E4';
         encoded += "\u00E4";
     }
@@ -98,11 +99,27 @@ TEST_F(Files, AGlobalLocaleConvertsTheWideForm)
     }
 }
 
-TEST_F(Files, ALocaleThatKeepsTheClassicConversionKeepsBytes)
+/// Turns every byte over.
+struct Inverted : std::codecvt<char, char, std::mbstate_t>
 {
-    std::locale::global(std::locale(std::locale::classic(), new std::numpunct<char>));
-    Write("[\xDF]\n\xFC=\xE4\n");
-    EXPECT_EQ(INIParser::GetValue(L"\u00FC", L"\u00DF", WidePath("test.ini")), L"\u00E4");
+    result do_in(std::mbstate_t& /*state*/, const char* from, const char* end, const char*& read, char* to,
+                 char* /*toEnd*/, char*& written) const override
+    {
+        written = std::transform(from, end, to, [](char c) { return static_cast<char>(~c); });
+        read = end;
+        return ok;
+    }
+    bool do_always_noconv() const noexcept override { return false; }
+};
+
+TEST_F(Files, TheNarrowFormKeepsBytesWhateverTheLocale)
+{
+    const std::string path = Write("[S]\nk=\xE4\n");
+    std::locale::global(std::locale(std::locale::classic(), new Inverted));
+    EXPECT_EQ(INIParser::GetValue("k", "S", path), "\xE4");
+    EXPECT_TRUE(INIParser::SetValue("l", "1", "S", path));
+    std::locale::global(std::locale::classic());
+    EXPECT_EQ(Read(path), " [S]\n l=1\n k=\xE4\n");
 }
 
 TEST_F(Files, WidePathsAreUnicodeWhateverTheLocale)

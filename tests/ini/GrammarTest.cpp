@@ -75,15 +75,4 @@ TEST(Grammar, ReadsRecordsOfBothWidths)
     }
 }
 
-TEST(Grammar, ThrowsForAHeaderWithoutItsEnd)
-{
-    for (const char* const text : {"[Broken\n", "#[Broken\n", "]x[\n", "k=[\n", "a=1\n[Fine]\n[\n"})
-        try {
-            Records<char, char>(text);
-            ADD_FAILURE() << text;
-        } catch (const std::out_of_range& malformed) {
-            EXPECT_STREQ(malformed.what(), "invalid string position");
-        }
-}
-
 } // namespace

@@ -43,3 +43,10 @@ if(files OR EXISTS "${ROOT}/usr/include" OR NOT EXISTS "${LIBDIR}/libqmUtility.s
   message(FATAL_ERROR "libqmutility1 does not contain exactly the libraries: ${LIBDIR} also has \"${files}\"")
 endif()
 run(dpkg-deb -x "${development}" "${ROOT}")
+
+expect(qmini Depends "^libqmutility1 \\(>= ${VERSION}\\), libc6 ")
+expect(qmini Section "^utils$")
+file(GLOB tool "${BINARY_DIR}/qmini_*.deb")
+run(dpkg-deb -x "${tool}" "${ROOT}")
+set(ENV{LD_LIBRARY_PATH} "${LIBDIR}")
+run("${CMAKE_COMMAND}" "-DROOT=${ROOT}/usr" -P "${CMAKE_CURRENT_LIST_DIR}/Tool.cmake")

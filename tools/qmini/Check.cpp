@@ -1,6 +1,10 @@
 #include "qmini/Check.h"
 
+#include "qmUtility/ini/Grammar.h"
+
 #include <algorithm>
+#include <initializer_list>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <utility>
@@ -9,187 +13,167 @@ namespace qmini {
 
 namespace {
 
-constexpr std::string_view Blanks = " \t\n\r"; // of the format; no other character is one
-
-std::string_view Trim(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(Blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(Blanks) + 1 - first);
-}
+using ini::LineKind;
+using ini::Trimmed;
+using Line = ini::Line<char>;
 
 bool Contains(std::string_view text, char wanted) { return text.find(wanted) != std::string_view::npos; }
-
-std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
-
-/// A line as the library reads it.
-struct Line
-{
-    enum class Kind
-    {
-        Blank,
-        Comment,
-        Header,
-        OpenHeader, ///< without a "]"
-        Key,
-        Neither
-    };
-
-    Kind kind;
-    bool commentedOut = false;
-    bool bracketInside = false;    ///< of a header: whether text stands before its "["
-    std::string_view section = {}; ///< of a header: its name
-    std::string_view after = {};   ///< of a header: what stands behind its "]"
-    std::string_view key = {};     ///< of a key line, and of a header whose name holds a "="
-    std::string_view value = {};
-};
-
-Line Classify(std::string_view text)
-{
-    text = Trim(text);
-    if (text.empty())
-        return {Line::Kind::Blank};
-    const bool isHeader = Contains(text, '['); // asked before "=", so it takes keys whose value holds a "["
-    if (!isHeader && !Contains(text, '='))
-        return {text.front() == '#' || text.front() == ';' ? Line::Kind::Comment : Line::Kind::Neither};
-
-    Line line = {isHeader ? Line::Kind::Header : Line::Kind::Key};
-    line.commentedOut = text.front() == '#' || text.front() == ';';
-    if (line.commentedOut)
-        text = Trim(text.substr(1));
-    if (isHeader) {
-        line.bracketInside = text.front() != '[';
-        text.remove_prefix(1);
-        const std::size_t close = text.find(']');
-        if (close == std::string_view::npos)
-            return {Line::Kind::OpenHeader};
-        line.after = text.substr(close + 1);
-        text = line.section = text.substr(0, close);
-    }
-    const std::size_t split = text.find('=');
-    line.key = text.substr(0, split);
-    if (split == std::string_view::npos)
-        line.key = {};
-    else
-        line.value = text.substr(split + 1);
-    return line;
-}
 
 /// Reads a file's lines one after another and collects what there is to say about them.
 class Checker
 {
 public:
-    void Read(std::string_view text)
+    explicit Checker(Kind least) : m_least(least) {}
+
+    void Read(const Line& line)
     {
-        if (++m_number == 1 && text.starts_with("\xEF\xBB\xBF"))
-            Add("byte order mark: it is read as part of the line");
-        const Line line = Classify(text);
-        switch (line.kind) {
-        case Line::Kind::Blank:
-            break;
-        case Line::Kind::Comment:
+        ++m_number;
+        switch (line.Kind) {
+        case LineKind::Blank:
+            return;
+        case LineKind::Comment:
             if (!m_comments)
                 m_comments = m_number;
-            break;
-        case Line::Kind::OpenHeader:
-            m_findings.push_back({m_number, "header without \"]\": no operation can read the file", true});
-            break;
-        case Line::Kind::Neither:
-            Add(m_comments
-                    ? "neither a header nor a key: dropped"
-                    : "neither a header nor a key: a rewrite turns it into the header \"[]\", which takes "
-                      "the keys below");
-            break;
-        case Line::Kind::Header:
-            m_section = line.section;
+            return;
+        case LineKind::MalformedHeader:
+            Add(Kind::Malformed, {"header without \"]\": no operation can read the file"});
+            return;
+        case LineKind::Other:
+            Add(Kind::Loss, {m_comments ? "neither a header nor a key: dropped by an edit"
+                                        : "neither a header nor a key: an edit turns it into the header "
+                                          "\"[]\", which takes the keys below"});
+            return;
+        case LineKind::Header:
+            m_section = line.Section;
             AddHeader(line);
-            AddDuplicate(line.key);
-            m_comments.reset();
+            AddDuplicate(line.HasKey ? line.Key : std::string_view());
             break;
-        case Line::Kind::Key:
+        case LineKind::Key:
             AddKey(line);
-            m_comments.reset();
             break;
         }
+        AddContinuation(line);
+        m_comments.reset();
     }
 
-    /// @param rest what follows the last line end
+    /// @param rest what follows the last newline
     std::vector<Finding> Finish(std::string_view rest)
     {
         if (m_comments)
-            m_findings.push_back({*m_comments, "comments after the last record are lost in a rewrite"});
+            m_findings.push_back(
+                {*m_comments, Kind::Loss, "comments below the last record: lost by an edit"});
         ++m_number;
-        if (!Trim(rest).empty())
-            Add("last line without a line end: it is not read, and lost in a rewrite");
-        std::ranges::stable_sort(m_findings, {}, &Finding::line);
+        if (!Trimmed(rest).empty())
+            Add(Kind::Loss, {"last line without a newline: not read, and lost by an edit"});
         return std::move(m_findings);
     }
 
 private:
-    void Add(const std::string& text) { m_findings.push_back({m_number, text}); }
+    void Add(Kind kind, std::initializer_list<std::string_view> parts)
+    {
+        if (kind < m_least)
+            return;
+        m_findings.push_back({m_number, kind, {}});
+        for (const std::string_view part : parts)
+            m_findings.back().Text += part;
+    }
 
     void AddHeader(const Line& line)
     {
-        if (line.bracketInside)
-            Add((line.commentedOut ? "comment with \"[\"" : "\"[\" inside the line") +
-                (": read as the header of section " + Quoted(line.section)));
-        else if (Trim(line.section) != line.section)
-            Add("blanks inside the brackets belong to the section's name: " + Quoted(line.section));
-        if (!line.after.empty())
-            Add("text after \"]\" is lost in a rewrite: " + Quoted(Trim(line.after)));
-        if (m_comments && Contains(line.section, '='))
-            Add("the comments above a header with \"=\" in its name are lost in a rewrite");
-        if (!line.key.empty())
-            Add("header with \"=\" in its name: a rewrite turns it into the key line " +
-                Quoted(line.section) +
-                (Contains(line.section, '[') ? ", after which no operation can read the file" : ""));
+        const char first = *(line.Section.data() - 1); // the character that the library takes for the "["
+        const std::string_view text = line.Text;
+        const std::string_view after(line.Section.data() + line.Section.size() + 1,
+                                     text.data() + text.size());
+        if (first != '[')
+            Add(Kind::Loss, {line.Commented != ' ' ? "comment with \"[\"" : "\"[\" inside the line",
+                             ": read as the header of section \"", line.Section, "\""});
+        else if (Trimmed(line.Section) != line.Section)
+            Add(Kind::Oddity,
+                {"blanks inside the brackets belong to the section's name: \"", line.Section, "\""});
+        if (first == '[' && !after.empty())
+            Add(Kind::Loss, {"text after \"]\": lost by an edit: \"", Trimmed(after), "\""});
+        if (m_comments && line.HasKey)
+            Add(Kind::Loss, {"comments above a header with \"=\" in its name: lost by an edit"});
+        if (!line.Key.empty())
+            Add(Kind::Loss,
+                {"header with \"=\" in its name: an edit turns it into the key line \"", line.Section, "\"",
+                 Contains(line.Section, '[') ? ", after which no operation can read the file" : ""});
     }
 
     void AddKey(const Line& line)
     {
-        if (line.key.empty()) {
-            Add("no key before \"=\": a rewrite turns the line into the header \"[" + std::string(m_section) +
-                "]\"");
+        if (line.Key.empty()) {
+            Add(Kind::Loss,
+                {"no key before \"=\": an edit turns the line into the header \"[", m_section, "]\""});
             return; // the library takes it for a header already
         }
-        if (line.commentedOut && Trim(line.key).find_first_of(Blanks) != std::string_view::npos)
-            Add("comment with \"=\": read as the commented-out key " + Quoted(line.key));
-        else if (Trim(line.key) != line.key || Trim(line.value) != line.value)
-            Add("blanks next to \"=\" belong to the key and the value: " + Quoted(line.key) + " and " +
-                Quoted(line.value));
-        AddDuplicate(line.key);
+        if (m_least > Kind::Oddity)
+            return;
+        if (line.Commented != ' ' && Trimmed(line.Key).find_first_of(" \t") != std::string_view::npos)
+            Add(Kind::Oddity, {"comment with \"=\": read as the commented-out key \"", line.Key, "\""});
+        else if (Trimmed(line.Key) != line.Key || Trimmed(line.Value) != line.Value)
+            Add(Kind::Oddity, {"blanks next to \"=\" belong to the key and the value: \"", line.Key,
+                               "\" and \"", line.Value, "\""});
+        AddDuplicate(line.Key);
     }
 
     /// Whether a record is commented out plays no part: lookups find it all the same.
     void AddDuplicate(std::string_view key)
     {
+        if (m_least > Kind::Oddity)
+            return;
         const auto [first, isNew] = m_firstLines.try_emplace({m_section, key}, m_number);
         if (isNew)
             return;
         const std::string line = std::to_string(first->second);
         if (key.empty())
-            Add("duplicate section " + Quoted(m_section) + ": line " + line + " has its first header");
+            Add(Kind::Oddity, {"duplicate section \"", m_section, "\": the first header is in line ", line});
         else
-            Add("duplicate key " + Quoted(key) + " in section " + Quoted(m_section) +
-                ": lookups and edits find that of line " + line);
+            Add(Kind::Oddity, {"duplicate key \"", key, "\" in section \"", m_section,
+                               "\": lookups and edits find the one in line ", line});
     }
 
+    /// Notes the first line that an edit indents below a key, once for the file.
+    void AddContinuation(const Line& line)
+    {
+        if (m_hasContinuation || line.Commented != ' ')
+            return;
+        if (m_hasActiveKey && line.Text.data() == line.Raw.data()) {
+            Add(Kind::Note, {"an edit indents active lines by a space: readers that know continuation lines "
+                             "join this line to the key above"});
+            m_hasContinuation = true;
+        }
+        m_hasActiveKey = m_hasActiveKey || line.Kind == LineKind::Key;
+    }
+
+    Kind m_least;
     std::size_t m_number = 0;
     std::vector<Finding> m_findings;
     std::string_view m_section;
     std::optional<std::size_t> m_comments; ///< the first of the comment lines that wait for a record
+    bool m_hasActiveKey = false;
+    bool m_hasContinuation = false;
     std::map<std::pair<std::string_view, std::string_view>, std::size_t> m_firstLines; ///< header: key empty
 };
 
 } // namespace
 
-std::vector<Finding> Check(std::string_view text)
+std::vector<Finding> Check(std::string_view text, Kind least)
 {
-    Checker checker;
-    for (std::size_t end = 0; (end = text.find('\n')) != std::string_view::npos; text.remove_prefix(end + 1))
-        checker.Read(text.substr(0, end));
-    return checker.Finish(text);
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
+        return {{1, Kind::Loss, "UTF-16 byte order mark: only encodings that extend ASCII are known"}};
+    std::vector<Finding> findings;
+    if (text.starts_with("\xEF\xBB\xBF"))
+        findings.push_back({1, Kind::Loss, "byte order mark: read as text, and moved by an edit"});
+    if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
+        findings.push_back({1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + nul, '\n')),
+                            Kind::Loss, "NUL byte: this is no text, or one in UTF-16"});
+
+    Checker checker(least);
+    ini::ScanLines(text, [&](const Line& line) { checker.Read(line); });
+    std::ranges::move(checker.Finish(text.substr(text.rfind('\n') + 1)), std::back_inserter(findings));
+    std::ranges::stable_sort(findings, {}, &Finding::Line);
+    return findings;
 }
 
 } // namespace qmini

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What reading or rewriting an INI file does to it that its owner may not expect.
+/// What an edit of an INI file, or reading it, does to the file that its owner may not expect.
 
 #include <cstddef>
 #include <string>
@@ -10,16 +10,27 @@
 
 namespace qmini {
 
+enum class Kind
+{
+    Note,      ///< nothing to do with this library, but with other readers
+    Oddity,    ///< read, but perhaps not as meant
+    Loss,      ///< an edit loses or changes the line
+    Malformed, ///< no operation can read the file
+};
+
 /// One remark on a line of a file.
 struct Finding
 {
-    std::size_t line; ///< counted from 1
-    std::string text;
-    bool malformed = false; ///< whether the line keeps every operation from reading the file
+    std::size_t Line; ///< counted from 1
+    Kind What;
+    std::string Text;
 };
 
-/// @param text an INI file's content
-/// @return the findings, in the order of their lines
-std::vector<Finding> Check(std::string_view text);
+/// @param text the content of an INI file
+/// @param least kinds below this one are not looked for
+/// @return the findings, in the order of their lines. Without any of the kinds `Loss` and `Malformed`, a file
+///   that is loaded and saved keeps each line, apart from blank lines and white space: around lines, and
+///   between the character that comments out a record and the record.
+std::vector<Finding> Check(std::string_view text, Kind least);
 
 } // namespace qmini

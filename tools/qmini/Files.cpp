@@ -1,9 +1,12 @@
 #include "qmini/Files.h"
 
-#include <array>
+#include "qmini/Failure.h"
+
+#include <algorithm>
 #include <cerrno>
-#include <cstddef>
+#include <cstdint>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <system_error>
 
@@ -11,45 +14,138 @@ namespace fs = std::filesystem;
 
 namespace qmini {
 
-std::string ReadFile(const std::string& file)
+namespace {
+
+std::string SafetyCopy(const std::string& file) { return file + ".qmini-save"; }
+
+[[noreturn]] void ThrowSafetyCopyExists(const std::string& file)
 {
-    std::ifstream in(file);
+    throw Failure(Failed, SafetyCopy(file) +
+                              " exists: another qmini is editing the file, or one was interrupted. In that "
+                              "case, keep whichever of the two files is whole");
+}
+
+std::string SystemMessage() { return std::generic_category().message(errno); }
+
+/// Writes a text over the content of a file. The file is shortened last, not first: so long as it keeps its
+/// size, a full disk leaves room for its former content.
+/// @return what went wrong, if anything
+std::optional<std::string> Overwrite(const std::string& file, const std::string& text,
+                                     std::ios::openmode mode)
+{
+    std::fstream out(file, std::ios::in | std::ios::out | mode);
+    out.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
+    const std::streamoff size = out.tellp(); // not the text's, where a newline takes two characters
+    out.close();
+    if (!out)
+        return SystemMessage();
+    std::error_code error;
+    fs::resize_file(file, static_cast<std::uintmax_t>(size), error);
+    if (error)
+        return error.message();
+    if (TryReadFile(file, mode) != text)
+        return "it reads back differently";
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> TryReadFile(const std::string& file, std::ios::openmode mode)
+{
+    std::ifstream in(file, mode | std::ios::in);
+    if (!in.is_open())
+        return std::nullopt;
+    constexpr std::size_t least = 4096;
     std::string content;
-    std::array<char, 4096> block;
-    while (in.read(block.data(), block.size()), in.gcount() > 0)
-        content.append(block.data(), static_cast<std::size_t>(in.gcount()));
-    if (!in.is_open() || in.bad()) // a directory opens, but does not read
-        throw Failure(Failed, "cannot read " + file + ": " + std::generic_category().message(errno));
+    std::error_code unknown; // of a pipe, for example
+    const std::uintmax_t reported = fs::file_size(file, unknown);
+    std::size_t capacity = unknown ? least : std::max(static_cast<std::size_t>(reported) + 1, least);
+    errno = 0; // tells a read error from the end of the file, which libc++ does not
+    for (std::size_t size = 0; in.good(); capacity *= 2) {
+        content.resize(capacity);
+        in.read(content.data() + size, static_cast<std::streamsize>(capacity - size));
+        size += static_cast<std::size_t>(in.gcount());
+        content.resize(size);
+    }
+    if (in.bad() || errno != 0) // a directory opens, but does not read
+        return std::nullopt;
     return content;
 }
 
-void RequireWritable(const std::string& file)
+std::string ReadFile(const std::string& file, std::ios::openmode mode)
 {
-    if (!std::fstream(file, std::ios::in | std::ios::out).is_open())
-        throw Failure(Failed, "cannot write " + file + ": " + std::generic_category().message(errno));
+    auto content = TryReadFile(file, mode);
+    if (!content)
+        throw Failure(Failed, "cannot read " + file + ": " + SystemMessage());
+    return std::move(*content);
 }
 
-TemporaryCopy::TemporaryCopy(const std::string& content)
+void RequireNoSafetyCopy(const std::string& file)
+{
+    std::error_code ignored;
+    if (fs::exists(SafetyCopy(file), ignored))
+        ThrowSafetyCopyExists(file);
+}
+
+void Rewrite(const std::string& file, const std::string& before, const std::string& text)
+{
+    if (!std::fstream(file, std::ios::in | std::ios::out).is_open())
+        throw Failure(Failed, "cannot write " + file + ": " + SystemMessage());
+
+    const std::string copy = SafetyCopy(file);
+    std::error_code error;
+    fs::copy_file(file, copy, error); // with the permissions of the file
+    if (error == std::errc::file_exists)
+        ThrowSafetyCopyExists(file);
+    std::error_code ignored;
+    if (error || TryReadFile(copy) != before) {
+        fs::remove(copy, ignored);
+        throw Failure(Failed, error ? "cannot write the safety copy " + copy + ": " + error.message()
+                                    : file + " was changed by someone else meanwhile");
+    }
+    if (const auto problem = Overwrite(file, text, {})) {
+        const std::string message = "cannot write " + file + ": " + *problem;
+        if (Overwrite(file, before, std::ios::binary))
+            throw Failure(Failed, message + ". Its former content is in " + copy);
+        fs::remove(copy, ignored);
+        throw Failure(Failed, message + ". It is as it was");
+    }
+    if (!fs::remove(copy, error))
+        throw Failure(Failed, file + " is written, but its safety copy stays: " + copy);
+}
+
+TemporaryFile::TemporaryFile(const std::string& text)
 try {
     std::random_device random;
     do
         m_folder = fs::temp_directory_path() / ("qmini-" + std::to_string(random()));
     while (!fs::create_directory(m_folder)); // false when someone else has a folder of that name
     fs::permissions(m_folder, fs::perms::owner_all);
-    std::ofstream copy(Path());
-    copy << content << std::flush;
-    if (!copy) {
+    if (!(std::ofstream(Path()) << text << std::flush)) {
         fs::remove_all(m_folder);
-        throw Failure(Failed, "cannot write a temporary copy in " + fs::temp_directory_path().string());
+        throw Failure(Failed, "cannot write a temporary file in " + fs::temp_directory_path().string());
     }
 } catch (const fs::filesystem_error& error) {
-    throw Failure(Failed, "cannot make a temporary copy: " + error.code().message());
+    throw Failure(Failed, "cannot make a temporary file: " + error.code().message());
 }
 
-TemporaryCopy::~TemporaryCopy()
+TemporaryFile::~TemporaryFile()
 {
     std::error_code ignored;
     fs::remove_all(m_folder, ignored);
+}
+
+Input::Input(const std::string& file, std::istream& standardInput) : m_name(file), m_path(file)
+{
+    if (file == "-") {
+        m_name = "standard input";
+        m_copy.emplace(std::string(std::istreambuf_iterator<char>(standardInput), {}));
+        if (standardInput.bad())
+            throw Failure(Failed, "cannot read standard input");
+    } else if (std::error_code ignored; !fs::is_regular_file(file, ignored))
+        m_copy.emplace(ReadFile(file));
+    if (m_copy)
+        m_path = m_copy->Path();
 }
 
 } // namespace qmini

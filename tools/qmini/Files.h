@@ -1,55 +1,69 @@
 #pragma once
 
 /// @file
-/// Files as qmini needs them, and how its commands fail.
+/// Reading and writing files whole.
 
 #include <filesystem>
-#include <stdexcept>
+#include <istream>
+#include <optional>
 #include <string>
 
 namespace qmini {
 
-enum ExitCode
-{
-    Done = 0,   ///< done, or found
-    Failed = 1, ///< not found, or not done
-    Misused = 2 ///< wrong usage, or a file that is no INI file
-};
+/// @param mode std::ios::binary for the bytes of the file, none for its text
+/// @return the content of a file, or nothing when it cannot be read
+std::optional<std::string> TryReadFile(const std::string& file, std::ios::openmode mode = std::ios::binary);
 
-/// Ends a command: `what` is the line for standard error.
-class Failure : public std::runtime_error
-{
-public:
-    Failure(ExitCode code, const std::string& message) : std::runtime_error(message), m_code(code) {}
-
-    ExitCode Code() const { return m_code; }
-
-private:
-    ExitCode m_code;
-};
-
-/// @return the file's text
+/// @return as `TryReadFile`
 /// @throws Failure when the file cannot be read
-std::string ReadFile(const std::string& file);
+std::string ReadFile(const std::string& file, std::ios::openmode mode = std::ios::binary);
 
-/// Makes sure that an existing file can be written, and leaves it as it is.
-/// @throws Failure when it cannot
-void RequireWritable(const std::string& file);
+/// @throws Failure when the safety copy of the file is there; see `Rewrite`
+void RequireNoSafetyCopy(const std::string& file);
 
-/// A file of its own with a given content, in a folder that only its owner may enter. Both live as long as
-/// the object.
-class TemporaryCopy
+/// Replaces the content of a file by a text, so that the user has one whole version at every moment. The file
+/// stays the same file, with its links, owner and permissions.
+///
+/// A safety copy of the file lies beside it meanwhile, named as the file with ".qmini-save" appended. It also
+/// keeps a second qmini from editing the file. What was written is read back; if it differs, the former
+/// content is put back.
+/// @param before the bytes that the file holds
+/// @throws Failure when the text is not written; the file then holds what it held before, or else the message
+///   names the safety copy, which stays
+void Rewrite(const std::string& file, const std::string& before, const std::string& text);
+
+/// A temporary file with a given text, in a folder that only its owner may enter. Both live as long as the
+/// object.
+class TemporaryFile
 {
 public:
-    explicit TemporaryCopy(const std::string& content);
-    TemporaryCopy(const TemporaryCopy&) = delete;
-    TemporaryCopy& operator=(const TemporaryCopy&) = delete;
-    ~TemporaryCopy();
+    explicit TemporaryFile(const std::string& text);
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile();
 
-    std::string Path() const { return (m_folder / "copy.ini").string(); }
+    std::string Path() const { return (m_folder / "input.ini").string(); }
 
 private:
     std::filesystem::path m_folder;
+};
+
+/// What a command reads, by a path that can be opened more than once: of the file itself, or of a copy of
+/// standard input ("-"), a pipe or the like.
+class Input
+{
+public:
+    /// @throws Failure when the file cannot be read
+    Input(const std::string& file, std::istream& standardInput);
+
+    bool IsCopy() const { return m_copy.has_value(); }
+    const std::string& Path() const { return m_path; }
+    const std::string& Name() const { return m_name; } ///< for messages
+
+private:
+    std::string m_name;
+    std::optional<TemporaryFile> m_copy;
+    std::string m_path;
 };
 
 } // namespace qmini

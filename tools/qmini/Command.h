@@ -1,0 +1,118 @@
+#pragma once
+
+/// @file
+/// The table of commands, which the command line, the help texts and the manual page are made from.
+
+#include "qmUtility/ini/INIDocument.h"
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qmini {
+
+/// What a command is called with. An argument that was not given is empty.
+struct Call
+{
+    std::string File;
+    std::string Section;
+    std::string NewSection;
+    std::string Key;
+    std::string Text; ///< the value to set, or the text of a note
+    std::optional<std::string> Default;
+    std::optional<std::string> With;
+    bool EndsWithNul = false;
+    bool Activate = false;
+    bool KeepCommented = false;
+    bool Descending = false;
+    bool DryRun = false;
+    bool Force = false;
+    bool Help = false;
+};
+
+struct Streams
+{
+    std::istream& In;
+    std::ostream& Out;
+    std::ostream& Err;
+};
+
+/// A document that is edited, and the reasons to refuse the edit unless it is forced.
+struct Editing
+{
+    INIDocument Document;
+    std::vector<std::string> Objections;
+};
+
+struct Option
+{
+    std::string_view Name;
+    std::string_view Value; ///< the word for its value; empty when it takes none
+    std::string_view Help;
+    bool Call::*Flag;                       ///< where the option goes,
+    std::optional<std::string> Call::*Text; ///< or its value
+};
+
+struct Command
+{
+    std::string_view Name;
+    std::string_view Arguments; ///< a word each; one in brackets may be left out
+    std::vector<const Option*> Options;
+    std::string_view Summary;
+    std::string_view Details;
+    void (*Run)(const Call& call, const Streams& streams); ///< null for a command that edits
+    void (*Edit)(const Call& call, Editing& editing);      ///< null for others
+};
+
+/// A paragraph or more of the help on all commands.
+struct Topic
+{
+    std::string_view Title;
+    std::string_view Text;
+};
+
+const std::vector<Command>& Commands();
+const std::vector<Topic>& Topics();
+
+std::string Pattern(const Option& option); ///< @return the option with the word for its value
+std::string Usage(const Command& command); ///< @return the pattern of the command line
+
+/// @param words the name of a command and what follows it
+/// @param hasFile whether the command's file is among the words
+/// @return the command, and the call of it
+/// @throws Failure (`Misused`) that says what is wrong
+std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, bool hasFile = true);
+
+/// Runs qmini.
+/// @param arguments the words of the command line, without the program's name
+/// @return the exit code
+int Run(const std::vector<std::string>& arguments, const Streams& streams);
+
+/// Prints a message on standard error.
+void Say(std::ostream& err, std::string_view line);
+
+/// @name The functions of the table
+/// @{
+
+void Get(const Call& call, const Streams& streams);
+void Keys(const Call& call, const Streams& streams);
+void Sections(const Call& call, const Streams& streams);
+void Show(const Call& call, const Streams& streams);
+void CheckFile(const Call& call, const Streams& streams);
+void Create(const Call& call, const Streams& streams);
+void EditBatch(const Call& call, const Streams& streams);
+void Set(const Call& call, Editing& editing);
+void Add(const Call& call, Editing& editing);
+void Delete(const Call& call, Editing& editing);
+void Rename(const Call& call, Editing& editing);
+void Comment(const Call& call, Editing& editing);
+void Uncomment(const Call& call, Editing& editing);
+void Sort(const Call& call, Editing& editing);
+void Note(const Call& call, Editing& editing);
+
+/// @}
+
+} // namespace qmini
