@@ -59,7 +59,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${debian_ver
 qm_package_documents(libqmutility-dev Development)
 
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "qmini edits INI files from the command line: it refuses edits that would lose a part of a file, and verifies others.")
+  "A command-line editor. It refuses edits that would lose a part of a file,\nand verifies others.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qmini)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (>= ${debian_version})")
