@@ -1,11 +1,17 @@
-# The target "docs": the reference of the public declarations and the documents, in docs/html of the build folder.
+# The target "docs": the documents and the reference of the public declarations as a site, in docs/html of the build
+# folder. The start page is index.html.
 # Every finding of doxygen is an error.
 find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)
   return()
 endif()
 
-set(inputs README.md CHANGELOG.md CONTRIBUTING.md docs)
+set(inputs README.md)
+foreach(document IN ITEMS # in the order of docs/README.md
+    getting-started ini-format timing frame-rate watching-files host-modules platforms benchmarks verification)
+  list(APPEND inputs docs/${document}.md)
+endforeach()
+list(APPEND inputs CONTRIBUTING.md SECURITY.md CHANGELOG.md)
 get_property(libraries GLOBAL PROPERTY QMUTILITY_LIBRARIES)
 foreach(library IN LISTS libraries)
   get_target_property(headers ${library} HEADER_SET)
@@ -13,10 +19,13 @@ foreach(library IN LISTS libraries)
 endforeach()
 
 set(DOXYGEN_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/docs")
+set(DOXYGEN_PROJECT_NUMBER "${QMUTILITY_VERSION_STRING}")
 set(DOXYGEN_USE_MDFILE_AS_MAINPAGE README.md)
-set(DOXYGEN_EXCLUDE docs/README.md)
-set(DOXYGEN_FILE_PATTERNS *.h *.md)
 set(DOXYGEN_IMAGE_PATH docs)
+# Until version 1.9.7 doxygen finds no headings of other pages. Nor does the site have folders, or files without suffix.
+set(DOXYGEN_FILTER_PATTERNS
+  [=["*.md=sed -E -e 's|(\.md)#[a-z-]+\)|\1)|g' -e 's|\[([^]]*)\]\(([a-z./]*/)?[A-Za-z]+\)|\1|g'"]=])
+set(DOXYGEN_GENERATE_TREEVIEW YES)
 set(DOXYGEN_HAVE_DOT NO)
 set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
 set(DOXYGEN_BUILTIN_STL_SUPPORT YES)

@@ -11,7 +11,8 @@ install(TARGETS ${libraries}
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Runtime NAMELINK_COMPONENT Development
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development
-  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT Development)
+  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT Development
+  INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}") # for a consumer's CMake older than 3.23, without file sets
 install(EXPORT qmUtilityTargets
   NAMESPACE qmUtility::
   DESTINATION "${package_dir}"
@@ -37,6 +38,10 @@ cmake_path(APPEND pkgconfig_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/qmutility.pc.in" "${PROJECT_BINARY_DIR}/qmutility.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/qmutility.pc" DESTINATION "${pkgconfig_dir}" COMPONENT Development)
 
-if(PROJECT_IS_TOP_LEVEL)
+if(QMUTILITY_PACKAGES)
   include("${CMAKE_CURRENT_LIST_DIR}/Packages.cmake")
+else()
+  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE"
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/qmUtility"
+    COMPONENT Development)
 endif()

@@ -1,7 +1,9 @@
 # Debian packages, built by "cmake --workflow --preset package": the libraries, named for their major version, the
 # development files, and the tool qmini.
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "qmUtility maintainers <qmutility@localhost>")
+set(CPACK_PACKAGE_CONTACT "qmUtility maintainers <maintainers@qmutility.invalid>")
+string(REPLACE "-" "~" debian_version "${QMUTILITY_VERSION_STRING}") # sorts before the release
+set(CPACK_PACKAGE_VERSION "${debian_version}")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -14,25 +16,56 @@ endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
+# Installs the documents that each package must contain.
+set(debian "${PROJECT_BINARY_DIR}/debian")
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+function(qm_package_documents package component)
+  file(WRITE "${debian}/${package}/changelog" "${package} (${debian_version}) unstable; urgency=low
+
+  * See the file CHANGELOG.md in the source.
+
+ -- ${CPACK_PACKAGE_CONTACT}  ${date}
+")
+  execute_process(COMMAND gzip -9nf "${debian}/${package}/changelog" COMMAND_ERROR_IS_FATAL ANY)
+  set(documents "${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}")
+  install(FILES "${debian}/${package}/changelog.gz" DESTINATION "${documents}" COMPONENT ${component})
+  install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${documents}" RENAME copyright COMPONENT ${component})
+endfunction()
+
 set(runtime_package libqmutility${PROJECT_VERSION_MAJOR})
+qm_package_documents(${runtime_package} Runtime)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The shared libraries.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   "${PROJECT_BINARY_DIR}/qmUtility" "${PROJECT_BINARY_DIR}/qmUtility/framework" "${PROJECT_BINARY_DIR}/qmUtility/host")
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON) # adds the trigger that updates the loader's cache
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+file(WRITE "${debian}/triggers" "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${debian}/triggers")
+file(WRITE "${debian}/lintian-overrides" "# This library calls only functions that the compiler and libm have.
+library-not-linked-against-libc [*libqmSystemInfo.so*]
+# CPack adds scripts that call ldconfig, beside the trigger.
+maintscript-calls-ldconfig *
+")
+install(FILES "${debian}/lintian-overrides" DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides"
+  RENAME ${runtime_package} COMPONENT Runtime)
 
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, the CMake package and the pkg-config file.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqmutility-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${debian_version})")
+qm_package_documents(libqmutility-dev Development)
 
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "qmini edits INI files from the command line: it refuses edits that would lose a part of a file, and verifies others.")
+  "A command-line editor. It refuses edits that would lose a part of a file,\nand verifies others.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qmini)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (>= ${debian_version})")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+if(TARGET qmini)
+  qm_package_documents(qmini Tools)
+endif()
 
 include(CPack)

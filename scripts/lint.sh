@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing and checks every source with clang-format, clang-tidy and cppcheck; any finding is an error.
+# Installs what is missing and checks every source with clang-format, clang-tidy and cppcheck, and for its licence; any
+# finding is an error.
 # "scripts/lint.sh fix" formats the sources instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -10,6 +11,13 @@ mapfile -t sources < <(git ls-files --cached --others --exclude-standard --dedup
 if [ "${1:-}" = fix ]; then
     clang-format -i "${sources[@]}"
     exit
+fi
+
+echo "== licence"
+unlicensed=$(git grep --untracked -L 'SPDX-License-Identifier: MIT' -- '*.h' '*.cpp' '*.cmake' '*.sh' || true)
+if [ -n "$unlicensed" ]; then
+    printf '%s: no "SPDX-License-Identifier: MIT"\n' $unlicensed >&2
+    exit 1
 fi
 
 echo "== clang-format"

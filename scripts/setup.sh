@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing.
 #
-#   scripts/setup.sh [lint] [bench] [docs] [windows] [fuzz] [coverage]
+#   scripts/setup.sh [GROUP...]
 #
 # Without a group: what the library, its tests, the examples and the tool need. The groups add what the script or the
 # preset of the same name needs.
@@ -16,11 +16,14 @@ for group in "$@"; do
         packages+=(crudini hyperfine)
         ;;
     docs) packages+=(doxygen) ;;
+    release) packages+=(lintian) ;; # checks the Debian packages
+    clang-libcxx) packages+=(clang-16 libc++-16-dev libc++abi-16-dev) ;;
+    aarch64) packages+=(g++-aarch64-linux-gnu qemu-user) ;;
     windows) packages+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
     fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
     *)
-        echo "setup: unknown group '$group' (lint, bench, docs, windows, fuzz, coverage)" >&2
+        echo "setup: unknown group '$group'" >&2
         exit 2
         ;;
     esac

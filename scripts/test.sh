@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds the library and runs every test with each preset that is named: release (the
-# default, with asan-ubsan), asan-ubsan, tsan, debug, or windows (under Wine).
+# default, with asan-ubsan), asan-ubsan, tsan, debug, clang-libcxx, aarch64 (under QEMU), or windows (under Wine).
 #
 #   scripts/test.sh [PRESET...]
 set -euo pipefail
@@ -10,9 +10,12 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 for preset in "$@"; do
     echo "== $preset"
-    if [ "$preset" = windows ]; then
+    case "$preset" in
+    release | clang-libcxx | aarch64) scripts/setup.sh "$preset" ;;
+    windows)
         scripts/setup.sh windows
         timeout 300 scripts/wine.sh cmd /c ver # creates the prefix, which takes longer than a test may
-    fi
+        ;;
+    esac
     cmake --workflow --preset "$preset"
 done

@@ -6,7 +6,8 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <thread>
+#include <future>
+#include <string>
 #include <vector>
 
 namespace {
@@ -17,9 +18,9 @@ using Threads = TemporaryFolder;
 template <class Run>
 void InEachThread(Run run)
 {
-    std::vector<std::jthread> threads;
+    std::vector<std::future<void>> threads; // their destructors wait
     for (std::size_t i = 0; i != 8; ++i)
-        threads.emplace_back(run, i);
+        threads.push_back(std::async(std::launch::async, run, i));
 }
 
 TEST_F(Threads, EachEditsAFileOfItsOwn)

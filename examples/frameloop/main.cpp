@@ -83,7 +83,7 @@ Options ParseArguments(const std::vector<std::string>& arguments)
         if (word == "--help")
             options.Help = true;
         else if (word == "--frames" && i + 1 != arguments.size())
-            options.Frames = ParseNumber(word, arguments[++i], 1, INT_MAX);
+            options.Frames = static_cast<unsigned long>(ParseNumber(word, arguments[++i], 1, INT_MAX));
         else if (word == "--seconds" && i + 1 != arguments.size())
             options.Seconds = ParseNumber(word, arguments[++i], 1, INT_MAX);
         else if (word[0] == '-')
@@ -200,7 +200,9 @@ std::wstring DrawBalls(double seconds, int balls)
     for (int ball = 0; ball != balls; ++ball) {
         const double right = 0.5 + 0.5 * std::sin(seconds * (0.4 + 0.13 * ball) + ball);
         const double down = 1 - std::abs(std::sin(seconds * (1.5 + 0.07 * ball) + ball));
-        rows[std::lround(down * (Rows - 1))][std::lround(right * (Columns - 1))] = L'o';
+        const auto row = static_cast<std::size_t>(std::lround(down * (Rows - 1)));
+        const auto column = static_cast<std::size_t>(std::lround(right * (Columns - 1)));
+        rows[row][column] = L'o';
     }
     std::wstring picture;
     for (const std::wstring& row : rows)

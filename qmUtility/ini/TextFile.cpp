@@ -1,6 +1,7 @@
 #include "qmUtility/ini/TextFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <filesystem>
 #include <type_traits>
@@ -60,9 +61,14 @@ std::optional<Text<char>> Read(const Path& path)
     std::size_t capacity = FirstCapacity;
     Text<char> bytes(capacity);
     for (;;) {
+        errno = 0; // tells a read error from the end of the file, which libc++ does not
         stream.read(bytes.Data.get() + bytes.Size, static_cast<std::streamsize>(capacity - bytes.Size));
         bytes.Size += static_cast<std::size_t>(stream.gcount());
-        if (stream.bad())
+        if (errno == EINTR) { // nothing is lost: goes on where it was interrupted
+            stream.clear();
+            continue;
+        }
+        if (stream.bad() || errno != 0)
             return std::nullopt;
         if (stream.eof())
             return bytes;

@@ -4,8 +4,14 @@
 #include "qmUtility/platform/Kernel.h"
 #include "qmUtility/platform/WidePrint.h"
 
+#include <cfloat>
 #include <cstdarg>
 #include <cstddef>
+
+// A stopwatch runs while its end mark equals a sum, exactly. `FLT_EVAL_METHOD` is negative where it varies.
+#if FLT_EVAL_METHOD < 0 || FLT_EVAL_METHOD == 2
+#error "CQMTimer needs arithmetic in the precision of double: on 32-bit x86, -msse2 -mfpmath=sse"
+#endif
 
 namespace {
 

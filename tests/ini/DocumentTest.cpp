@@ -1,6 +1,7 @@
 #include "qmUtility/ini/INIDocument.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <codecvt>
 #include <locale>
 #include <stdexcept>
 
@@ -104,7 +105,8 @@ TEST_F(Document, ManyEditsKeepWhatIsInUse)
 
 TEST_F(Document, SavesByTheLocaleThatWasGlobalWhenItWasLoaded)
 {
-    const std::locale before = std::locale::global(std::locale("C.UTF-8"));
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new std::codecvt_utf8<wchar_t>));
     WINIDocument document;
     EXPECT_TRUE(document.Load((Write("[S]\nk=\u00E4\n"), WidePath("test.ini"))));
     std::locale::global(before);

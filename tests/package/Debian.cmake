@@ -1,8 +1,9 @@
-# Builds the Debian packages in a folder of their own, checks their control fields and contents, and unpacks them.
+# Builds the Debian packages in a folder of their own, checks them, and unpacks them.
 function(run)
   execute_process(COMMAND ${ARGV} WORKING_DIRECTORY "${SOURCE_DIR}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
 endfunction()
 
+string(REPLACE "-" "~" VERSION "${VERSION}")
 file(GLOB former "${BINARY_DIR}/*.deb")
 if(former)
   file(REMOVE ${former})
@@ -11,6 +12,10 @@ run("${CMAKE_COMMAND}" --preset package -B "${BINARY_DIR}")
 run("${CMAKE_COMMAND}" --build "${BINARY_DIR}")
 cmake_path(GET CMAKE_COMMAND PARENT_PATH tools)
 run("${tools}/cpack" --config "${BINARY_DIR}/CPackConfig.cmake" -B "${BINARY_DIR}")
+if(LINTIAN)
+  file(GLOB packages "${BINARY_DIR}/*.deb")
+  execute_process(COMMAND "${LINTIAN}" --allow-root --fail-on error,warning ${packages} COMMAND_ERROR_IS_FATAL ANY)
+endif()
 
 # expect(<package> <field> <regular expression>)
 function(expect package field pattern)

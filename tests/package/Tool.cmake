@@ -7,7 +7,7 @@ function(expect pattern)
 endfunction()
 
 set(ENV{PATH} "${ROOT}/bin:$ENV{PATH}")
-expect("^qmini [0-9.]+\n$" qmini --version)
+expect("^qmini [0-9.]+[-a-z]*\n$" qmini --version)
 find_program(BASH bash)
 if(BASH)
   set(complete "source '${ROOT}/share/bash-completion/completions/qmini'

@@ -53,18 +53,21 @@ std::optional<std::string> Overwrite(const std::string& file, const std::string&
 std::optional<std::string> TryReadFile(const std::string& file, std::ios::openmode mode)
 {
     std::ifstream in(file, mode | std::ios::in);
+    if (!in.is_open())
+        return std::nullopt;
     constexpr std::size_t least = 4096;
     std::string content;
     std::error_code unknown; // of a pipe, for example
     const std::uintmax_t reported = fs::file_size(file, unknown);
     std::size_t capacity = unknown ? least : std::max(static_cast<std::size_t>(reported) + 1, least);
+    errno = 0; // tells a read error from the end of the file, which libc++ does not
     for (std::size_t size = 0; in.good(); capacity *= 2) {
         content.resize(capacity);
         in.read(content.data() + size, static_cast<std::streamsize>(capacity - size));
         size += static_cast<std::size_t>(in.gcount());
         content.resize(size);
     }
-    if (!in.is_open() || in.bad()) // a directory opens, but does not read
+    if (in.bad() || errno != 0) // a directory opens, but does not read
         return std::nullopt;
     return content;
 }
