@@ -1,9 +1,11 @@
 #include "qmini/Document.h"
 
+#include "qmUtility/ini/Grammar.h"
 #include "qmini/Check.h"
 #include "qmini/Difference.h"
-#include "qmini/Failure.h"
 
+#include <algorithm>
+#include <cctype>
 #include <ostream>
 #include <stdexcept>
 
@@ -57,6 +59,48 @@ INIDocument Load(const Input& input)
             throw Failure(Failed, Message(input, finding));
     }
     throw Failure(Failed, "cannot read " + input.Name());
+}
+
+std::optional<std::string> SimilarName(const INIDocument& document, std::string_view key,
+                                       std::string_view section, bool ignoresCase)
+{
+    const auto isSame = [ignoresCase](unsigned char a, unsigned char b) {
+        return a == b || (ignoresCase && std::tolower(a) == std::tolower(b));
+    };
+    const auto wanted = ini::Trimmed(key.empty() ? section : key);
+    for (const auto& record : document) {
+        const std::string_view name = key.empty() ? record.Section : record.Key;
+        if ((key.empty() || (record.Section == section && !name.empty())) &&
+            std::ranges::equal(ini::Trimmed(name), wanted, isSame))
+            return std::string(name);
+    }
+    return std::nullopt;
+}
+
+void Require(const INIDocument& document, std::string_view key, std::string_view section,
+             const std::string& file)
+{
+    const bool hasSection = document.SectionExists(section);
+    if (hasSection && (key.empty() || document.RecordExists(key, section)))
+        return;
+    if (!hasSection)
+        key = {};
+    const std::string where = "section " + Quoted(section);
+    const auto similar = SimilarName(document, key, section, true);
+    throw Failure(Failed,
+                  "no " + (key.empty() ? where + " in " : "key " + Quoted(key) + " in " + where + " of ") +
+                      file + (similar ? "; did you mean " + Quoted(*similar) + '?' : ""));
+}
+
+std::optional<bool> IsCommentedOut(const INIDocument& document, std::string_view key,
+                                   std::string_view section)
+{
+    const auto isKey = [&](const auto& record) { return record.Key == key && record.Section == section; };
+    const auto first = std::find_if(document.begin(), document.end(), isKey);
+    if (first == document.end() || first->Commented == ' ')
+        return std::nullopt;
+    return std::any_of(first, document.end(),
+                       [&](const auto& record) { return record.Commented == ' ' && isKey(record); });
 }
 
 void EditFile(const Call& call, const Streams& streams, const std::function<void(Editing&)>& edit)
