@@ -11,7 +11,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/uio.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -86,11 +85,6 @@ extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
     return Call(&write, "write", -1, ENOSPC, file, buffer, isReluctant ? 1 : size);
 }
 
-extern "C" ssize_t writev(int file, const iovec* parts, int count)
-{
-    return Call(&writev, "writev", -1, ENOSPC, file, parts, count);
-}
-
 extern "C" off64_t lseek64(int file, off64_t offset, int from) noexcept
 {
     return Call(&lseek64, "lseek64", -1, ESPIPE, file, offset, from);
@@ -150,8 +144,7 @@ void operator delete[](void* memory, std::size_t) noexcept { operator delete(mem
 
 namespace {
 
-std::wstring Wide(const std::string& path) { return {path.begin(), path.end()}; }
-CQMFileCheck Watch(const std::string& path) { return CQMFileCheck(Wide(path).c_str()); }
+CQMFileCheck Watch(const std::string& path) { return CQMFileCheck(Widen(path).c_str()); }
 
 struct Operation
 {
@@ -161,34 +154,22 @@ struct Operation
     std::function<std::size_t(const std::string& path)> Run;
 };
 
+// Edits differ only in what they do to the document; see `AnEditOfADocumentIsDoneOrNot`.
 const std::vector<Operation> Operations = {
     {"GetValue", [](auto& p) { return INIParser::GetValue("l", "S", p).size(); }},
-    {"wide GetValue", [](auto& p) { return INIParser::GetValue(L"l", L"S", Wide(p)).size(); }},
+    {"wide GetValue", [](auto& p) { return INIParser::GetValue(L"l", L"S", Widen(p)).size(); }},
     {"GetRecord", [](auto& p) { return INIParser::GetRecord("k", "S", p).size(); }},
     {"GetSection", [](auto& p) { return INIParser::GetSection("S", p).size(); }},
-    {"GetSectionNames", [](auto& p) { return INIParser::GetSectionNames(p).size(); }},
     {"RecordExists", [](auto& p) { return INIParser::RecordExists("x", "S", p); }},
-    {"wide RecordExists", [](auto& p) { return INIParser::RecordExists(L"x", L"S", Wide(p)); }},
-    {"SectionExists", [](auto& p) { return INIParser::SectionExists("x", p); }},
-    {"wide SectionExists", [](auto& p) { return INIParser::SectionExists(L"x", Wide(p)); }},
+    {"wide SectionExists", [](auto& p) { return INIParser::SectionExists(L"x", Widen(p)); }},
     {"Content", [](auto& p) { return INIParser::Content(p).size(); }},
     {"Create", [](auto& p) { return INIParser::Create(p); }},
     {"Sort", [](auto& p) { return INIParser::Sort(p, true); }},
     {"SetValue", [](auto& p) { return INIParser::SetValue("k", "2", "S", p); }},
-    {"SetValue, new key", [](auto& p) { return INIParser::SetValue("x", "2", "S", p); }},
     {"SetValue, new section", [](auto& p) { return INIParser::SetValue("x", "2", "X", p); }},
-    {"wide SetValue", [](auto& p) { return INIParser::SetValue(L"k", L"2", L"S", Wide(p)); }},
-    {"wide SetValue, new section", [](auto& p) { return INIParser::SetValue(L"x", L"2", L"X", Wide(p)); }},
-    {"AddSection", [](auto& p) { return INIParser::AddSection("X", p); }},
-    {"DeleteRecord", [](auto& p) { return INIParser::DeleteRecord("k", "S", p); }},
-    {"DeleteSection", [](auto& p) { return INIParser::DeleteSection("S", p); }},
+    {"wide SetValue", [](auto& p) { return INIParser::SetValue(L"k", L"2", L"S", Widen(p)); }},
     {"RenameSection", [](auto& p) { return INIParser::RenameSection("S", "X", p); }},
-    {"CommentRecord", [](auto& p) { return INIParser::CommentRecord(INIParser::Hash, "k", "S", p); }},
-    {"CommentSection", [](auto& p) { return INIParser::CommentSection(';', "S", p); }},
-    {"UnCommentRecord", [](auto& p) { return INIParser::UnCommentRecord("k", "S", p); }},
-    {"UnCommentSection", [](auto& p) { return INIParser::UnCommentSection("S", p); }},
     {"SetRecordComments", [](auto& p) { return INIParser::SetRecordComments("; x", "k", "S", p); }},
-    {"SetSectionComments", [](auto& p) { return INIParser::SetSectionComments("; x", "S", p); }},
 };
 
 const std::vector<Operation> WatchOperations = {
@@ -198,7 +179,7 @@ const std::vector<Operation> WatchOperations = {
     {"watch list",
      [](auto& p) {
          CQMFileCheckAPI::Initialize();
-         CQMFileCheckAPI::AddWatchDog(Wide(p).c_str());
+         CQMFileCheckAPI::AddWatchDog(Widen(p).c_str());
          CQMFileCheckAPI::Enable(true);
          return CQMFileCheckAPI::Check();
      }},
@@ -230,15 +211,14 @@ protected:
     }
 
     /// Fails an operation's n-th call, for every n until it makes no more.
-    /// @return how many calls it makes.
-    int FailEach(const Operation& operation) const
+    void FailEach(const Operation& operation) const
     {
         const auto [good, edited] = Run(operation);
         for (int n = 0;; ++n) {
             failed = {};
             const auto [result, after] = Run(operation, n);
             if (failed.empty())
-                return n;
+                return;
             const bool isWrite = failed.starts_with("write");
             bool isAsDocumented = false;
             if (result == Threw)
@@ -274,7 +254,6 @@ protected:
 TEST_F(Faults, EachCallOfEachOperationFails)
 {
     const int nextDescriptor = NextDescriptor();
-    int points = 0;
     const std::tuple<bool, const char*, std::size_t> rounds[] = {
         {false, "C", 10},
         {true, "C", 10},
@@ -287,11 +266,10 @@ TEST_F(Faults, EachCallOfEachOperationFails)
         m_text = TextWith(length);
         for (const auto* const list : {&Operations, &WatchOperations})
             for (const Operation& operation : *list)
-                points += FailEach(operation);
+                FailEach(operation);
         std::locale::global(before);
     }
     EXPECT_EQ(NextDescriptor(), nextDescriptor) << "a descriptor was left open";
-    std::printf("%d calls failed\n", points);
 }
 
 TEST_F(Faults, EachOperationReadsItsFileOnce)
@@ -352,7 +330,7 @@ TEST_F(Faults, EachRecordIsFlushed)
     writes = 0;
     EXPECT_TRUE(INIParser::SetValue("a", "2", "S", m_path));
     EXPECT_EQ(std::exchange(writes, 0), 3);
-    EXPECT_TRUE(INIParser::SetValue(L"a", L"3", L"T", Wide(m_path)));
+    EXPECT_TRUE(INIParser::SetValue(L"a", L"3", L"T", Widen(m_path)));
     EXPECT_EQ(writes, 5);
 }
 

@@ -59,6 +59,47 @@ private:
     ini::Encoding<Char> m_encoding;
 };
 
+/// A text in memory that takes the place of an `Output`.
+template <class Char>
+struct TextOutput
+{
+    std::basic_string<Char> Text = {};
+
+    template <class Piece>
+    TextOutput& operator<<(Piece piece)
+    {
+        Text += piece;
+        return *this;
+    }
+    void Flush() {}
+};
+
+/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one does
+/// not, and has an empty line between a section's comments and its header, for each section but the first.
+template <class Char, class Target>
+void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, Target& out)
+{
+    constexpr bool isNarrow = std::is_same_v<Char, char>;
+    bool isFirstSection = true;
+    for (const auto& record : records) {
+        const bool isSection = record.Key.empty();
+        out << record.Comments;
+        if (!isNarrow && isSection) {
+            if (!isFirstSection)
+                out << Char('\n');
+            isFirstSection = false;
+        }
+        if (isNarrow || record.Commented != ' ')
+            out << record.Commented;
+        if (isSection)
+            out << Char('[') << record.Section << Char(']');
+        else
+            out << record.Key << Char('=') << record.Value;
+        out << Char('\n');
+        out.Flush(); // for each record, so that what is written survives the host
+    }
+}
+
 /// @return whether a range of comment lines is as `NormalizedComments` makes it.
 template <class Char>
 bool IsNormalized(std::basic_string_view<Char> comments)
@@ -121,36 +162,23 @@ bool BasicINIDocument<Char>::Load(const String& path)
     return true;
 }
 
-/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one
-/// does not, and has an empty line between a section's comments and its header, for each section but the
-/// first.
 template <class Char>
 bool BasicINIDocument<Char>::Save(const String& path) const
 {
-    constexpr bool isNarrow = std::is_same_v<Char, char>;
     Output<Char> file(path, m_locale);
     if (!file.IsOpen())
         return false;
-    bool isFirstSection = true;
-    for (const RecordView& record : m_records) {
-        const bool isSection = record.Key.empty();
-        file << record.Comments;
-        if (!isNarrow && isSection) {
-            if (!isFirstSection)
-                file << Char('\n');
-            isFirstSection = false;
-        }
-        if (isNarrow || record.Commented != ' ')
-            file << record.Commented;
-        if (isSection)
-            file << Char('[') << record.Section << Char(']');
-        else
-            file << record.Key << Char('=') << record.Value;
-        file << Char('\n');
-        file.Flush(); // for each record, so that what is written survives the host
-    }
+    WriteRecords(m_records, file);
     file.Finish();
     return true;
+}
+
+template <class Char>
+std::basic_string<Char> BasicINIDocument<Char>::SavedText() const
+{
+    TextOutput<Char> text;
+    WriteRecords(m_records, text);
+    return std::move(text.Text);
 }
 
 template <class Char>

@@ -63,6 +63,9 @@ public:
     /// @return false when the file cannot be opened for writing. Errors after that are not detected.
     bool Save(const String& path) const;
 
+    /// @return the text that `Save` writes, with "\n" for each newline.
+    String SavedText() const;
+
     /// @return the document as text; see `INIParser::Content`.
     String Content() const;
 

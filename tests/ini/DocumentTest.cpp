@@ -42,7 +42,8 @@ TEST_F(Document, StaysAsItWasWhenLoadingFails)
 
 TEST_F(Document, IteratesOverItsRecords)
 {
-    const INIDocument document = Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\njunk\n; e\n#l= 2\njunk\n");
+    const INIDocument document =
+        Load("k=1\n ; a\n\n#b \njunk\n[S]\n; c\r\n;[T]\n; d\njunk\n; e\n#l= 2\njunk\n");
     std::string all;
     for (const auto& [comments, commented, section, key, value] : document)
         (((((all += comments) += commented) += section) += '|') += key) += '|' + std::string(value) + '\n';
@@ -58,6 +59,7 @@ TEST_F(Document, EditsAreNotParsed)
     EXPECT_EQ(document.GetRecord("k", "S").at(0).Comments, "no comment\n");
     EXPECT_TRUE(document.Save(Path("test.ini")));
     EXPECT_EQ(Read(Path("test.ini")), " [S]\nno comment\n k=a[0]\n");
+    EXPECT_EQ(document.SavedText(), Read(Path("test.ini")));
     EXPECT_TRUE(document.Load(Path("test.ini")));
     EXPECT_FALSE(document.RecordExists("k", "S"));
     EXPECT_TRUE(document.SectionExists("=a[0"));

@@ -62,18 +62,10 @@ protected:
             EXPECT_EQ(edit.OfDocument(document), result);
             EXPECT_EQ(edit.OfWideDocument(wide), result);
             const std::string content = document.Content();
-            EXPECT_EQ(wide.Content(), Wide(content));
+            EXPECT_EQ(wide.Content(), Widen(content));
             EXPECT_TRUE(!result || document.Save(path));
             EXPECT_EQ(Read(path), after);
         }
-    }
-
-    static std::wstring Wide(const std::string& bytes)
-    {
-        std::wstring wide;
-        for (const char c : bytes)
-            wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
-        return wide;
     }
 };
 

@@ -50,9 +50,7 @@ TEST_F(Files, EveryByteSurvivesBothWidths)
     while (all.size() < 5000) // more than is converted in one go
         all += all;
     all += '.'; // no blank at the end
-    std::wstring wide;
-    for (const char c : all)
-        wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
+    const std::wstring wide = Widen(all);
     const std::string path = Write("[S]\nk=" + all + "\nx=\n");
 
     EXPECT_EQ(INIParser::GetValue("k", "S", path), all);

@@ -15,8 +15,6 @@ protected:
         ASSERT_TRUE(m_document.Load(m_path) && m_wideDocument.Load(m_widePath));
     }
 
-    static std::wstring Wide(const std::string& text) { return {text.begin(), text.end()}; }
-
     template <class Char>
     static std::basic_string<Char> Flat(const std::vector<INIParser::BasicRecord<Char>>& records)
     {
@@ -56,12 +54,12 @@ TEST_F(Lookups, FindTheFirstMatch)
     };
     for (const auto& [key, section, record] : cases) {
         SCOPED_TRACE(std::string(section) + '/' + key);
-        const std::wstring wideKey = Wide(key);
-        const std::wstring wideSection = Wide(section);
+        const std::wstring wideKey = Widen(key);
+        const std::wstring wideSection = Widen(section);
         EXPECT_EQ(Flat(INIParser::GetRecord(key, section, m_path)), record);
-        EXPECT_EQ(Flat(INIParser::GetRecord(wideKey, wideSection, m_widePath)), Wide(record));
+        EXPECT_EQ(Flat(INIParser::GetRecord(wideKey, wideSection, m_widePath)), Widen(record));
         EXPECT_EQ(Flat(m_document.GetRecord(key, section)), record);
-        EXPECT_EQ(Flat(m_wideDocument.GetRecord(wideKey, wideSection)), Wide(record));
+        EXPECT_EQ(Flat(m_wideDocument.GetRecord(wideKey, wideSection)), Widen(record));
 
         const bool exists = *record != 0;
         EXPECT_EQ(INIParser::RecordExists(key, section, m_path), exists);
@@ -70,7 +68,7 @@ TEST_F(Lookups, FindTheFirstMatch)
 
         const std::string value = exists ? INIParser::GetRecord(key, section, m_path).at(0).Value : "";
         EXPECT_EQ(INIParser::GetValue(key, section, m_path), value);
-        EXPECT_EQ(INIParser::GetValue(wideKey, wideSection, m_widePath), Wide(value));
+        EXPECT_EQ(INIParser::GetValue(wideKey, wideSection, m_widePath), Widen(value));
         EXPECT_EQ(m_document.GetValue(key, section), value);
     }
 }
@@ -95,7 +93,7 @@ TEST_F(Lookups, ListSectionsAndKeys)
     for (const auto& [section, exists] : std::map<std::string, bool>{
              {"S", true}, {"Old", true}, {"", true}, {"s", false}, {"S ", false}, {"none", false}}) {
         EXPECT_EQ(INIParser::SectionExists(section, m_path), exists) << section;
-        EXPECT_EQ(INIParser::SectionExists(Wide(section), m_widePath), exists) << section;
+        EXPECT_EQ(INIParser::SectionExists(Widen(section), m_widePath), exists) << section;
         EXPECT_EQ(m_document.SectionExists(section), exists) << section;
     }
 }

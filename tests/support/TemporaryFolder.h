@@ -8,6 +8,15 @@
 #include <random>
 #include <string>
 
+/// @return the text with each byte as the `wchar_t` of the same value.
+inline std::wstring Widen(const std::string& bytes)
+{
+    std::wstring wide;
+    for (const char c : bytes)
+        wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
+    return wide;
+}
+
 /// A test with a folder of its own, which is removed afterwards.
 class TemporaryFolder : public testing::Test
 {
