@@ -18,21 +18,6 @@ std::string Message(const Input& input, const Finding& finding)
     return input.Name() + ':' + std::to_string(finding.Line) + ": " + finding.Text;
 }
 
-/// @return what `INIDocument::Save` writes.
-std::string SavedText(const INIDocument& document)
-{
-    std::string text;
-    for (const auto& record : document) {
-        (text += record.Comments) += record.Commented;
-        if (record.Key.empty())
-            ((text += '[') += record.Section) += ']';
-        else
-            ((text += record.Key) += '=') += record.Value;
-        text += '\n';
-    }
-    return text;
-}
-
 [[noreturn]] void Refuse(const std::string& name, std::vector<std::string> objections)
 {
     constexpr std::size_t shown = 10;
@@ -120,7 +105,7 @@ void EditFile(const Call& call, const Streams& streams, const std::function<void
     }
     editing.Document = Load(input);
     edit(editing);
-    const std::string text = SavedText(editing.Document);
+    const std::string text = editing.Document.SavedText();
 
     if (call.DryRun)
         streams.Out << UnifiedDifference(input.Name(), ReadFile(input.Path(), {}), text);
