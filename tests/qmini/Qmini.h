@@ -3,7 +3,6 @@
 #include "qmini/Command.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <algorithm>
 #include <sstream>
 
 /// Runs qmini in a folder of its own.
@@ -17,12 +16,13 @@ protected:
     ///   then, after a "<", the standard input
     int Run(const std::string& call)
     {
-        const std::size_t end = std::min(call.find('<'), call.size());
-        std::istringstream words(call.substr(0, end));
+        std::istringstream in(call);
+        std::string line;
+        std::getline(in, line, '<');
+        std::istringstream words(line);
         std::vector<std::string> arguments;
         for (std::string word; std::getline(words, word, '|');)
             arguments.push_back(word);
-        std::istringstream in(call.substr(std::min(end + 1, call.size())));
         std::ostringstream out;
         const int code = qmini::Run(arguments, {in, out, out});
         m_said = out.str();
