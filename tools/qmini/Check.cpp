@@ -17,8 +17,6 @@ using ini::LineKind;
 using ini::Trimmed;
 using Line = ini::Line<char>;
 
-bool Contains(std::string_view text, char wanted) { return text.find(wanted) != std::string_view::npos; }
-
 /// Reads a file's lines one after another and collects what there is to say about them.
 class Checker
 {
@@ -97,7 +95,9 @@ private:
         if (!line.Key.empty())
             Add(Kind::Loss,
                 {"header with \"=\" in its name: an edit turns it into the key line \"", line.Section, "\"",
-                 Contains(line.Section, '[') ? ", after which no operation can read the file" : ""});
+                 line.Section.find('[') != std::string_view::npos
+                     ? ", after which no operation can read the file"
+                     : ""});
     }
 
     void AddKey(const Line& line)
@@ -107,8 +107,6 @@ private:
                 {"no key before \"=\": an edit turns the line into the header \"[", m_section, "]\""});
             return; // the library takes it for a header already
         }
-        if (m_least > Kind::Oddity)
-            return;
         if (line.Commented != ' ' && Trimmed(line.Key).find_first_of(" \t") != std::string_view::npos)
             Add(Kind::Oddity, {"comment with \"=\": read as the commented-out key \"", line.Key, "\""});
         else if (Trimmed(line.Key) != line.Key || Trimmed(line.Value) != line.Value)

@@ -1,12 +1,13 @@
 #pragma once
 
 /// @file
-/// The table of commands, which the command line, the help texts and the manual page are made from.
+/// The table of commands, from which the command line, the help texts and the manual page are made.
 
 #include "qmUtility/ini/INIDocument.h"
 
 #include <iosfwd>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,6 +32,26 @@ struct Call
     bool DryRun = false;
     bool Force = false;
     bool Help = false;
+};
+
+enum ExitCode
+{
+    Done = 0,
+    Failed = 1,  ///< failed, or not found
+    Misused = 2, ///< a command line that is wrong
+    Refused = 3, ///< an edit that would change more than it was asked to
+};
+
+/// Ends a command. `what` is the line for standard error, without the program's name.
+struct Failure : std::runtime_error
+{
+    /// @param details lines that follow the message
+    Failure(ExitCode code, const std::string& message, std::vector<std::string> details = {})
+        : std::runtime_error(message), Code(code), Details(std::move(details))
+    {}
+
+    ExitCode Code;
+    std::vector<std::string> Details;
 };
 
 struct Streams
@@ -58,13 +79,13 @@ struct Option
 
 struct Command
 {
+    void (*Run)(const Call& call, const Streams& streams); ///< null for a command that edits
+    void (*Edit)(const Call& call, Editing& editing);      ///< null for others
     std::string_view Name;
     std::string_view Arguments; ///< a word each; one in brackets may be left out
     std::vector<const Option*> Options;
     std::string_view Summary;
     std::string_view Details;
-    void (*Run)(const Call& call, const Streams& streams); ///< null for a command that edits
-    void (*Edit)(const Call& call, Editing& editing);      ///< null for others
 };
 
 /// A paragraph or more of the help on all commands.
@@ -82,7 +103,7 @@ std::string Usage(const Command& command); ///< @return the pattern of the comma
 
 /// @param words the name of a command and what follows it
 /// @param hasFile whether the command's file is among the words
-/// @return the command, and the call of it
+/// @return the command, and its call
 /// @throws Failure (`Misused`) that says what is wrong
 std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, bool hasFile = true);
 
@@ -93,6 +114,8 @@ int Run(const std::vector<std::string>& arguments, const Streams& streams);
 
 /// Prints a message on standard error.
 void Say(std::ostream& err, std::string_view line);
+
+std::string Quoted(std::string_view text);
 
 /// @name The functions of the table
 /// @{

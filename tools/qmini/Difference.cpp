@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <functional>
-#include <ostream>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -16,7 +14,6 @@ namespace qmini {
 namespace {
 
 using Texts = std::vector<std::string_view>;
-using Lines = Texts::const_iterator;
 
 /// The lines of a text, each with its newline: a last line without one differs from the same line with one.
 Texts SplitLines(std::string_view text)
@@ -46,14 +43,14 @@ private:
     std::size_t* m_left = nullptr;
 };
 
-/// A line of one or both texts, and whether it is added, deleted or common.
-using Step = std::pair<std::string_view, dtl::edit_t>;
+/// A line, and its mark in a difference: added "+", deleted "-" or common " ".
+struct Step
+{
+    char Mark;
+    std::string_view Line;
+};
 
-bool IsChange(const Step& step) { return step.second != dtl::SES_COMMON; }
-bool IsDeleted(const Step& step) { return step.second == dtl::SES_DELETE; }
-bool IsAdded(const Step& step) { return step.second == dtl::SES_ADD; }
-
-/// @return the steps from one text to another: few ones, or else all lines of both where too many differ.
+/// @return the steps from one text to another: as few as possible, or all lines of both where too many differ.
 std::vector<Step> FindSteps(const Texts& before, const Texts& after)
 {
     const auto [beginBefore, beginAfter] = std::ranges::mismatch(before, after);
@@ -62,11 +59,11 @@ std::vector<Step> FindSteps(const Texts& before, const Texts& after)
     const auto [endBefore, endAfter] = std::pair(fromEnd.first.base(), fromEnd.second.base());
 
     std::vector<Step> steps;
-    const auto add = [&](Lines begin, Lines end, dtl::edit_t kind) {
-        std::transform(begin, end, std::back_inserter(steps),
-                       [kind](std::string_view line) { return Step(line, kind); });
+    const auto add = [&](char mark, Texts::const_iterator begin, Texts::const_iterator end) {
+        for (; begin != end; ++begin)
+            steps.push_back({mark, *begin});
     };
-    add(before.begin(), beginBefore, dtl::SES_COMMON);
+    add(' ', before.begin(), beginBefore);
     std::size_t left = 200'000;
     // Its own hunks have wrong line numbers once the texts differ much, so they are made here.
     dtl::Diff<std::string_view, Texts, BoundedCompare> difference(
@@ -74,19 +71,19 @@ std::vector<Step> FindSteps(const Texts& before, const Texts& after)
     difference.compose();
     if (left != 0) {
         for (const auto& [line, info] : difference.getSes().getSequence())
-            steps.emplace_back(line, info.type);
+            steps.push_back({"- +"[info.type + 1], line});
     } else {
-        add(beginBefore, endBefore, dtl::SES_DELETE);
-        add(beginAfter, endAfter, dtl::SES_ADD);
+        add('-', beginBefore, endBefore);
+        add('+', beginAfter, endAfter);
     }
-    add(endBefore, before.end(), dtl::SES_COMMON);
+    add(' ', endBefore, before.end());
     return steps;
 }
 
-/// Prints one side of a hunk's header. A side without lines stands behind the line before it.
-void PrintRange(std::ostream& out, std::ptrdiff_t firstLine, std::ptrdiff_t lines)
+/// @return one side of a hunk's header. A side without lines is at the line before it.
+std::string Range(std::ptrdiff_t firstLine, std::ptrdiff_t lines)
 {
-    out << (lines == 0 ? firstLine - 1 : firstLine) << ',' << lines;
+    return std::to_string(lines == 0 ? firstLine - 1 : firstLine) + ',' + std::to_string(lines);
 }
 
 } // namespace
@@ -103,35 +100,30 @@ std::string UnifiedDifference(const std::string& name, const std::string& before
     out << "--- " << name << end << "+++ " << name << end;
 
     constexpr std::ptrdiff_t context = 3;
+    const auto isChange = [](const Step& step) { return step.Mark != ' '; };
+    const auto isDeleted = [](const Step& step) { return step.Mark == '-'; };
     std::ptrdiff_t lineBefore = 1;
     std::ptrdiff_t lineAfter = 1;
     auto at = steps.begin();
-    for (auto change = at; (change = std::find_if(at, steps.end(), IsChange)) != steps.end();) {
+    for (auto change = at; (change = std::find_if(at, steps.end(), isChange)) != steps.end();) {
         const auto first = change - std::min(context, change - at);
         // Changes whose context would touch share a hunk; within one, deleted lines come before added ones.
         auto last = change;
         while (change != steps.end() && change - last <= 2 * context) {
-            last = std::find_if_not(change, steps.end(), IsChange);
-            std::stable_partition(change, last, IsDeleted);
-            change = std::find_if(last, steps.end(), IsChange);
+            last = std::find_if_not(change, steps.end(), isChange);
+            std::stable_partition(change, last, isDeleted);
+            change = std::find_if(last, steps.end(), isChange);
         }
         last += std::min(context, steps.end() - last);
 
         lineBefore += first - at;
         lineAfter += first - at;
-        const auto linesBefore = std::count_if(first, last, std::not_fn(IsAdded));
-        const auto linesAfter = std::count_if(first, last, std::not_fn(IsDeleted));
-        out << "@@ -";
-        PrintRange(out, lineBefore, linesBefore);
-        out << " +";
-        PrintRange(out, lineAfter, linesAfter);
-        out << " @@\n";
-        for (at = first; at != last; ++at) {
-            const std::string_view line = at->first;
-            out << (IsAdded(*at) ? '+' : IsDeleted(*at) ? '-' : ' ') << line;
-            if (line.back() != '\n')
-                out << "\n\\ No newline at end of file\n";
-        }
+        const auto linesBefore = last - first - std::ranges::count(first, last, '+', &Step::Mark);
+        const auto linesAfter = last - first - std::ranges::count(first, last, '-', &Step::Mark);
+        out << "@@ -" << Range(lineBefore, linesBefore) << " +" << Range(lineAfter, linesAfter) << " @@\n";
+        for (at = first; at != last; ++at)
+            out << at->Mark << at->Line
+                << (at->Line.ends_with('\n') ? "" : "\n\\ No newline at end of file\n");
         lineBefore += linesBefore;
         lineAfter += linesAfter;
     }

@@ -1,9 +1,11 @@
 #include "qmini/Document.h"
 
+#include "qmUtility/ini/Grammar.h"
 #include "qmini/Check.h"
 #include "qmini/Difference.h"
-#include "qmini/Failure.h"
 
+#include <algorithm>
+#include <cctype>
 #include <ostream>
 #include <stdexcept>
 
@@ -14,21 +16,6 @@ namespace {
 std::string Message(const Input& input, const Finding& finding)
 {
     return input.Name() + ':' + std::to_string(finding.Line) + ": " + finding.Text;
-}
-
-/// @return what `INIDocument::Save` writes.
-std::string SavedText(const INIDocument& document)
-{
-    std::string text;
-    for (const auto& record : document) {
-        (text += record.Comments) += record.Commented;
-        if (record.Key.empty())
-            ((text += '[') += record.Section) += ']';
-        else
-            ((text += record.Key) += '=') += record.Value;
-        text += '\n';
-    }
-    return text;
 }
 
 [[noreturn]] void Refuse(const std::string& name, std::vector<std::string> objections)
@@ -59,6 +46,48 @@ INIDocument Load(const Input& input)
     throw Failure(Failed, "cannot read " + input.Name());
 }
 
+std::optional<std::string> SimilarName(const INIDocument& document, std::string_view key,
+                                       std::string_view section, bool ignoresCase)
+{
+    const auto isSame = [ignoresCase](unsigned char a, unsigned char b) {
+        return a == b || (ignoresCase && std::tolower(a) == std::tolower(b));
+    };
+    const auto wanted = ini::Trimmed(key.empty() ? section : key);
+    for (const auto& record : document) {
+        const std::string_view name = key.empty() ? record.Section : record.Key;
+        if ((key.empty() || (record.Section == section && !name.empty())) &&
+            std::ranges::equal(ini::Trimmed(name), wanted, isSame))
+            return std::string(name);
+    }
+    return std::nullopt;
+}
+
+void Require(const INIDocument& document, std::string_view key, std::string_view section,
+             const std::string& file)
+{
+    const bool hasSection = document.SectionExists(section);
+    if (hasSection && (key.empty() || document.RecordExists(key, section)))
+        return;
+    if (!hasSection)
+        key = {};
+    const std::string where = "section " + Quoted(section);
+    const auto similar = SimilarName(document, key, section, true);
+    throw Failure(Failed,
+                  "no " + (key.empty() ? where + " in " : "key " + Quoted(key) + " in " + where + " of ") +
+                      file + (similar ? "; did you mean " + Quoted(*similar) + '?' : ""));
+}
+
+std::optional<bool> IsCommentedOut(const INIDocument& document, std::string_view key,
+                                   std::string_view section)
+{
+    const auto isKey = [&](const auto& record) { return record.Key == key && record.Section == section; };
+    const auto first = std::find_if(document.begin(), document.end(), isKey);
+    if (first == document.end() || first->Commented == ' ')
+        return std::nullopt;
+    return std::any_of(first, document.end(),
+                       [&](const auto& record) { return record.Commented == ' ' && isKey(record); });
+}
+
 void EditFile(const Call& call, const Streams& streams, const std::function<void(Editing&)>& edit)
 {
     RequireNoSafetyCopy(call.File); // or the file may be half an edit
@@ -76,7 +105,7 @@ void EditFile(const Call& call, const Streams& streams, const std::function<void
     }
     editing.Document = Load(input);
     edit(editing);
-    const std::string text = SavedText(editing.Document);
+    const std::string text = editing.Document.SavedText();
 
     if (call.DryRun)
         streams.Out << UnifiedDifference(input.Name(), ReadFile(input.Path(), {}), text);

@@ -4,8 +4,6 @@
 #include "qmUtility/ini/Grammar.h"
 #include "qmini/Command.h"
 #include "qmini/Document.h"
-#include "qmini/Failure.h"
-#include "qmini/Names.h"
 
 #include <set>
 #include <sstream>
@@ -15,11 +13,17 @@ namespace qmini {
 
 namespace {
 
-/// Makes sure that a header with this name would be read back with the same name.
-void RequireSectionName(const std::string& name)
+/// @throws Failure when the text holds one of the characters
+void Forbid(std::string_view characters, std::string_view text, const std::string& message)
 {
-    if (name.find_first_of("]=\n") != std::string::npos)
-        throw Failure(Misused, "a section name cannot hold \"]\", \"=\" or a newline");
+    if (text.find_first_of(characters) != std::string_view::npos)
+        throw Failure(Misused, message);
+}
+
+/// Makes sure that a header with this name would be read back with the same name.
+void RequireSectionName(std::string_view name)
+{
+    Forbid("]=\n", name, "a section name cannot hold \"]\", \"=\" or a newline");
 }
 
 void RequireNoSection(const std::string& name, const Call& call, const INIDocument& document)
@@ -29,16 +33,12 @@ void RequireNoSection(const std::string& name, const Call& call, const INIDocume
 }
 
 /// Makes sure that a key line with this key and value would be read back as the same.
-void RequireKeyAndValue(const std::string& key, const std::string& value)
+void RequireKeyAndValue(std::string_view key, std::string_view value)
 {
-    if (key.find_first_of("[=\n") != std::string::npos)
-        throw Failure(Misused, "a key cannot hold \"[\", \"=\" or a newline");
-    if (key.find_first_of("#; \t\r") == 0)
-        throw Failure(Misused, "a key cannot begin with \"#\", \";\" or a blank");
-    if (value.find_first_of("[\n") != std::string::npos)
-        throw Failure(Misused, "a value cannot hold \"[\" or a newline");
-    if (!value.empty() && value.find_last_of(" \t\r") == value.size() - 1)
-        throw Failure(Misused, "a value cannot end with a blank");
+    Forbid("[=\n", key, "a key cannot hold \"[\", \"=\" or a newline");
+    Forbid("#; \t\r", key.substr(0, 1), "a key cannot begin with \"#\", \";\" or a blank");
+    Forbid("[\n", value, "a value cannot hold \"[\" or a newline");
+    Forbid(" \t\r", value.substr(value.size() - !value.empty()), "a value cannot end with a blank");
 }
 
 /// @return the text as comment lines
@@ -47,8 +47,7 @@ std::string CommentLines(const std::string& text)
     std::string comments;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
-        if (line.find_first_of("[=") != std::string::npos)
-            throw Failure(Misused, "a comment cannot hold \"[\" or \"=\": it would be read as a record");
+        Forbid("[=", line, "a comment cannot hold \"[\" or \"=\": it would be read as a record");
         if (!comments.empty())
             comments += '\n';
         comments += line.find_first_of("#;") == 0 ? line : "; " + line;
@@ -102,7 +101,7 @@ void Set(const Call& call, Editing& editing)
                                      (*commentedOut ? ", an active one follows" : "") +
                                      ": say --activate or --keep-commented");
     if (!document.RecordExists(call.Key, call.Section))
-        if (const auto similar = KeyWithOtherBlanks(document, call.Key, call.Section))
+        if (const auto similar = SimilarName(document, call.Key, call.Section, false))
             editing.Objections.push_back("no key " + Quoted(call.Key) +
                                          ", but one that differs in blanks: " + Quoted(*similar));
     document.SetValue(call.Key, call.Text, call.Section);
@@ -200,7 +199,7 @@ void EditBatch(const Call& call, const Streams& streams)
                 edit.File = call.File;
                 command->Edit(edit, editing);
             } catch (const Failure& failure) {
-                throw Failure(failure.Code(), where + failure.what(), failure.Details());
+                throw Failure(failure.Code, where + failure.what(), failure.Details);
             }
             for (std::size_t i = former; i != editing.Objections.size(); ++i)
                 editing.Objections[i].insert(0, where);

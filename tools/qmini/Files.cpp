@@ -1,8 +1,7 @@
 #include "qmini/Files.h"
 
-#include "qmini/Failure.h"
+#include "qmini/Command.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <fstream>
@@ -18,11 +17,11 @@ namespace {
 
 std::string SafetyCopy(const std::string& file) { return file + ".qmini-save"; }
 
-[[noreturn]] void ThrowSafetyCopyExists(const std::string& file)
+Failure SafetyCopyExists(const std::string& file)
 {
-    throw Failure(Failed, SafetyCopy(file) +
-                              " exists: another qmini is editing the file, or one was interrupted. In that "
-                              "case, keep whichever of the two files is whole");
+    return {Failed, SafetyCopy(file) +
+                        " exists: another qmini is editing the file, or one was interrupted. In "
+                        "that case, keep whichever of the two files is whole"};
 }
 
 std::string SystemMessage() { return std::generic_category().message(errno); }
@@ -55,17 +54,11 @@ std::optional<std::string> TryReadFile(const std::string& file, std::ios::openmo
     std::ifstream in(file, mode | std::ios::in);
     if (!in.is_open())
         return std::nullopt;
-    constexpr std::size_t least = 4096;
     std::string content;
-    std::error_code unknown; // of a pipe, for example
-    const std::uintmax_t reported = fs::file_size(file, unknown);
-    std::size_t capacity = unknown ? least : std::max(static_cast<std::size_t>(reported) + 1, least);
     errno = 0; // tells a read error from the end of the file, which libc++ does not
-    for (std::size_t size = 0; in.good(); capacity *= 2) {
-        content.resize(capacity);
-        in.read(content.data() + size, static_cast<std::streamsize>(capacity - size));
-        size += static_cast<std::size_t>(in.gcount());
-        content.resize(size);
+    for (char block[1 << 16]; in.good();) {
+        in.read(block, sizeof block);
+        content.append(block, static_cast<std::size_t>(in.gcount()));
     }
     if (in.bad() || errno != 0) // a directory opens, but does not read
         return std::nullopt;
@@ -84,7 +77,7 @@ void RequireNoSafetyCopy(const std::string& file)
 {
     std::error_code ignored;
     if (fs::exists(SafetyCopy(file), ignored))
-        ThrowSafetyCopyExists(file);
+        throw SafetyCopyExists(file);
 }
 
 void Rewrite(const std::string& file, const std::string& before, const std::string& text)
@@ -96,7 +89,7 @@ void Rewrite(const std::string& file, const std::string& before, const std::stri
     std::error_code error;
     fs::copy_file(file, copy, error); // with the permissions of the file
     if (error == std::errc::file_exists)
-        ThrowSafetyCopyExists(file);
+        throw SafetyCopyExists(file);
     std::error_code ignored;
     if (error || TryReadFile(copy) != before) {
         fs::remove(copy, ignored);
@@ -114,14 +107,26 @@ void Rewrite(const std::string& file, const std::string& before, const std::stri
         throw Failure(Failed, file + " is written, but its safety copy stays: " + copy);
 }
 
-TemporaryFile::TemporaryFile(const std::string& text)
-try {
+Input::Input(const std::string& file, std::istream& standardInput)
+try : m_name(file), m_path(file) {
+    std::error_code ignored;
+    if (file != "-" && fs::is_regular_file(file, ignored))
+        return;
+    std::string text;
+    if (file == "-") {
+        m_name = "standard input";
+        text.assign(std::istreambuf_iterator<char>(standardInput), {});
+        if (standardInput.bad())
+            throw Failure(Failed, "cannot read standard input");
+    } else
+        text = ReadFile(file);
     std::random_device random;
     do
         m_folder = fs::temp_directory_path() / ("qmini-" + std::to_string(random()));
     while (!fs::create_directory(m_folder)); // false when someone else has a folder of that name
     fs::permissions(m_folder, fs::perms::owner_all);
-    if (!(std::ofstream(Path()) << text << std::flush)) {
+    m_path = (m_folder / "input.ini").string();
+    if (!(std::ofstream(m_path) << text << std::flush)) {
         fs::remove_all(m_folder);
         throw Failure(Failed, "cannot write a temporary file in " + fs::temp_directory_path().string());
     }
@@ -129,23 +134,11 @@ try {
     throw Failure(Failed, "cannot make a temporary file: " + error.code().message());
 }
 
-TemporaryFile::~TemporaryFile()
+Input::~Input()
 {
     std::error_code ignored;
-    fs::remove_all(m_folder, ignored);
-}
-
-Input::Input(const std::string& file, std::istream& standardInput) : m_name(file), m_path(file)
-{
-    if (file == "-") {
-        m_name = "standard input";
-        m_copy.emplace(std::string(std::istreambuf_iterator<char>(standardInput), {}));
-        if (standardInput.bad())
-            throw Failure(Failed, "cannot read standard input");
-    } else if (std::error_code ignored; !fs::is_regular_file(file, ignored))
-        m_copy.emplace(ReadFile(file));
-    if (m_copy)
-        m_path = m_copy->Path();
+    if (IsCopy())
+        fs::remove_all(m_folder, ignored);
 }
 
 } // namespace qmini

@@ -32,38 +32,26 @@ void RequireNoSafetyCopy(const std::string& file);
 ///   names the safety copy, which stays
 void Rewrite(const std::string& file, const std::string& before, const std::string& text);
 
-/// A temporary file with a given text, in a folder that only its owner may enter. Both live as long as the
-/// object.
-class TemporaryFile
-{
-public:
-    explicit TemporaryFile(const std::string& text);
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile();
-
-    std::string Path() const { return (m_folder / "input.ini").string(); }
-
-private:
-    std::filesystem::path m_folder;
-};
-
 /// What a command reads, by a path that can be opened more than once: of the file itself, or of a copy of
-/// standard input ("-"), a pipe or the like.
+/// standard input ("-"), a pipe or the like. The copy is in a folder that only its owner may enter, and lives as
+/// long as the object.
 class Input
 {
 public:
     /// @throws Failure when the file cannot be read
     Input(const std::string& file, std::istream& standardInput);
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+    ~Input();
 
-    bool IsCopy() const { return m_copy.has_value(); }
+    bool IsCopy() const { return !m_folder.empty(); }
     const std::string& Path() const { return m_path; }
     const std::string& Name() const { return m_name; } ///< for messages
 
 private:
     std::string m_name;
-    std::optional<TemporaryFile> m_copy;
     std::string m_path;
+    std::filesystem::path m_folder; ///< of the copy
 };
 
 } // namespace qmini

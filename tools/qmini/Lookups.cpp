@@ -5,9 +5,7 @@
 #include "qmini/Check.h"
 #include "qmini/Command.h"
 #include "qmini/Document.h"
-#include "qmini/Failure.h"
 #include "qmini/Files.h"
-#include "qmini/Names.h"
 
 #include <algorithm>
 #include <ostream>
@@ -31,15 +29,15 @@ void Get(const Call& call, const Streams& streams)
         return;
     }
     const INIDocument document = Load(input);
-    const auto commentedOut = IsCommentedOut(document, call.Key, call.Section);
-    if (commentedOut) {
-        streams.Out << document.GetValue(call.Key, call.Section) << '\n' << std::flush;
+    if (call.Default && !document.RecordExists(call.Key, call.Section)) {
+        streams.Out << *call.Default << '\n';
+        return;
+    }
+    Require(document, call.Key, call.Section, input.Name());
+    streams.Out << document.GetValue(call.Key, call.Section) << '\n' << std::flush;
+    if (const auto commentedOut = IsCommentedOut(document, call.Key, call.Section))
         Say(streams.Err, "note: key " + Quoted(call.Key) + " in section " + Quoted(call.Section) +
                              " is commented out" + (*commentedOut ? ", an active one follows" : ""));
-    } else if (call.Default)
-        streams.Out << *call.Default << '\n';
-    else
-        ThrowNotFound(document, call.Key, call.Section, input.Name());
 }
 
 void Keys(const Call& call, const Streams& streams)
@@ -66,12 +64,10 @@ void Show(const Call& call, const Streams& streams)
 void CheckFile(const Call& call, const Streams& streams)
 {
     const Input input(call.File, streams.In);
+    constexpr const char* severities[] = {"note", "warning", "warning", "error"}; // of the kinds in order
     bool isClean = true;
     for (const auto& [line, kind, text] : Check(ReadFile(input.Path()), Kind::Note)) {
-        streams.Out << input.Name() << ':' << line << ": "
-                    << (kind == Kind::Note        ? "note: "
-                        : kind == Kind::Malformed ? "error: "
-                                                  : "warning: ")
+        streams.Out << input.Name() << ':' << line << ": " << severities[static_cast<int>(kind)] << ": "
                     << text << '\n';
         isClean = isClean && kind == Kind::Note;
     }

@@ -1,6 +1,4 @@
 #include "qmini/Document.h"
-#include "qmini/Failure.h"
-#include "qmini/Names.h"
 
 #include <algorithm>
 #include <cctype>
@@ -18,18 +16,10 @@ namespace {
 constexpr std::string_view SeeHelp = "; \"qmini --help\" lists the commands";
 
 /// The words that stand for arguments in a usage line, and where such an argument goes.
-struct Place
-{
-    std::string_view Word;
-    std::string Call::*Field;
-};
-
-constexpr Place Places[] = {
+constexpr std::pair<std::string_view, std::string Call::*> Fields[] = {
     {"FILE", &Call::File}, {"SECTION", &Call::Section}, {"OLD", &Call::Section}, {"NEW", &Call::NewSection},
     {"[KEY]", &Call::Key}, {"KEY", &Call::Key},         {"VALUE", &Call::Text},  {"TEXT", &Call::Text},
 };
-
-bool IsOptional(std::string_view place) { return place.front() == '['; }
 
 [[noreturn]] void ThrowMisuse(const Command& command, const std::string& message)
 {
@@ -49,24 +39,20 @@ std::string OneLine(std::string_view text)
 void Assign(Call& call, const Command& command, const std::vector<std::string>& arguments, bool hasFile)
 {
     std::istringstream words{std::string(command.Arguments)};
-    const std::vector<std::string> places(
-        std::next(std::istream_iterator<std::string>(words), hasFile ? 0 : 1), {});
-    const auto required = places.size() - static_cast<std::size_t>(std::ranges::count_if(places, IsOptional));
-    if (arguments.size() < required) {
-        auto missing = places;
-        std::erase_if(missing, IsOptional);
-        ThrowMisuse(command, "missing " + missing[arguments.size()]);
-    }
+    std::vector<std::string> places(std::next(std::istream_iterator<std::string>(words), hasFile ? 0 : 1),
+                                    {});
+    if (arguments.size() < places.size())
+        std::erase_if(places, [](const std::string& place) { return place.front() == '['; });
+    if (arguments.size() < places.size())
+        ThrowMisuse(command, "missing " + places[arguments.size()]);
     if (arguments.size() > places.size())
         ThrowMisuse(command, "one argument too many: " + Quoted(arguments[places.size()]));
-    auto argument = arguments.begin();
-    for (const std::string& place : places) {
-        if (IsOptional(place) && arguments.size() < places.size())
-            continue;
-        const auto field = std::ranges::find(Places, place, &Place::Word)->Field;
-        if (argument->empty() && (field == &Call::File || field == &Call::Key))
+    for (std::size_t i = 0; i != places.size(); ++i) {
+        const auto field =
+            std::ranges::find(Fields, places[i], [](const auto& f) { return f.first; })->second;
+        if (arguments[i].empty() && (field == &Call::File || field == &Call::Key))
             ThrowMisuse(command, "an empty argument cannot name a file or a key");
-        call.*field = *argument++;
+        call.*field = arguments[i];
     }
 }
 
@@ -168,6 +154,8 @@ std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, boo
     return {&command, call};
 }
 
+std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
+
 void Say(std::ostream& err, std::string_view line) { err << "qmini: " << OneLine(line) << '\n'; }
 
 int Run(const std::vector<std::string>& arguments, const Streams& streams)
@@ -176,10 +164,10 @@ int Run(const std::vector<std::string>& arguments, const Streams& streams)
     try {
         RunCommand(arguments, streams);
     } catch (const Failure& failure) {
-        code = failure.Code();
+        code = failure.Code;
         if (*failure.what() != '\0')
             Say(streams.Err, failure.what());
-        for (const std::string& detail : failure.Details())
+        for (const std::string& detail : failure.Details)
             streams.Err << OneLine(detail) << '\n';
     } catch (const std::bad_alloc&) {
         code = Failed;

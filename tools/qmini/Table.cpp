@@ -20,18 +20,11 @@ const Option DryRun = {
 const Option Force = {
     "--force", "", "edit even if more changes than the edit was asked to", &Call::Force, {}};
 
-using Options = std::vector<const Option*>;
-
-Command Runs(decltype(Command::Run) run, std::string_view name, std::string_view arguments, Options options,
-             std::string_view summary, std::string_view details)
+Command Entry(decltype(Command::Run) run, decltype(Command::Edit) edit, std::string_view name,
+              std::string_view arguments, std::vector<const Option*> options, std::string_view summary,
+              std::string_view details)
 {
-    return {name, arguments, std::move(options), summary, details, run, nullptr};
-}
-
-Command Edits(decltype(Command::Edit) edit, std::string_view name, std::string_view arguments,
-              Options options, std::string_view summary, std::string_view details)
-{
-    return {name, arguments, std::move(options), summary, details, nullptr, edit};
+    return {run, edit, name, arguments, std::move(options), summary, details};
 }
 
 } // namespace
@@ -39,22 +32,22 @@ Command Edits(decltype(Command::Edit) edit, std::string_view name, std::string_v
 const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = {
-        Runs(Get, "get", "FILE SECTION KEY", {&Default}, "Prints the value of a key.",
-             R"(The value of a commented-out key is printed as well; a note on standard error
+        Entry(Get, nullptr, "get", "FILE SECTION KEY", {&Default}, "Prints the value of a key.",
+              R"(The value of a commented-out key is printed as well; a note on standard error
 says so. When the section holds the key twice, the first one counts.
 )"),
-        Runs(Keys, "keys", "FILE SECTION", {&Nul}, "Prints the names of a section's keys.",
-             R"(One name a line, in file order. Commented-out keys are included.
+        Entry(Keys, nullptr, "keys", "FILE SECTION", {&Nul}, "Prints the names of a section's keys.",
+              R"(One name a line, in file order. Commented-out keys are included.
 )"),
-        Runs(Sections, "sections", "FILE", {&Nul}, "Prints the names of the sections.",
-             R"(One name for each header, in file order. Commented-out headers are included.
+        Entry(Sections, nullptr, "sections", "FILE", {&Nul}, "Prints the names of the sections.",
+              R"(One name for each header, in file order. Commented-out headers are included.
 )"),
-        Runs(Show, "show", "FILE", {}, "Prints the file as it is understood.",
-             R"(Prints each header and key with the comments above it, without anything else
+        Entry(Show, nullptr, "show", "FILE", {}, "Prints the file as it is understood.",
+              R"(Prints each header and key with the comments above it, without anything else
 that the file holds: blank lines, indentation, text after a header.
 )"),
-        Runs(CheckFile, "check", "FILE", {}, "Reports what reading or an edit does unexpectedly.",
-             R"(Prints a line "FILE:LINE: SEVERITY: TEXT" for everything in the file that is
+        Entry(CheckFile, nullptr, "check", "FILE", {}, "Reports what reading or an edit does unexpectedly.",
+              R"(Prints a line "FILE:LINE: SEVERITY: TEXT" for everything in the file that is
 read, or comes out of an edit, in a way that you may not expect. These are
 warnings, and those in the first two items make an edit be refused:
 
@@ -72,7 +65,7 @@ A header without "]" is an error: no operation can read the file. A note tells
 where readers that know continuation lines join lines after an edit, since an
 edit indents active lines by a space. Succeeds when there are no more than notes.
 )"),
-        Edits(Set, "set", "FILE SECTION KEY VALUE", {&Activate, &KeepCommented, &DryRun, &Force},
+        Entry(nullptr, Set, "set", "FILE SECTION KEY VALUE", {&Activate, &KeepCommented, &DryRun, &Force},
               "Sets the value of a key.",
               R"(A new key becomes the first of its section; a new section goes to the end of
 the file. Setting a commented-out key takes --activate or --keep-commented. A new
@@ -81,47 +74,49 @@ what would not be read back the same: a key that holds "[" or "=" or begins with
 "#", ";" or a blank, a value that holds "[" or ends with a blank, a section name
 that holds "]" or "=", and newlines.
 )"),
-        Runs(Create, "create", "FILE", {&DryRun}, "Creates an empty file.",
-             R"(A file that exists is left alone. With --dry-run nothing is printed, since an
+        Entry(Create, nullptr, "create", "FILE", {&DryRun}, "Creates an empty file.",
+              R"(A file that exists is left alone. With --dry-run nothing is printed, since an
 empty file has no lines.
 )"),
-        Edits(Add, "add", "FILE SECTION", {&DryRun, &Force}, "Adds an empty section at the end.",
+        Entry(nullptr, Add, "add", "FILE SECTION", {&DryRun, &Force}, "Adds an empty section at the end.",
               R"(The section must not exist. Its name cannot hold "]", "=" or a newline.
 )"),
-        Edits(Delete, "delete", "FILE SECTION [KEY]", {&DryRun, &Force}, "Deletes a key, or a whole section.",
+        Entry(nullptr, Delete, "delete", "FILE SECTION [KEY]", {&DryRun, &Force},
+              "Deletes a key, or a whole section.",
               R"(The comments above what is deleted go as well. Of duplicate keys the first is
 deleted; a section is deleted wherever its name stands.
 )"),
-        Edits(Rename, "rename", "FILE OLD NEW", {&DryRun, &Force}, "Renames a section.",
+        Entry(nullptr, Rename, "rename", "FILE OLD NEW", {&DryRun, &Force}, "Renames a section.",
               R"(Every header of the name OLD is renamed. A section NEW must not exist; its name
 cannot hold "]", "=" or a newline.
 )"),
-        Edits(Comment, "comment", "FILE SECTION [KEY]", {&With, &DryRun, &Force},
+        Entry(nullptr, Comment, "comment", "FILE SECTION [KEY]", {&With, &DryRun, &Force},
               "Comments out a key, or a whole section.",
               R"(Nothing is lost: "qmini uncomment" brings it back. Of duplicate keys the first
 is commented out. What is commented out already gets the new character.
 )"),
-        Edits(Uncomment, "uncomment", "FILE SECTION [KEY]", {&DryRun, &Force},
+        Entry(nullptr, Uncomment, "uncomment", "FILE SECTION [KEY]", {&DryRun, &Force},
               "Makes a key, or a whole section, active.",
               R"(Of duplicate keys the first becomes active. A key whose name begins with "#" or
 ";" ("##key=value" in the file) loses one of these characters, and stays
 commented out.
 )"),
-        Edits(Sort, "sort", "FILE", {&Descending, &DryRun, &Force},
+        Entry(nullptr, Sort, "sort", "FILE", {&Descending, &DryRun, &Force},
               "Sorts the sections, and the keys in each.",
               R"(Names are compared byte by byte, so "B" comes before "a". Comments move with the
 line below them. Refused are files with keys above the first header, which would
 be dropped, and with duplicate names: each header of a duplicate section would
 get all keys of that name, and duplicate keys may change places.
 )"),
-        Edits(Note, "note", "FILE SECTION [KEY] TEXT", {&DryRun, &Force},
+        Entry(nullptr, Note, "note", "FILE SECTION [KEY] TEXT", {&DryRun, &Force},
               "Writes the comment above a key or a header.",
               R"(TEXT replaces the comments that stand there; an empty TEXT removes them. Each
 line of TEXT that does not begin with "#" or ";" gets a "; " in front. A line
 cannot hold "[" or "=", since it would be read as a record.
 )"),
-        Runs(EditBatch, "edit", "FILE", {&DryRun, &Force}, "Makes the edits that standard input lists.",
-             R"(Each line holds one of the commands above that edit, without FILE, --dry-run and
+        Entry(EditBatch, nullptr, "edit", "FILE", {&DryRun, &Force},
+              "Makes the edits that standard input lists.",
+              R"(Each line holds one of the commands above that edit, without FILE, --dry-run and
 --force; for example: set Window title 'My "best" view'. Quotes, single or
 double, enclose words that hold blanks, or nothing. Empty lines and lines that
 begin with "#" are skipped. The file is read once and written once: all edits are
