@@ -1,16 +1,12 @@
 /// @file
 /// Fault injection: every operation with each of its system calls and allocations failing.
 
-#include "qmUtility/filecheck/QMFileCheckAPI.h"
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/ini/INIDocument.h"
 #include "tests/support/Capture.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -96,30 +92,10 @@ extern "C" std::FILE* fopen64(const char* path, const char* mode)
     return Call(&fopen64, "fopen64", nullptr, EMFILE, path, mode);
 }
 
-extern "C" std::FILE* fdopen(int file, const char* mode) noexcept
-{
-    return Call(&fdopen, "fdopen", nullptr, ENOMEM, file, mode);
-}
-
 extern "C" int fclose(std::FILE* file)
 {
     const int result = Real(&fclose, "fclose")(file); // which closes it even if it fails
     return Fails("fclose", EIO) ? EOF : result;
-}
-
-extern "C" int open(const char* path, int flags, ...)
-{
-    return Fails("open", EMFILE) ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0600));
-}
-
-extern "C" int fstat(int file, struct stat* status) noexcept
-{
-    return Call(&fstat, "fstat", -1, EIO, file, status);
-}
-
-extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status) noexcept
-{
-    return Call(&statx, "statx", -1, EIO, folder, path, flags, mask, status);
 }
 
 void* operator new(std::size_t size)
@@ -143,8 +119,6 @@ void operator delete(void* memory, std::size_t) noexcept { operator delete(memor
 void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace {
-
-CQMFileCheck Watch(const std::string& path) { return CQMFileCheck(Widen(path).c_str()); }
 
 struct Operation
 {
@@ -172,19 +146,6 @@ const std::vector<Operation> Operations = {
     {"SetRecordComments", [](auto& p) { return INIParser::SetRecordComments("; x", "k", "S", p); }},
 };
 
-const std::vector<Operation> WatchOperations = {
-    {"CheckDeleted", [](auto& p) { return Watch(p).CheckDeleted(); }},
-    {"CheckModified", [](auto& p) { return Watch(p).CheckModified(); }},
-    {"ApplyChanges", [](auto& p) { return Watch(p).ApplyChanges(); }},
-    {"watch list",
-     [](auto& p) {
-         CQMFileCheckAPI::Initialize();
-         CQMFileCheckAPI::AddWatchDog(Widen(p).c_str());
-         CQMFileCheckAPI::Enable(true);
-         return CQMFileCheckAPI::Check();
-     }},
-};
-
 constexpr std::size_t Threw = std::string::npos; ///< the result of an operation that ended with an exception
 
 /// An operation's result, and what the file holds then.
@@ -193,8 +154,6 @@ using Outcome = std::pair<std::size_t, std::string>;
 class Faults : public TemporaryFolder
 {
 protected:
-    ~Faults() override { CQMFileCheckAPI::Initialize(); }
-
     /// Runs an operation on a file with the text.
     /// @param n the call of it that fails
     Outcome Run(const Operation& operation, int n = -1) const
@@ -264,9 +223,8 @@ TEST_F(Faults, EachCallOfEachOperationFails)
         const std::locale before = std::locale::global(std::locale(locale));
         areAllToFail = all;
         m_text = TextWith(length);
-        for (const auto* const list : {&Operations, &WatchOperations})
-            for (const Operation& operation : *list)
-                FailEach(operation);
+        for (const Operation& operation : Operations)
+            FailEach(operation);
         std::locale::global(before);
     }
     EXPECT_EQ(NextDescriptor(), nextDescriptor) << "a descriptor was left open";
