@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-fuzzers=(grammar operations print)
+fuzzers=(operations print)
 if ! [[ ${1:-} =~ ^[0-9]+$ ]]; then
     echo "usage: scripts/fuzz.sh SECONDS" >&2
     exit 2

@@ -57,7 +57,8 @@ void CheckNumber(FuzzedDataProvider& data)
 void CheckAnyFormat(FuzzedDataProvider& data)
 {
     const auto capacity = data.ConsumeIntegralInRange<std::size_t>(1, 100);
-    std::wstring format = model::Widen<wchar_t>(data.ConsumeRemainingBytesAsString());
+    const std::string bytes = data.ConsumeRemainingBytesAsString();
+    std::wstring format(bytes.begin(), bytes.end());
     int arguments = 0; // a long double is as large as two of those below
     std::erase_if(format, [&](wchar_t c) { return (c == L'%' || c == L'*') && ++arguments > 12; });
     const auto* const t = L"text";
