@@ -9,18 +9,13 @@
 #include <new>
 #include <tuple>
 
-namespace {
-
-int theProcess; // its address is the handle
-int theThread;
-
-BOOL Record(const std::wstring& call, BOOL result = 1)
+static BOOL Record(const std::wstring& call, BOOL result = 1)
 {
     script.Calls += call + L'|';
     return result;
 }
 
-} // namespace
+BOOL QueryPerformanceFrequency(LARGE_INTEGER* rate) { return rate->QuadPart = 1000, 1; }
 
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count)
 {
@@ -28,27 +23,22 @@ BOOL QueryPerformanceCounter(LARGE_INTEGER* count)
     return Record(std::to_wstring(count->QuadPart));
 }
 
-BOOL QueryPerformanceFrequency(LARGE_INTEGER* ticksPerSecond)
-{
-    return (ticksPerSecond->QuadPart = 1000) != 0;
-}
-
 void Sleep(DWORD milliseconds) { Record(L"sleep " + std::to_wstring(milliseconds)); }
 
-HANDLE GetCurrentThread() { return &theThread; }
+HANDLE GetCurrentThread() { return &script.Calls; }
 
 BOOL SetThreadPriority(HANDLE thread, int level)
 {
-    EXPECT_EQ(thread, &theThread);
+    EXPECT_EQ(thread, GetCurrentThread());
     return Record(L"priority " + std::to_wstring(level), script.PriorityResult);
 }
 
 BOOL GetProcessTimes(HANDLE process, FILETIME*, FILETIME*, FILETIME* kernel, FILETIME* user)
 {
-    EXPECT_EQ(process, &theProcess);
-    if (script.ProcessTimes)
-        std::tie(*kernel, *user) = *script.ProcessTimes;
-    return Record(L"times", script.ProcessTimes.has_value());
+    EXPECT_EQ(process, CQMProcess::GetHandle());
+    if (script.AreTimesAvailable)
+        std::tie(*kernel, *user) = script.ProcessTimes;
+    return Record(L"times", script.AreTimesAvailable);
 }
 
 void OutputDebugStringW(const wchar_t* text) { Record(L"debug " + std::wstring(text)); }
@@ -58,13 +48,12 @@ void CQMConsoleAPI::Log(const wchar_t* format, ...)
     std::va_list arguments;
     va_start(arguments, format);
     CString text;
-    const bool isTitle = std::wstring(L"\n%s\n") == format;
-    text.FormatV(isTitle ? L"\n%hs\n" : format, arguments);
+    text.FormatV(std::wstring(L"\n%s\n") == format ? L"\n%hs\n" : format, arguments);
     va_end(arguments);
-    Record((isTitle ? L"title " : L"log ") + std::wstring(text.GetString()));
+    Record(L"log " + std::wstring(text.GetString()));
 }
 
-void* CQMProcess::GetHandle() { return &theProcess; }
+void* CQMProcess::GetHandle() { return &script; }
 
 std::uint64_t cpu::GetTick()
 {

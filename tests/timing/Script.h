@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -17,7 +16,8 @@ struct Script
     std::uint64_t Reads = 0;
     std::uint64_t TickRate = 1000;
     int PriorityResult = 1;
-    std::optional<std::pair<FILETIME, FILETIME>> ProcessTimes; ///< kernel and user time, if available
+    std::pair<FILETIME, FILETIME> ProcessTimes{}; ///< kernel and user time
+    BOOL AreTimesAvailable = 1;
     std::wstring Calls; ///< performance counts and other calls: "100|priority 15|debug a line|log a text|"
 };
 inline Script script;
