@@ -16,12 +16,15 @@ using Modules = std::vector<HINSTANCE>;
 #if defined(_WIN32)
 HINSTANCE Open() { return LoadLibraryA(LIBRARY); }
 bool Close(HINSTANCE library) { return FreeLibrary(library) != 0; }
-auto Find(HINSTANCE library, const char* name) { return GetProcAddress(library, name); }
+void* Find(HINSTANCE library, const char* name)
+{
+    return reinterpret_cast<void*>(GetProcAddress(library, name));
+}
 HINSTANCE Base(HINSTANCE library, const void* /*symbol*/) { return library; }
 #else
 HINSTANCE Open() { return dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL); }
 bool Close(HINSTANCE library) { return dlclose(library) == 0; }
-auto Find(HINSTANCE library, const char* name) { return dlsym(library, name); }
+void* Find(HINSTANCE library, const char* name) { return dlsym(library, name); }
 HINSTANCE Base(HINSTANCE /*library*/, const void* symbol)
 {
     Dl_info info{};
@@ -34,7 +37,7 @@ TEST(Module, IsRegisteredWhileItIsLoaded)
 {
     for (int round = 0; round != 2; ++round) {
         ASSERT_EQ(framework::ExtensionModules(), Modules());
-        const HINSTANCE library = Open();
+        auto* const library = Open();
         ASSERT_NE(library, nullptr);
         EXPECT_EQ(Open(), library);
 

@@ -16,7 +16,7 @@
 /// reading 10,000 entries in every frame.
 struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
 {
-    explicit TickRing(std::uint32_t length) : Nodes(length), Entries(length) {}
+    explicit TickRing(std::uint32_t length) : m_nodes(length), m_entries(length) {}
 
     std::uint64_t Sum = 0;
     std::uint64_t Number = 0;
@@ -27,18 +27,18 @@ struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
 
     void Store(std::size_t index, std::uint64_t entry)
     {
-        std::uint64_t& place = Entries[index];
+        std::uint64_t& place = m_entries[index];
         Sum += entry - place;
         Number += std::uint64_t{entry != 0} - std::uint64_t{place != 0};
         place = entry;
-        for (std::size_t node = (Entries.size() + index) / 2; node != 0; node /= 2) {
+        for (std::size_t node = (m_entries.size() + index) / 2; node != 0; node /= 2) {
             const Extremes left = Node(2 * node);
             const Extremes right = Node(2 * node + 1);
             const Extremes now = {std::max(left.Largest, right.Largest),
                                   std::max(left.SmallestNegated, right.SmallestNegated)};
-            if (now == Nodes[node])
+            if (now == m_nodes[node])
                 return;
-            Nodes[node] = now;
+            m_nodes[node] = now;
         }
     }
 
@@ -46,8 +46,8 @@ struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
     {
         Sum = 0;
         Number = 0;
-        std::fill(Nodes.begin(), Nodes.end(), Extremes{});
-        std::fill(Entries.begin(), Entries.end(), 0);
+        std::fill(m_nodes.begin(), m_nodes.end(), Extremes{});
+        std::fill(m_entries.begin(), m_entries.end(), 0);
     }
 
 private:
@@ -63,14 +63,14 @@ private:
     /// number of entries on denote the entries themselves.
     Extremes Node(std::size_t node) const
     {
-        if (node < Nodes.size())
-            return Nodes[node];
-        const std::uint64_t entry = Entries[node - Nodes.size()];
+        if (node < m_nodes.size())
+            return m_nodes[node];
+        const std::uint64_t entry = m_entries[node - m_nodes.size()];
         return {entry, 0 - entry};
     }
 
-    std::vector<Extremes> Nodes;
-    std::vector<std::uint64_t> Entries;
+    std::vector<Extremes> m_nodes;
+    std::vector<std::uint64_t> m_entries;
 };
 
 CQMFPSCounter::CQMFPSCounter() : CQMFPSCounter(eQMFPSType_Instant) {}

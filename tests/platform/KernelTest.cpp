@@ -58,9 +58,10 @@ TEST(Kernel, ProcessTimesAreIn100NanosecondUnits)
 {
     using Times = std::array<std::uint64_t, 4>; // the low half of each comes first
     std::array<FILETIME, 4> times = {{{1, 1}, {1, 1}}};
-    EXPECT_NE(GetProcessTimes(GetCurrentProcess(), &times[0], &times[1], &times[2], &times[3]), 0);
+    auto& [creation, exit, kernel, user] = times;
+    EXPECT_NE(GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user), 0);
     EXPECT_EQ(std::bit_cast<Times>(times), (Times{0, 0, 5'000'000'010, 79'999'990}));
-    EXPECT_EQ(GetProcessTimes(nullptr, &times[0], &times[1], &times[2], &times[3]), 0);
+    EXPECT_EQ(GetProcessTimes(nullptr, &creation, &exit, &kernel, &user), 0);
 }
 
 TEST(Kernel, DebuggerEntriesAreLinesOfUtf8)
@@ -87,7 +88,7 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal)
     EXPECT_EQ(pipe(ends), 0);
     dup2(ends[1], STDERR_FILENO);
     close(ends[0]);
-    std::signal(SIGPIPE, SIG_DFL); // would end the program
+    (void)std::signal(SIGPIPE, SIG_DFL); // would end the program
     errno = EDOM;
     OutputDebugStringW(L"text");
     EXPECT_EQ(errno, EDOM);
@@ -97,7 +98,7 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal)
     sigset_t before;
     pthread_sigmask(SIG_BLOCK, &signals, &before);
     EXPECT_EQ(sigismember(&before, SIGPIPE), 0);
-    raise(SIGPIPE);
+    (void)raise(SIGPIPE);
     OutputDebugStringW(L"text");
     const timespec noWait{};
     EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), SIGPIPE) << "of another pipe, and still pending";

@@ -9,7 +9,7 @@ namespace {
 /// A stopwatch that starts at 10, for which a read costs 5 of 1000 ticks per second.
 struct Timer : Scripted
 {
-    CQMTimer timer;
+    CQMTimer Stopwatch;
     Timer() { script.Calls.clear(); }
 };
 
@@ -17,8 +17,8 @@ TEST_F(Timer, OperationsMoveTheMarks)
 {
     const auto at = [this](std::uint64_t clock, double seconds, auto operation, auto... arguments) {
         script.Clock = clock;
-        (timer.*operation)(arguments...);
-        EXPECT_EQ(timer.GetLapsedTime(false), seconds) << "at " << clock;
+        (Stopwatch.*operation)(arguments...);
+        EXPECT_EQ(Stopwatch.GetLapsedTime(false), seconds) << "at " << clock;
     };
     at(15, 0, &CQMTimer::Stop, false);           // took just as long as a read, and so has not stopped it
     at(500, 0, &CQMTimer::Resume);               // it is running
@@ -39,20 +39,20 @@ TEST_F(Timer, OperationsMoveTheMarks)
 
 TEST_F(Timer, RestoresTheResultOfTheRaise)
 {
-    timer.Stop(true); // nothing to restore
+    Stopwatch.Stop(true); // nothing to restore
     script.PriorityResult = 0;
-    timer.Start(true, true);
-    timer.Start(false, true);
+    Stopwatch.Start(true, true);
+    Stopwatch.Start(false, true);
     script.Clock = 100;
-    timer.Stop(true);
+    Stopwatch.Stop(true);
     for (const int result : {0x7FFFFFFF, 1}) { // the first counts as nothing saved
         script.PriorityResult = result;
-        timer.Start(false, true);
+        Stopwatch.Start(false, true);
     }
     script.Clock = 200;
-    timer.Stop(false);
-    timer.Stop(true);          // not running
-    CQMTimer("Title") = timer; // restores it when it is destroyed
+    Stopwatch.Stop(false);
+    Stopwatch.Stop(true);          // not running
+    CQMTimer("Title") = Stopwatch; // restores it when it is destroyed
     EXPECT_EQ(script.Calls,
               L"15|priority 15|sleep 0|20|25|100|priority 0|priority 15|105|priority 15|110|200|205|"
               L"sleep 0|210|215|log \nTitle\n|220|priority 1|");
@@ -61,14 +61,14 @@ TEST_F(Timer, RestoresTheResultOfTheRaise)
 TEST_F(Timer, ReportsStopFirstAndRestartLast)
 {
     script.Clock = 1015;
-    timer.LogLapsedTime(true, false, L"%s %d%%%%", L"half", 50);
-    timer.LogLapsedTime(false, true, nullptr);
+    Stopwatch.LogLapsedTime(true, false, L"%s %d%%%%", L"half", 50);
+    Stopwatch.LogLapsedTime(false, true, nullptr);
     script.Clock = 1525;
-    timer.TraceLapsedTime(true, false, L"50% %s");
-    timer.TraceLapsedTime(false, true, nullptr);
-    timer.DogLapsedTime(true, true, L"%s", nullptr);
+    Stopwatch.TraceLapsedTime(true, false, L"50% %s");
+    Stopwatch.TraceLapsedTime(false, true, nullptr);
+    Stopwatch.DogLapsedTime(true, true, L"%s", nullptr);
     script.Clock = 2545;
-    EXPECT_EQ(timer.GetLapsedTime(true), 1.0);
+    EXPECT_EQ(Stopwatch.GetLapsedTime(true), 1.0);
     EXPECT_EQ(script.Calls, L"1015|log >>> half 50% : 1.00000 sec\n|log >>>  : 1.00000 sec\n|1020|"
                             L"1525|debug >>> 50% %s : 0.50000 sec\n|debug >>> (null) : 0.50000 sec\n|1530|"
                             L"1535|1540|2545|");
@@ -80,8 +80,8 @@ TEST_F(Timer, ReportsAreTruncated)
     for (const auto& [length, logEnd, traceEnd] :
          {std::tuple(1007U, L" : 0.00000 sec", L" : 0.00000 s"), {5000U, L"", L""}}) {
         const std::wstring text(length, L'x');
-        timer.LogLapsedTime(false, false, L"%s", text.c_str());
-        timer.TraceLapsedTime(false, false, text.c_str());
+        Stopwatch.LogLapsedTime(false, false, L"%s", text.c_str());
+        Stopwatch.TraceLapsedTime(false, false, text.c_str());
         const std::wstring kept = L">>> " + text.substr(0, 1019);
         EXPECT_EQ(std::exchange(script.Calls, {}),
                   (L"log " + kept + logEnd + L"|debug ").append(kept) + traceEnd + L'|');

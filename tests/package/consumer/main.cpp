@@ -42,7 +42,7 @@ void IgnoreLeak(const void*) { Fail("platform::IgnoreLeak"); }
 
 static int calls = 0;
 void CQMConsoleAPI::Log(const wchar_t*, ...) { ++calls; }
-std::uint64_t cpu::GetTick() { return 1000U * static_cast<unsigned>(++calls); }
+std::uint64_t cpu::GetTick() { return std::uint64_t{1000} * static_cast<unsigned>(++calls); }
 std::uint64_t cpu::GetClockSpeed() { return static_cast<unsigned>(++calls); }
 void* CQMProcess::GetHandle() { return ++calls, nullptr; }
 
