@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// The check of many files for changes beside the status calls that it takes. Names are job/library.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// INI operations beside other libraries and beside a lower bound: to read a file, one read and a search for
 /// every newline; to write one, a write for each record. Names are job/library/KiB.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// The timing classes beside what their work takes at least. Names are job/library.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Draws what report.jq prints with --arg output chart: gnuplot -c benchmarks/chart.gp DATA PICTURE.svg
 set terminal svg size 800,560 font "sans-serif,12" background "white"
 set output ARG2

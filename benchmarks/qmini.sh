@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Prints a table of whole processes that read and edit a file: qmini and other command-line editors.
 #
 #   benchmarks/qmini.sh QMINI [HYPERFINE OPTION...]

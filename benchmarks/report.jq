@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Prints the medians of a run: with --arg output chart as the data of chart.gp, otherwise as the tables of
 # docs/benchmarks.md. Fails when a target is missed by a factor of more than two, which noise does not explain.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The target "docs": the documents and the reference of the public declarations as a site, in docs/html of the build
 # folder. The start page is index.html.
 # Every finding of doxygen is an error.

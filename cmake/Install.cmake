@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs the shared libraries (component Runtime), and the public headers, the CMake package for
 # find_package(qmUtility CONFIG) and the pkg-config file (component Development).
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Copies the compiler's runtime libraries beside the programs, in the build and in the installation. All libraries
 # share them, so that exceptions pass from one library to another.
 foreach(name IN ITEMS libgcc_s_seh-1 libstdc++-6 libwinpthread-1)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian packages, built by "cmake --workflow --preset package": the libraries, named for their major version, the
 # development files, and the tool qmini.
 set(CPACK_GENERATOR DEB)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Adds a shared library: public headers that compile as C++17, sources in C++20, a versioned name, hidden visibility.
 #
 #   qm_shared_library(<target> SOURCES <file>... HEADERS <public header>...)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Toolchain file: builds for 64-bit ARM Linux with GCC and runs the programs under QEMU.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)

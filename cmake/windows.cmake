@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Toolchain file: builds for 64-bit Windows with MinGW and runs the programs under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

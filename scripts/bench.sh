@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs the benchmarks and writes docs/benchmarks.md and docs/benchmarks.svg. With arguments, which go to the benchmark
 # program (--benchmark_min_time=0.001, say), writes both to build/benchmark instead.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds the tool and the examples and shows each service of the library at work on real files. Fails when something
 # does not come out as it should.
 set -euo pipefail

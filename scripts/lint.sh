@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs what is missing and checks every source with clang-format, clang-tidy and cppcheck, and for its licence; any
 # finding is an error.
 # "scripts/lint.sh fix" formats the sources instead.

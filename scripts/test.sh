@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs what is missing, then builds the library and runs every test with each preset that is named: release (the
 # default, with asan-ubsan), asan-ubsan, tsan, debug, clang-libcxx, aarch64 (under QEMU), or windows (under Wine).
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs a Windows program under Wine, in a prefix in build/wine. The first call creates it, which takes some seconds.
 #
 #   scripts/wine.sh PROGRAM [ARGUMENT...]

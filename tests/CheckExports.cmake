@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails if a library exports a symbol outside its public classes and namespaces, whose mangled names are given.
 execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE symbols)
 string(REGEX REPLACE ".*Name Pointer] Table|\n\n.*" "" symbols "${symbols}\n")

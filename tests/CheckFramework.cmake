@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails if the configuration with the real framework still contains a part of the subset: a source that is compiled, or
 # a declaration in a header, which may only include the framework's own headers.
 execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compares the symbols that the libraries export with those on record. A change that is intended is recorded by
 # copying the list that was built over the recorded one.
 set(symbols "")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// Fault injection: every operation with each of its system calls and allocations failing.
 

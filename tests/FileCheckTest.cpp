@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/filecheck/QMFileCheckAPI.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/host/qmCommonBase.h"
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/host/qmSystemInfo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// What several threads may do at once. The thread sanitizer finds what the results do not show.
 

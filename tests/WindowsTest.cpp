@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/ini/INIParser.h"
 #include "qmUtility/platform/Kernel.h"

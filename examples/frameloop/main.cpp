@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A frame loop that uses every service of the library: it draws bouncing balls, measures its frame rate,
 // rereads its settings whenever their file changes, and saves the statistics of the run in the same file.
 //

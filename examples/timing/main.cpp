@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A tour of the timing classes. In parentheses below each figure is the one that the standard library's
 // clocks give.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/filecheck/QMFileCheck.h"
 
 #include "qmUtility/platform/Runtime.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/filecheck/QMFileCheckAPI.h"
 
 CArray<CQMFileCheck, const CQMFileCheck&> CQMFileCheckAPI::m_files;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CArchive.h"
 
 #include <cstdint>

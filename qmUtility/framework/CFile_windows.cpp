@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CFile.h"
 #include "qmUtility/platform/Kernel.h"
 

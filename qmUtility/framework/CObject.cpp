@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CObject.h"
 
 CRuntimeClass* CObject::GetRuntimeClass() const

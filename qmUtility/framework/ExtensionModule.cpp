@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/framework/ExtensionModule.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/host/qmCommonBase.h"
 
 #include "qmUtility/platform/Kernel.h"

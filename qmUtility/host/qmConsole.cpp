@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/host/qmConsole.h"
 
 #include "qmUtility/framework/CString.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/host/qmSystemInfo.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/ini/TextFile.h"
 
 #include <algorithm>

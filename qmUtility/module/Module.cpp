@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// The library's entry point: registers the library with the host's framework while it is loaded.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/platform/LeakChecker.h"
 
 // Defined only in a process that runs with the leak checker.

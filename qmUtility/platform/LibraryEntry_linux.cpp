@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// Calls the entry point of the library that this source is linked into, as the loader does on Windows.
 

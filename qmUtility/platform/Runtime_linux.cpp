@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/platform/Runtime.h"
 #include "qmUtility/platform/SystemPath_linux.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/platform/Utf8.h"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/platform/WidePrint.h"
 
 #include "qmUtility/platform/Utf8.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
 
 #include "qmUtility/host/qmCommonBase.h"

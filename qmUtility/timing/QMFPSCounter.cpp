@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/timing/QMFPSCounter.h"
 
 #include "qmUtility/host/qmSystemInfo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/timing/QMTimer.h"
 
 #include "qmUtility/host/qmConsole.h"

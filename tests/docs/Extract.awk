@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Extracts the fenced blocks of a document. The words after the language say what a block is for:
 #
 #   ```cpp                 statements, run as part of a test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CArray.h"
 
 #include <gtest/gtest.h>

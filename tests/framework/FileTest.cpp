@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CFile.h"
 #include "tests/support/TemporaryFolder.h"
 

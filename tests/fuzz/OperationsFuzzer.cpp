@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// Random operations on a file or on a document, each compared with the model's: its result, and what the file
 /// or the document then holds.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// @file
 /// Wide printing: directives for numbers compared with the C library's wide printing, and arbitrary formats, which must
 /// stay within the buffer.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/ini/INIDocument.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/ini/INIParser.h"
 #include "tests/support/TemporaryFolder.h"
 

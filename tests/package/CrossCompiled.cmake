@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs a cross-compiled build, builds the README's project against it, and runs the program.
 set(work "${BINARY_DIR}/package-tests")
 file(REMOVE_RECURSE "${work}")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Builds the Debian packages in a folder of their own, checks them, and unpacks them.
 function(run)
   execute_process(COMMAND ${ARGV} WORKING_DIRECTORY "${SOURCE_DIR}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Extracts the files of a document's projects, runs one of its scripts in the script's folder, and compares the end of
 # the output with output.txt from the same folder or the top folder. Numbers may differ.
 file(REMOVE_RECURSE "${WORK}")

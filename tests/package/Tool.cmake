@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Looks at an installed qmini: it runs, bash completes its command line, and its manual page has no warnings.
 function(expect pattern)
   execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)

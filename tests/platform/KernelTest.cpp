@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/platform/Kernel.h"
 
 #include "qmUtility/platform/StandardStream.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/platform/WidePrint.h"
 
 #include "qmUtility/framework/CString.h"

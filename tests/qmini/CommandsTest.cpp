@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmini/Difference.h"
 #include "tests/qmini/Qmini.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/qmini/Qmini.h"
 
 #include <fcntl.h>

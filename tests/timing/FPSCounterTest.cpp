@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/timing/QMFPSCounter.h"
 #include "tests/timing/Script.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/timing/Script.h"
 
 #include "qmUtility/framework/CString.h"

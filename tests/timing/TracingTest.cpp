@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
 #include "qmUtility/timing/QMTimer.h"
 #include "tests/timing/Script.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmini/Check.h"
 
 #include "qmUtility/ini/Grammar.h"

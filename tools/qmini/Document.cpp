@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmini/Document.h"
 
 #include "qmUtility/ini/Grammar.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmini/Files.h"
 
 #include "qmini/Command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qmini/Command.h"
 
 #include <algorithm>

@@ -1,1 +1,2 @@
+// SPDX-License-Identifier: MIT
 #error "the library includes a header of the program"
