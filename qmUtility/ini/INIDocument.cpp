@@ -75,8 +75,9 @@ struct TextOutput
     void Flush() {}
 };
 
-/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one does
-/// not, and has an empty line between a section's comments and its header, for each section but the first.
+/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one
+/// does not, and has an empty line between a section's comments and its header, for each section but the
+/// first.
 template <class Char, class Target>
 void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, Target& out)
 {
@@ -146,13 +147,13 @@ bool BasicINIDocument<Char>::Load(const String& path)
     if (!bytes)
         return false;
 
-    BasicINIDocument loaded; // with the conversion of now
+    BasicINIDocument loaded; // with the current global locale
     auto decoded = ini::Encoding<Char>(loaded.m_locale).Decode(std::move(*bytes));
     if (!decoded)
         return false;
     const View text = *decoded;
     loaded.m_text = std::move(decoded->Data);
-    constexpr std::size_t bytesPerRecord = 48; // usual share of the file, so that the list grows once at most
+    constexpr std::size_t bytesPerRecord = 48; // usual share of the file, so that the list seldom grows
     loaded.m_records.reserve(text.size() / bytesPerRecord);
     ini::Scan(text, [&](RecordView record) {
         if (!IsNormalized(record.Comments))
@@ -400,7 +401,7 @@ bool BasicINIDocument<Char>::ChangeRecord(View key, View section, Change change)
     return true;
 }
 
-/// Changes every record of a section. It is no failure that there is none.
+/// Changes every record of a section. Succeeds if there is none.
 template <class Char>
 template <class Change>
 bool BasicINIDocument<Char>::ChangeSection(View section, Change change)
@@ -419,18 +420,21 @@ std::basic_string_view<Char> BasicINIDocument<Char>::Keep(String text)
     return *m_kept.emplace_back(std::make_shared<const String>(std::move(text)));
 }
 
-/// Releases the texts that edits have replaced, once they are the larger part of those kept.
+/// Releases the texts that edits have replaced, now and then: when as many were added as were left the last
+/// time.
 template <class Char>
 void BasicINIDocument<Char>::DropUnusedTexts()
 {
-    constexpr std::size_t fields = 4;
-    constexpr std::size_t spare = 64;
-    if (m_kept.size() < 2 * fields * m_records.size() + spare)
+    if (m_kept.size() < m_dropAt)
         return;
-    std::unordered_set<const Char*> used;
+    std::unordered_set<const Char*> unused;
+    for (const auto& text : m_kept)
+        unused.insert(text->data());
     for (const RecordView& record : m_records)
-        used.insert({record.Comments.data(), record.Section.data(), record.Key.data(), record.Value.data()});
-    std::erase_if(m_kept, [&](const auto& text) { return used.count(text->data()) == 0; });
+        for (const View field : {record.Comments, record.Section, record.Key, record.Value})
+            unused.erase(field.data());
+    std::erase_if(m_kept, [&](const auto& text) { return unused.count(text->data()) != 0; });
+    m_dropAt = 2 * m_kept.size() + FewTexts;
 }
 
 template class BasicINIDocument<char>;

@@ -27,7 +27,8 @@
 /// was never loaded: at construction) and saves by the same one. `INIDocument` keeps bytes as they are.
 ///
 /// **Complexity.** `Load`, `Save` and `Content` take linear time in the size of the file, lookups and edits
-/// in the number of records, `Sort` n log n.
+/// in the number of records, `Sort` n log n in that of its result. Texts that edits replace stay in memory
+/// for some edits more.
 ///
 /// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it
 /// was.
@@ -64,7 +65,7 @@ public:
     /// @return false when the file cannot be opened for writing. Errors after that are not detected.
     bool Save(const String& path) const;
 
-    /// @return the text that `Save` writes, with "\n" for each newline.
+    /// @return the text that `Save` encodes and writes, with "\n" for each newline.
     String SavedText() const;
 
     /// @return the document as text; see `INIParser::Content`.
@@ -93,8 +94,8 @@ public:
 
     /// @}
     /// @name Edits
-    /// All return true, but for those that look for one record: these return false when there is none, and
-    /// change nothing.
+    /// All return true, but `DeleteRecord`, `CommentRecord`, `UnCommentRecord`, `SetRecordComments` and
+    /// `SetSectionComments`, which return false, and change nothing, when there is no such record.
     /// @{
 
     bool SetValue(String key, String value, String section); ///< see `INIParser::SetValue`
@@ -115,6 +116,10 @@ public:
 
 private:
     using Records = std::vector<RecordView>;
+    enum : std::size_t
+    {
+        FewTexts = 16 ///< not worth looking for unused ones
+    };
 
     QMUTILITY_PRIVATE typename Records::iterator Find(View key, View section);
     QMUTILITY_PRIVATE View Keep(String text);
@@ -127,6 +132,7 @@ private:
     Records m_records;                                 ///< views into the texts below
     std::shared_ptr<const Char[]> m_text;              ///< what was loaded; never changed, so copies share it
     std::vector<std::shared_ptr<const String>> m_kept; ///< texts of edits; never changed either
+    std::size_t m_dropAt = FewTexts;                   ///< number of kept texts to look for unused ones at
     std::locale m_locale;                              ///< converts between bytes and `wchar_t`
 };
 

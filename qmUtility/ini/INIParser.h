@@ -197,7 +197,8 @@ public:
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool UnCommentRecord(std::string key, std::string section, std::string path);
 
-    /// Makes every record of the section active, its headers included. A section without records is no failure.
+    /// Makes every record of the section active, its headers included. A section without records is no
+    /// failure.
     static bool UnCommentSection(std::string section, std::string path);
 
     /// Replaces the comments above the first record of this key and section.

@@ -17,7 +17,7 @@ template <class Char, class Matches, class Visitor>
 std::optional<bool> VisitFirst(const String<Char>& path, Matches matches, Visitor visit)
 {
     bool isFound = false;
-    const bool isRead = ini::ScanFile(path, [&](const auto& record) {
+    const bool isRead = ini::ScanFile(path, [&, matches](const auto& record) mutable {
         if (!isFound && matches(record)) {
             isFound = true;
             visit(record);

@@ -6,6 +6,7 @@
 #include <climits>
 #include <filesystem>
 #include <type_traits>
+#include <utility>
 
 namespace ini {
 namespace {
@@ -62,14 +63,16 @@ std::optional<Text<char>> Read(const Path& path)
     std::size_t capacity = FirstCapacity;
     Text<char> bytes(capacity);
     for (;;) {
-        errno = 0; // tells a read error from the end of the file, which libc++ does not
+        const int before =
+            std::exchange(errno, 0); // tells a read error from the end of the file, unlike libc++
         stream.read(bytes.Data.get() + bytes.Size, static_cast<std::streamsize>(capacity - bytes.Size));
         bytes.Size += static_cast<std::size_t>(stream.gcount());
-        if (errno == EINTR) { // nothing is lost: goes on where it was interrupted
+        const int error = std::exchange(errno, before);
+        if (error == EINTR) { // nothing is lost: goes on where it was interrupted
             stream.clear();
             continue;
         }
-        if (stream.bad() || errno != 0)
+        if (stream.bad() || error != 0)
             return std::nullopt;
         if (stream.eof())
             return bytes;
