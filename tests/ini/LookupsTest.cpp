@@ -100,7 +100,7 @@ TEST_F(Lookups, FindTheFirstMatch)
         EXPECT_EQ(INIParser::GetValue(key, section, path), value);
     };
     for (const auto& [key, section, record] : cases) {
-        SCOPED_TRACE(section + '/' + key);
+        SCOPED_TRACE(testing::Message() << section << "/" << key);
         check(m_document, m_path, key, section, record);
         check(m_wideDocument, m_widePath, Widen(key), Widen(section), record);
     }
