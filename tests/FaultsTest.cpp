@@ -108,16 +108,13 @@ void* operator new(std::size_t size)
     return memory;
 }
 
-void* operator new[](std::size_t size) { return operator new(size); }
 // Not inlined, or the compiler would take the memory for one of the original function.
 [[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     allocations -= memory != nullptr;
     std::free(memory);
 }
-void operator delete[](void* memory) noexcept { operator delete(memory); }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
 
 namespace {
 
@@ -141,10 +138,7 @@ const std::vector<Operation> Operations = {
     {"Create", [](auto& p) { return INIParser::Create(p); }},
     {"Sort", [](auto& p) { return INIParser::Sort(p, true); }},
     {"SetValue", [](auto& p) { return INIParser::SetValue("k", "2", "S", p); }},
-    {"SetValue, new section", [](auto& p) { return INIParser::SetValue("x", "2", "X", p); }},
     {"wide SetValue", [](auto& p) { return INIParser::SetValue(L"k", L"2", L"S", Widen(p)); }},
-    {"RenameSection", [](auto& p) { return INIParser::RenameSection("S", "X", p); }},
-    {"SetRecordComments", [](auto& p) { return INIParser::SetRecordComments("; x", "k", "S", p); }},
 };
 
 constexpr std::size_t Threw = std::string::npos; ///< the result of an operation that ended with an exception
@@ -155,18 +149,25 @@ using Outcome = std::pair<std::size_t, std::string>;
 class Faults : public TemporaryFolder
 {
 protected:
-    /// Runs an operation on a file with the text.
+    /// Calls a function.
     /// @param n the call of it that fails
-    Outcome Run(const Operation& operation, int n = -1) const
+    static std::size_t Try(int n, const std::function<std::size_t()>& function)
     {
-        Write(m_text);
         std::size_t result = Threw;
         callsLeft = n;
         try {
-            result = operation.Run(m_path);
+            result = function();
         } catch (const std::bad_alloc&) {
         }
         callsLeft = -1;
+        return result;
+    }
+
+    /// Runs an operation on a file with the text.
+    Outcome Run(const Operation& operation, int n = -1) const
+    {
+        Write(m_text);
+        const std::size_t result = Try(n, [&] { return operation.Run(m_path); });
         return {result, Read(m_path)};
     }
 
@@ -194,13 +195,6 @@ protected:
         }
     }
 
-    static int NextDescriptor()
-    {
-        const int next = dup(STDIN_FILENO);
-        close(next);
-        return next;
-    }
-
     /// @return a text with a value of this length.
     static std::string TextWith(std::size_t length)
     {
@@ -213,9 +207,11 @@ protected:
 
 TEST_F(Faults, EachCallOfEachOperationFails)
 {
-    const int nextDescriptor = NextDescriptor();
+    const auto countDescriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto descriptors = countDescriptors();
     const std::tuple<bool, const char*, std::size_t> rounds[] = {
-        {false, "C", 10},
         {true, "C", 10},
         {false, "C.UTF-8", 10},
         {false, "C", 110'000}, // takes several reads, and writes past the buffer
@@ -228,7 +224,7 @@ TEST_F(Faults, EachCallOfEachOperationFails)
             FailEach(operation);
         std::locale::global(before);
     }
-    EXPECT_EQ(NextDescriptor(), nextDescriptor) << "a descriptor was left open";
+    EXPECT_EQ(countDescriptors(), descriptors) << "a descriptor was left open";
 }
 
 TEST_F(Faults, EachOperationReadsItsFileOnce)
@@ -246,7 +242,6 @@ TEST_F(Faults, AnEditOfADocumentIsDoneOrNot)
     const std::function<bool(INIDocument&)> edits[] = {
         [](auto& d) { return d.Load("/dev/null"); },
         [](auto& d) { return d.SetValue("k", "a value that needs memory", "S"); },
-        [](auto& d) { return d.SetValue("x", "a value that needs memory", "S"); },
         [](auto& d) { return d.SetValue("x", "a value that needs memory", "X"); },
         [](auto& d) { return d.AddSection("a name that needs memory"); },
         [](auto& d) { return d.RenameSection("S", "a name that needs memory"); },
@@ -256,20 +251,15 @@ TEST_F(Faults, AnEditOfADocumentIsDoneOrNot)
     };
     INIDocument original;
     ASSERT_TRUE(original.Load(Write(m_text)));
-    for (std::size_t i = 0; i != std::size(edits); ++i) {
+    for (const auto& edit : edits) {
         INIDocument edited = original;
-        EXPECT_TRUE(edits[i](edited));
-        bool isDone = false;
-        for (int n = 0; !isDone; ++n) {
+        EXPECT_TRUE(edit(edited));
+        std::size_t result = Threw;
+        for (int n = 0; result != 1; ++n) {
             INIDocument document = original;
-            callsLeft = n;
-            try {
-                isDone = edits[i](document);
-            } catch (const std::bad_alloc&) {
-            }
-            callsLeft = -1;
-            EXPECT_EQ(document.Content(), (isDone ? edited : original).Content())
-                << "edit " << i << ", call " << n;
+            result = Try(n, [&] { return edit(document); });
+            EXPECT_EQ(document.Content(), (result == 1 ? edited : original).Content())
+                << "edit " << &edit - edits << ", call " << n;
         }
     }
 }

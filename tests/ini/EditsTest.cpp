@@ -3,20 +3,16 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <functional>
-#include <tuple>
 
 namespace {
 
 /// An argument of either width.
-struct Text
+struct Text : std::string
 {
-    const char* Bytes;
-
-    operator std::string() const { return Bytes; }
-    operator std::wstring() const { return {Bytes, Bytes + std::string_view(Bytes).size()}; }
+    operator std::wstring() const { return Widen(*this); }
 };
 
-constexpr Text operator""_t(const char* bytes, std::size_t /*size*/) { return {bytes}; }
+Text operator""_t(const char* bytes, std::size_t /*size*/) { return {bytes}; }
 
 /// An edit, as `INIParser` and as a document of either width does it.
 struct Edit
@@ -35,13 +31,13 @@ struct Edit
             [](WINIDocument& document) { return document.Operation(__VA_ARGS__); }                           \
     }
 
-/// What an edit of a file returns and leaves behind: `After` is the file, byte for byte.
+/// What an edit of a file leaves behind, byte for byte, and returns.
 struct Case
 {
     std::string Before;
     Edit Operation;
-    bool Result;
     std::string After;
+    bool Result = true;
 };
 
 class Edits : public TemporaryFolder
@@ -50,7 +46,7 @@ protected:
     void Check(const std::vector<Case>& cases)
     {
         for (std::size_t i = 0; i < cases.size(); ++i) {
-            const auto& [before, edit, result, after] = cases[i];
+            const auto& [before, edit, after, result] = cases[i];
             SCOPED_TRACE("case " + std::to_string(i));
             const std::string path = Write(before);
             EXPECT_EQ(edit.OfFile(path), result);
@@ -62,8 +58,7 @@ protected:
             ASSERT_TRUE(document.Load(path) && wide.Load(WidePath("test.ini")));
             EXPECT_EQ(edit.OfDocument(document), result);
             EXPECT_EQ(edit.OfWideDocument(wide), result);
-            const std::string content = document.Content();
-            EXPECT_EQ(wide.Content(), Widen(content));
+            EXPECT_EQ(wide.Content(), Widen(document.Content()));
             EXPECT_TRUE(!result || document.Save(path));
             EXPECT_EQ(Read(path), after);
         }
@@ -73,87 +68,70 @@ protected:
 TEST_F(Edits, SetValueInsertsMissingKeysFirstAndMissingSectionsLast)
 {
     Check({
-        {"[S]\na=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), true, " [S]\n a=2\n"},
-        {"[S]\na=1\n", EDIT(SetValue, "b"_t, "2"_t, "S"_t), true, " [S]\n b=2\n a=1\n"},
-        {"[S]\na=1\n[T]\nc=3\n", EDIT(SetValue, "b"_t, "2"_t, "T"_t), true, " [S]\n a=1\n [T]\n b=2\n c=3\n"},
-        {"[S]\na=1\n", EDIT(SetValue, "x"_t, "9"_t, "N"_t), true, " [S]\n a=1\n [N]\n x=9\n"},
-        {"[S]\n;n\n#a=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), true, " [S]\n;n\n#a=2\n"},
-        {"[S]\na=1\na=2\n", EDIT(SetValue, "a"_t, "5"_t, "S"_t), true, " [S]\n a=5\n a=2\n"},
-        {";[S]\na=1\n[S]\n", EDIT(SetValue, "b"_t, "2"_t, "S"_t), true, ";[S]\n b=2\n a=1\n [S]\n"},
-        {"k=1\nl=2\n[S]\n", EDIT(SetValue, "n"_t, "3"_t, ""_t), true, " k=1\n n=3\n l=2\n [S]\n"},
-        {"[S]\n", EDIT(SetValue, "n"_t, "3"_t, ""_t), true, " [S]\n []\n n=3\n"},
-        {"[S]\n", EDIT(SetValue, ""_t, "2"_t, "S"_t), true,
-         " [S]\n"}, // the header's key, which has no value to write
-        {"", EDIT(SetValue, "a"_t, "1"_t, "S"_t), true, " [S]\n a=1\n"},
-        // What reading drops, a rewrite loses.
-        {"\n  [S]  tail\n\n; c\r\n\n a = 1 \r\njunk\n; lost\nlast=1", EDIT(SetValue, "a "_t, " 2"_t, "S"_t),
-         true, " [S]\n; c\n a = 2\n []\n"},
+        {"[S]\na=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), " [S]\n a=2\n"},
+        {"[S]\na=1\n", EDIT(SetValue, "b"_t, "2"_t, "S"_t), " [S]\n b=2\n a=1\n"},
+        {"[S]\na=1\n[T]\nc=3\n", EDIT(SetValue, "b"_t, "2"_t, "T"_t), " [S]\n a=1\n [T]\n b=2\n c=3\n"},
+        {"[S]\na=1\n", EDIT(SetValue, "x"_t, "9"_t, "N"_t), " [S]\n a=1\n [N]\n x=9\n"},
+        {"[S]\n;n\n#a=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), " [S]\n;n\n#a=2\n"},
+        {"[S]\na=1\na=2\n", EDIT(SetValue, "a"_t, "5"_t, "S"_t), " [S]\n a=5\n a=2\n"},
+        {";[S]\na=1\n[S]\n", EDIT(SetValue, "b"_t, "2"_t, "S"_t), ";[S]\n b=2\n a=1\n [S]\n"},
+        {"k=1\nl=2\n[S]\n", EDIT(SetValue, "n"_t, "3"_t, ""_t), " k=1\n n=3\n l=2\n [S]\n"},
+        {"[S]\n", EDIT(SetValue, "n"_t, "3"_t, ""_t), " [S]\n []\n n=3\n"},
+        {"[S]\n", EDIT(SetValue, ""_t, "2"_t, "S"_t), " [S]\n"}, // a header has no value to write
     });
 }
 
 TEST_F(Edits, WideFilesAreNotIndentedAndHaveAnEmptyLineBeforeEachHeaderButTheFirst)
 {
-    const std::tuple<const char*, const wchar_t*, std::wstring, const char*> cases[] = {
-        {"k=0\n;s\n[S]\na=1\n#b=2\n;t\n;[T]\n[U]\n", L"a", L"2",
-         "k=0\n;s\n[S]\na=2\n#b=2\n;t\n\n;[T]\n\n[U]\n"},
-        {"[S]\na=1\n", L"b", L"2", "[S]\nb=2\na=1\n"},
-        {"[T]\na=1\n", L"x", L"9", "[T]\na=1\n\n[S]\nx=9\n"},
-        {"[S]\na=1\n", L"a", std::wstring(L"\u20AC\u0100!") + wchar_t(-1), "[S]\na=?\?!?\n"},
-    };
-    for (const auto& [before, key, value, after] : cases) {
-        Write(before);
-        EXPECT_TRUE(INIParser::SetValue(key, value, L"S", WidePath("test.ini")));
-        EXPECT_EQ(Read(Path("test.ini")), after);
-    }
+    const std::string path = Write("k=0\n;s\n[S]\na=1\n#b=2\n;t\n;[T]\n[U]\n");
+    const std::wstring value = std::wstring(L"\u20AC\u0100!") + wchar_t(-1); // has no bytes in this locale
+    EXPECT_TRUE(INIParser::SetValue(L"a", value, L"S", WidePath("test.ini")));
+    EXPECT_EQ(Read(path), "k=0\n;s\n[S]\na=?\?!?\n#b=2\n;t\n\n;[T]\n\n[U]\n");
 }
 
 TEST_F(Edits, AddSectionDeleteAndRename)
 {
     Check({
-        {"[A]\na=1\n", EDIT(AddSection, "B"_t), true, " [A]\n a=1\n [B]\n"},
-        {"[A]\na=1\n", EDIT(AddSection, "A"_t), true, " [A]\n a=1\n [A]\n"},
-        {"[S]\nx=1\n;c\nx=2\n", EDIT(DeleteRecord, "x"_t, "S"_t), true, " [S]\n;c\n x=2\n"},
-        {"[S]\n;c\n#x=1\ny=2\n", EDIT(DeleteRecord, "x"_t, "S"_t), true, " [S]\n y=2\n"},
-        {"[S]\nx=1\n[T]\n", EDIT(DeleteRecord, "x"_t, "T"_t), false, "[S]\nx=1\n[T]\n"}, // not rewritten
-        {"[R]\n[S]\nx=1\n[S]\n", EDIT(DeleteRecord, ""_t, "S"_t), true, " [R]\n x=1\n [S]\n"},
-        {";c\n[S]\n#x=1\n[T]\n;d\ny=1\n;[S]\nz=1\n", EDIT(DeleteSection, "S"_t), true, " [T]\n;d\n y=1\n"},
-        {"[T]\n", EDIT(DeleteSection, "S"_t), true, " [T]\n"}, // rewritten all the same
-        {"[A]\na=1\n[B]\n;[A]\n#b=1\n", EDIT(RenameSection, "A"_t, "C"_t), true,
-         " [C]\n a=1\n [B]\n;[C]\n#b=1\n"},
-        {"[A]\n", EDIT(RenameSection, "X"_t, "Y"_t), true, " [A]\n"},
+        {"[A]\na=1\n", EDIT(AddSection, "B"_t), " [A]\n a=1\n [B]\n"},
+        {"[A]\na=1\n", EDIT(AddSection, "A"_t), " [A]\n a=1\n [A]\n"},
+        {"[S]\nx=1\n;c\nx=2\n", EDIT(DeleteRecord, "x"_t, "S"_t), " [S]\n;c\n x=2\n"},
+        {"[S]\n;c\n#x=1\ny=2\n", EDIT(DeleteRecord, "x"_t, "S"_t), " [S]\n y=2\n"},
+        {"[S]\nx=1\n[T]\n", EDIT(DeleteRecord, "x"_t, "T"_t), "[S]\nx=1\n[T]\n", false}, // not rewritten
+        {"[R]\n[S]\nx=1\n[S]\n", EDIT(DeleteRecord, ""_t, "S"_t), " [R]\n x=1\n [S]\n"},
+        {";c\n[S]\n#x=1\n[T]\n;d\ny=1\n;[S]\nz=1\n", EDIT(DeleteSection, "S"_t), " [T]\n;d\n y=1\n"},
+        {"[T]\n", EDIT(DeleteSection, "S"_t), " [T]\n"}, // rewritten all the same
+        {"[A]\na=1\n[B]\n;[A]\n#b=1\n", EDIT(RenameSection, "A"_t, "C"_t), " [C]\n a=1\n [B]\n;[C]\n#b=1\n"},
+        {"[A]\n", EDIT(RenameSection, "X"_t, "Y"_t), " [A]\n"},
     });
 }
 
 TEST_F(Edits, CommentOutAndRestore)
 {
     Check({
-        {"[S]\n;c\nk=1\nk=2\n", EDIT(CommentRecord, INIParser::Hash, "k"_t, "S"_t), true,
-         " [S]\n;c\n#k=1\n k=2\n"},
-        {"[S]\n#k=1\n", EDIT(CommentRecord, INIParser::Semicolon, "k"_t, "S"_t), true, " [S]\n;k=1\n"},
-        {"[S]\nk=1\n", EDIT(CommentRecord, INIParser::Hash, ""_t, "S"_t), true, "#[S]\n k=1\n"},
-        {"[S]\n#k=1\n;k=2\n", EDIT(UnCommentRecord, "k"_t, "S"_t), true, " [S]\n k=1\n;k=2\n"},
-        {"[S]\n#k=1\n[T]\n", EDIT(UnCommentRecord, "k"_t, "T"_t), false, "[S]\n#k=1\n[T]\n"},
-        {"[S]\nk=1\n[T]\nt=1\n[S]\n#l=1\n", EDIT(CommentSection, ';', "S"_t), true,
+        {"[S]\n;c\nk=1\nk=2\n", EDIT(CommentRecord, INIParser::Hash, "k"_t, "S"_t), " [S]\n;c\n#k=1\n k=2\n"},
+        {"[S]\n#k=1\n", EDIT(CommentRecord, INIParser::Semicolon, "k"_t, "S"_t), " [S]\n;k=1\n"},
+        {"[S]\nk=1\n", EDIT(CommentRecord, INIParser::Hash, ""_t, "S"_t), "#[S]\n k=1\n"},
+        {"[S]\n#k=1\n;k=2\n", EDIT(UnCommentRecord, "k"_t, "S"_t), " [S]\n k=1\n;k=2\n"},
+        {"[S]\n#k=1\n[T]\n", EDIT(UnCommentRecord, "k"_t, "T"_t), "[S]\n#k=1\n[T]\n", false},
+        {"[S]\nk=1\n[T]\nt=1\n[S]\n#l=1\n", EDIT(CommentSection, ';', "S"_t),
          ";[S]\n;k=1\n [T]\n t=1\n;[S]\n;l=1\n"},
-        {"k=1\n[S]\n", EDIT(CommentSection, '#', ""_t), true, "#k=1\n [S]\n"},
-        {"[S]\n", EDIT(CommentSection, '!', "S"_t), true, "![S]\n"}, // any character is written
-        {";[S]\n#k=1\n;[T]\n", EDIT(UnCommentSection, "S"_t), true, " [S]\n k=1\n;[T]\n"},
+        {"k=1\n[S]\n", EDIT(CommentSection, '#', ""_t), "#k=1\n [S]\n"},
+        {"[S]\n", EDIT(CommentSection, '!', "S"_t), "![S]\n"}, // any character is written
+        {";[S]\n#k=1\n;[T]\n", EDIT(UnCommentSection, "S"_t), " [S]\n k=1\n;[T]\n"},
     });
 }
 
 TEST_F(Edits, ReplaceComments)
 {
     Check({
-        {"[S]\n;old\nk=1\nk=2\n", EDIT(SetRecordComments, "; a"_t, "k"_t, "S"_t), true,
-         " [S]\n; a\n k=1\n k=2\n"},
-        {"[S]\n#k=1\n", EDIT(SetRecordComments, "; a\n"_t, "k"_t, "S"_t), true,
-         " [S]\n; a\n\n#k=1\n"}, // gets another newline
-        {"[S]\nk=1\n", EDIT(SetRecordComments, "#"_t, "k"_t, "S"_t), true,
-         " [S]\n# k=1\n"}, // too short to get one
-        {"[S]\n;old\nk=1\n", EDIT(SetRecordComments, ""_t, "k"_t, "S"_t), true, " [S]\n k=1\n"},
-        {"k=1\n;old\n;[S]\n[S]\n", EDIT(SetSectionComments, "; a\n; b"_t, "S"_t), true,
+        {"[S]\n;old\nk=1\nk=2\n", EDIT(SetRecordComments, "; a"_t, "k"_t, "S"_t), " [S]\n; a\n k=1\n k=2\n"},
+        // A newline is added, unless the comment is too short.
+        {"[S]\n#k=1\n", EDIT(SetRecordComments, "; a\n"_t, "k"_t, "S"_t), " [S]\n; a\n\n#k=1\n"},
+        {"[S]\nk=1\n", EDIT(SetRecordComments, "#"_t, "k"_t, "S"_t), " [S]\n# k=1\n"},
+        {"[S]\n;old\nk=1\n", EDIT(SetRecordComments, ""_t, "k"_t, "S"_t), " [S]\n k=1\n"},
+        {"k=1\n;old\n;[S]\n[S]\n", EDIT(SetSectionComments, "; a\n; b"_t, "S"_t),
          " k=1\n; a\n; b\n;[S]\n [S]\n"},
-        {"k=1\n[S]\n", EDIT(SetSectionComments, "; a"_t, ""_t), false, "k=1\n[S]\n"}, // keys, but no header
+        {"k=1\n[S]\n", EDIT(SetSectionComments, "; a"_t, ""_t), "k=1\n[S]\n", false}, // keys, but no header
     });
 }
 
@@ -166,27 +144,21 @@ TEST_F(Edits, Sort)
     };
     const std::string unsorted = "[b]\n[A]\n;of k10\nk10=1\n#k2=2\nK1=3\n;of a\n[a]\n\xC3=1\nz=1\n";
     Check({
-        {unsorted, sort(false), true,
-         " [A]\n K1=3\n;of k10\n k10=1\n#k2=2\n;of a\n [a]\n z=1\n \xC3=1\n [b]\n"},
-        {unsorted, sort(true), true,
-         " [b]\n;of a\n [a]\n \xC3=1\n z=1\n [A]\n#k2=2\n;of k10\n k10=1\n K1=3\n"},
-        {"k=1\n;[T]\n[S]\n", sort(false), true, " [S]\n;[T]\n"}, // keys above the first header are dropped
-        {"k=1\njunk\n[S]\n", sort(false), true,
-         " []\n k=1\n [S]\n"},                                // but not where a record has the empty name
-        {"[S]\ny=1\nx=2\n[R]\n[S]\nz=3\n", sort(false), true, // each header takes all keys of its name
-         " [R]\n [S]\n x=2\n y=1\n z=3\n [S]\n x=2\n y=1\n z=3\n"},
-        {"[S]\nk=1\n=x\n", sort(false), true, " [S]\n k=1\n [S]\n k=1\n"},
-        {"k=1\n", sort(false), false, "k=1\n"}, // no header: not rewritten
+        {unsorted, sort(false), " [A]\n K1=3\n;of k10\n k10=1\n#k2=2\n;of a\n [a]\n z=1\n \xC3=1\n [b]\n"},
+        {unsorted, sort(true), " [b]\n;of a\n [a]\n \xC3=1\n z=1\n [A]\n#k2=2\n;of k10\n k10=1\n K1=3\n"},
+        {"k=1\n;[T]\n[S]\n", sort(false), " [S]\n;[T]\n"},      // keys above the first header are dropped
+        {"k=1\njunk\n[S]\n", sort(false), " []\n k=1\n [S]\n"}, // but not where a record has the empty name
+        // Each header takes all keys of its name.
+        {"[S]\nk=1\n=x\n", sort(false), " [S]\n k=1\n [S]\n k=1\n"},
+        {"k=1\n", sort(false), "k=1\n", false}, // no header: not rewritten
     });
 }
 
 TEST_F(Edits, CreateEmptiesAnExistingFile)
 {
     const std::string path = Write("[S]\nk=1\n");
-    for (const std::string& name : {path, Path("new.ini")}) {
-        EXPECT_TRUE(INIParser::Create(name));
-        EXPECT_EQ(Read(name) + std::to_string(std::filesystem::exists(name)), "1");
-    }
+    EXPECT_TRUE(INIParser::Create(path) && INIParser::Create(Path("new.ini")));
+    EXPECT_TRUE(std::filesystem::is_empty(path) && std::filesystem::is_empty(Path("new.ini")));
     EXPECT_FALSE(INIParser::Create(Path("no such folder/new.ini")));
 }
 

@@ -4,11 +4,9 @@
 
 #if !defined(_WIN32)
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
-#include <algorithm>
 #include <codecvt>
 #include <locale>
 
@@ -19,14 +17,15 @@ class Files : public TemporaryFolder
 protected:
     ~Files() override { std::locale::global(std::locale::classic()); }
 
-    /// Has the global locale convert between bytes and `wchar_t`.
-    static void ConvertBy(std::codecvt<wchar_t, char, std::mbstate_t>* conversion)
-    {
-        std::locale::global(std::locale(std::locale::classic(), conversion));
-    }
+    /// Has the global locale convert by the facet.
+    static void ConvertBy(auto* facet) { std::locale::global(std::locale(std::locale::classic(), facet)); }
+};
 
-    static void CheckUnreadable(const std::string& path)
-    {
+TEST_F(Files, WhatIsNoFileIsUnreadable)
+{
+    const std::string withNul = Write("[S]\nk=1\n") + std::string("\0.ini", 5);
+    EXPECT_FALSE(INIParser::Create(withNul));
+    for (const std::string& path : {withNul, Path("missing.ini"), Path("")}) {
         const std::wstring wide(path.begin(), path.end());
         EXPECT_EQ(INIParser::Content(path), "");
         EXPECT_TRUE(INIParser::RecordExists("k", "S", path));
@@ -34,17 +33,7 @@ protected:
         EXPECT_FALSE(INIParser::SetValue("k", "1", "S", path));
         EXPECT_FALSE(INIParser::SetValue(L"k", L"1", L"S", wide));
     }
-};
-
-TEST_F(Files, WhatIsNoFileIsUnreadable)
-{
-    CheckUnreadable(Path("missing.ini"));
     EXPECT_FALSE(std::filesystem::exists(Path("missing.ini"))); // nor created
-    CheckUnreadable(Path(""));
-
-    const std::string withNul = Write("[S]\nk=1\n") + std::string("\0.ini", 5);
-    EXPECT_FALSE(INIParser::Create(withNul));
-    CheckUnreadable(withNul);
     EXPECT_EQ(Read(Path("test.ini")), "[S]\nk=1\n");
 }
 
@@ -88,10 +77,8 @@ TEST_F(Files, AGlobalLocaleConvertsTheWideForm)
     EXPECT_EQ(INIParser::GetValue(L"k", L"S", wide), L"\u00E4");
     std::wstring value = L"\u20AC"; // which cannot be converted, as half a surrogate pair cannot
     std::string encoded = "?";
-    for (int i = 0; i != 3000; ++i) {
-        value += L'\u00E4';
-        encoded += "\u00E4";
-    }
+    for (int i = 0; i != 3000; ++i)
+        value += L'\u00E4', encoded += "\u00E4";
     EXPECT_TRUE(INIParser::SetValue(L"k", value + L"\u20AC!" + wchar_t(0xD83D), L"S", wide));
     EXPECT_EQ(Read(path), "[S]\nk=" + encoded + "?!?\nx=1\n.");
 
@@ -106,15 +93,13 @@ TEST_F(Files, AGlobalLocaleConvertsTheWideForm)
     }
 }
 
-/// Turns every byte over.
-struct Inverted : std::codecvt<char, char, std::mbstate_t>
+/// Fails to read.
+struct Failing : std::codecvt<char, char, std::mbstate_t>
 {
-    result do_in(std::mbstate_t& /*state*/, const char* from, const char* end, const char*& read, char* to,
-                 char* /*toEnd*/, char*& written) const override
+    result do_in(std::mbstate_t& /*state*/, const char* /*from*/, const char* /*end*/, const char*& /*read*/,
+                 char* /*to*/, char* /*toEnd*/, char*& /*written*/) const override
     {
-        written = std::transform(from, end, to, [](char c) { return static_cast<char>(~c); });
-        read = end;
-        return ok;
+        return error;
     }
     bool do_always_noconv() const noexcept override { return false; }
 };
@@ -122,7 +107,7 @@ struct Inverted : std::codecvt<char, char, std::mbstate_t>
 TEST_F(Files, TheNarrowFormKeepsBytesWhateverTheLocale)
 {
     const std::string path = Write("[S]\nk=\xE4\n");
-    std::locale::global(std::locale(std::locale::classic(), new Inverted));
+    ConvertBy(new Failing);
     EXPECT_EQ(INIParser::GetValue("k", "S", path), "\xE4");
     EXPECT_TRUE(INIParser::SetValue("l", "1", "S", path));
     std::locale::global(std::locale::classic());
@@ -144,17 +129,13 @@ TEST_F(Files, WidePathsAreUnicodeWhateverTheLocale)
 TEST_F(Files, ARewriteKeepsTheFileAndItsLinks)
 {
     const std::string path = Write("[S]\nk=1\n");
-    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    std::filesystem::permissions(path, std::filesystem::perms(0642));
     std::filesystem::create_symlink("test.ini", Path("link.ini"));
-    struct stat before = {};
-    ASSERT_EQ(stat(path.c_str(), &before), 0);
+    std::filesystem::create_hard_link(path, Path("same.ini"));
     EXPECT_TRUE(INIParser::SetValue("k", "2", "S", Path("link.ini")));
-    struct stat after = {};
-    ASSERT_EQ(stat(path.c_str(), &after), 0);
-    EXPECT_EQ(before.st_ino, after.st_ino);
-    EXPECT_EQ(before.st_mode, after.st_mode);
+    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0642));
     EXPECT_TRUE(std::filesystem::is_symlink(Path("link.ini")));
-    EXPECT_EQ(Read(path), " [S]\n k=2\n");
+    EXPECT_EQ(Read(path) + Read(Path("same.ini")), " [S]\n k=2\n [S]\n k=2\n");
 }
 
 TEST_F(Files, FilesWithoutASizeLoadWhole)
