@@ -38,12 +38,9 @@ TEST_F(File, TheStatusIsThatOfTheFileSystem)
         EXPECT_EQ(status.m_mtime, CTime(2'000'000'000, 999'999'999));
         EXPECT_EQ(status.m_size, 5);
         EXPECT_EQ(status.m_attribute, CFile::normal);
-        EXPECT_EQ(status.m_szFullName, WidePath("link"));
         chmod(path.c_str(), 0555);
         EXPECT_TRUE(CFile::GetStatus(WidePath("a b").c_str(), status));
         EXPECT_EQ(status.m_attribute, CFile::readOnly);
-        EXPECT_TRUE(CFile::GetStatus(WidePath("").c_str(), status));
-        EXPECT_EQ(status.m_attribute, CFile::directory);
     }
 }
 
@@ -66,6 +63,7 @@ TEST_F(File, PathsAreUtf8WhateverTheLocaleAndAsLongAsTheSystemAccepts)
     }
     std::locale::global(std::locale::classic());
     EXPECT_EQ(status.m_szFullName, longest.substr(0, 259));
+    EXPECT_EQ(status.m_attribute, CFile::directory);
 }
 
 } // namespace
