@@ -80,9 +80,8 @@ private:
     void AddHeader(const Line& line)
     {
         const char first = *(line.Section.data() - 1); // the character that the library takes for the "["
-        const std::string_view text = line.Text;
         const std::string_view after(line.Section.data() + line.Section.size() + 1,
-                                     text.data() + text.size());
+                                     line.Text.data() + line.Text.size());
         if (first != '[')
             Add(Kind::Loss, {line.Commented != ' ' ? "comment with \"[\"" : "\"[\" inside the line",
                              ": read as the header of section \"", line.Section, "\""});
@@ -137,11 +136,10 @@ private:
     {
         if (m_hasContinuation || line.Commented != ' ')
             return;
-        if (m_hasActiveKey && line.Text.data() == line.Raw.data()) {
+        m_hasContinuation = m_hasActiveKey && line.Text.data() == line.Raw.data();
+        if (m_hasContinuation)
             Add(Kind::Note, {"an edit indents active lines by a space: readers that know continuation lines "
                              "join this line to the key above"});
-            m_hasContinuation = true;
-        }
         m_hasActiveKey = m_hasActiveKey || line.Kind == LineKind::Key;
     }
 

@@ -78,10 +78,13 @@ struct Option
     std::optional<std::string> Call::*Text; ///< or its value
 };
 
+using Action = void(const Call& call, const Streams& streams);
+using EditAction = void(const Call& call, Editing& editing);
+
 struct Command
 {
-    void (*Run)(const Call& call, const Streams& streams); ///< null for a command that edits
-    void (*Edit)(const Call& call, Editing& editing);      ///< null for others
+    Action* Run;      ///< null for a command that edits
+    EditAction* Edit; ///< null for others
     std::string_view Name;
     std::string_view Arguments; ///< a word each; one in brackets may be left out
     std::vector<const Option*> Options;
@@ -118,25 +121,8 @@ void Say(std::ostream& err, std::string_view line);
 
 std::string Quoted(std::string_view text);
 
-/// @name The functions of the table
-/// @{
-
-void Get(const Call& call, const Streams& streams);
-void Keys(const Call& call, const Streams& streams);
-void Sections(const Call& call, const Streams& streams);
-void Show(const Call& call, const Streams& streams);
-void CheckFile(const Call& call, const Streams& streams);
-void Create(const Call& call, const Streams& streams);
-void EditBatch(const Call& call, const Streams& streams);
-void Set(const Call& call, Editing& editing);
-void Add(const Call& call, Editing& editing);
-void Delete(const Call& call, Editing& editing);
-void Rename(const Call& call, Editing& editing);
-void Comment(const Call& call, Editing& editing);
-void Uncomment(const Call& call, Editing& editing);
-void Sort(const Call& call, Editing& editing);
-void Note(const Call& call, Editing& editing);
-
-/// @}
+// The functions of the table
+Action Get, Keys, Sections, Show, CheckFile, Create, EditBatch;
+EditAction Set, Add, Delete, Rename, Comment, Uncomment, Sort, Note;
 
 } // namespace qmini

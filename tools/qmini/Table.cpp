@@ -21,9 +21,8 @@ const Option DryRun = {
 const Option Force = {
     "--force", "", "edit even if more changes than the edit was asked to", &Call::Force, {}};
 
-Command Entry(decltype(Command::Run) run, decltype(Command::Edit) edit, std::string_view name,
-              std::string_view arguments, std::vector<const Option*> options, std::string_view summary,
-              std::string_view details)
+Command Entry(Action* run, EditAction* edit, std::string_view name, std::string_view arguments,
+              std::vector<const Option*> options, std::string_view summary, std::string_view details)
 {
     return {run, edit, name, arguments, std::move(options), summary, details};
 }
