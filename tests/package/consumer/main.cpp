@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 #define CHECK(condition) ((condition) ? (void)0 : Fail(#condition))
 
@@ -21,11 +22,22 @@
 
 // Functions of the program that the library must not call.
 
+struct LARGE_INTEGER;
+struct FILETIME;
 void Sleep(unsigned) { Fail("Sleep"); }
-int QueryPerformanceCounter(struct LARGE_INTEGER*) { Fail("QueryPerformanceCounter"); }
+int QueryPerformanceCounter(LARGE_INTEGER*) { Fail("QueryPerformanceCounter"); }
+int QueryPerformanceFrequency(LARGE_INTEGER*) { Fail("QueryPerformanceFrequency"); }
+void* GetCurrentThread() { Fail("GetCurrentThread"); }
+int SetThreadPriority(void*, int) { Fail("SetThreadPriority"); }
+int GetProcessTimes(void*, FILETIME*, FILETIME*, FILETIME*, FILETIME*) { Fail("GetProcessTimes"); }
 void OutputDebugStringW(const wchar_t*) { Fail("OutputDebugStringW"); }
 std::FILE* _wfopen(const wchar_t*, const wchar_t*) { Fail("_wfopen"); }
 extern "C" int DllMain(void*, unsigned, void*) { Fail("DllMain"); }
+namespace platform {
+enum class Stream;
+void Write(Stream, std::wstring_view) { Fail("platform::Write"); }
+void IgnoreLeak(const void*) { Fail("platform::IgnoreLeak"); }
+} // namespace platform
 
 // Functions of the program that the library must call.
 
@@ -49,6 +61,7 @@ int main()
     CHECK(CQMFileCheck(L"none").CheckDeleted() && INIParser::GetSectionNames("none").empty());
 
     timer.LogLapsedTime(false, false, L"log");
+    CHECK(calls == 1);
     CQMDebugTraceStartEndMarker(L"marker", true, true, true); // two lines, and the processor time twice
     CHECK(calls == 5);
     CQMFPSCounter counter;
