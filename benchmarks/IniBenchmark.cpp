@@ -227,7 +227,7 @@ void Sort(benchmark::State& state)
 }
 
 /// The sizes of the files of a job, in KiB. One of 4 KiB holds 100 settings.
-const std::map<std::string, std::vector<int>> sizes = {
+const std::map<std::string, std::vector<int>> Sizes = {
     {"get", {4, 64, 1024, 16384}}, {"load", {64, 1024, 16384}}, {"set", {64, 1024}},
     {"sort", {1024, 16384}},       {"read 100", {4}},           {"write 100", {4}}};
 
@@ -237,7 +237,7 @@ void Register(const std::string& job, const std::string& library, Function funct
     auto* const benchmark =
         benchmark::RegisterBenchmark((job + '/' + library).c_str(), function, arguments...);
     benchmark->Unit(benchmark::kMicrosecond);
-    for (const int kib : sizes.at(job))
+    for (const int kib : Sizes.at(job))
         benchmark->Arg(kib);
 }
 
@@ -256,7 +256,7 @@ void RegisterPeer(const std::string& name)
     }
 }
 
-[[maybe_unused]] const bool isRegistered = [] {
+[[maybe_unused]] const bool IsRegistered = [] {
     Register("get", "lower bound", ReadLines);
     Register("load", "lower bound", ReadLines);
     Register("read 100", "lower bound", ReadLines);

@@ -92,15 +92,15 @@ void FrameCounter(benchmark::State& state)
 }
 BENCHMARK(FrameCounter)->Name("frame counter, construct/qmUtility");
 
-const wchar_t* const name = L"Loading the project";
+const wchar_t* const Name = L"Loading the project";
 
 void MarkersParts(benchmark::State& state)
 {
     for ([[maybe_unused]] auto _ : state) {
         const CQMTimer timer;
         CString line;
-        line.Format(L"%s - Start\n", name);
-        line.Format(L"%s - End : %.2f sec\n", name, 1.25);
+        line.Format(L"%s - Start\n", Name);
+        line.Format(L"%s - End : %.2f sec\n", Name, 1.25);
         benchmark::DoNotOptimize(line.GetString());
     }
 }
@@ -109,7 +109,7 @@ BENCHMARK(MarkersParts)->Name("trace marker/formatting its lines, constructing a
 void Marker(benchmark::State& state)
 {
     for ([[maybe_unused]] auto _ : state)
-        const CQMDebugTraceStartEndMarker marker(name, true, true, false);
+        const CQMDebugTraceStartEndMarker marker(Name, true, true, false);
 }
 BENCHMARK(Marker)->Name("trace marker/qmUtility");
 
@@ -130,7 +130,7 @@ void Console(benchmark::State& state)
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     dup2(nowhere, STDOUT_FILENO);
     for ([[maybe_unused]] auto _ : state)
-        DefaultConsole::Log(L"%s - End : %.2f sec\n", name, 1.25);
+        DefaultConsole::Log(L"%s - End : %.2f sec\n", Name, 1.25);
     dup2(original, STDOUT_FILENO);
     close(nowhere);
     close(original);

@@ -10,6 +10,7 @@ foreach(library IN LISTS LIBRARIES)
     "\\1>" lines "${lines}")
   string(REGEX REPLACE "\n$" "" lines "${lines}")
   string(REPLACE "\n" ";" lines "${lines}")
+  list(FILTER lines EXCLUDE REGEX "__odr_asan") # the address sanitizer's
   list(REMOVE_DUPLICATES lines)
   list(SORT lines)
   list(JOIN lines "\n" lines)

@@ -133,7 +133,8 @@ BasicINIDocument<Char>::BasicINIDocument(BasicINIDocument&&) noexcept = default;
 template <class Char>
 BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(const BasicINIDocument& other)
 {
-    return *this = BasicINIDocument(other); // all or nothing
+    *this = BasicINIDocument(other); // all or nothing
+    return *this;
 }
 template <class Char>
 BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(BasicINIDocument&&) noexcept = default;

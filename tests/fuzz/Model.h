@@ -61,7 +61,7 @@ inline Records Load(const std::string& text)
             line = line.substr(1);
             if (!Has(line, ']'))
                 throw std::out_of_range("invalid string position");
-            line = line.substr(0, line.find(']'));
+            line.erase(line.find(']'));
             section = line;
             record.Section = section;
             record.Comments = pending;

@@ -34,7 +34,8 @@ void Check(FuzzedDataProvider& data, const std::wstring& ours, const std::wstrin
     const std::ptrdiff_t result =
         platform::Print(buffer.data(), capacity, (start + ours + L'>').c_str(), width, precision, number);
     Require(result == (text.size() < capacity ? size : -1), "the length of the text");
-    text = text.substr(0, capacity - 1) + L'\0';
+    text.resize(std::min(text.size(), capacity - 1));
+    text += L'\0';
     Require(std::equal(text.begin(), text.end(), buffer.begin()), "the text");
 }
 

@@ -59,9 +59,10 @@ TEST(Kernel, ProcessTimesAreIn100NanosecondUnits)
 {
     using Times = std::array<std::uint64_t, 4>; // the low half of each comes first
     std::array<FILETIME, 4> t = {{{1, 1}, {1, 1}}};
-    EXPECT_NE(GetProcessTimes(GetCurrentProcess(), &t[0], &t[1], &t[2], &t[3]), 0);
+    auto& [creation, exit, kernel, user] = t;
+    EXPECT_NE(GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user), 0);
     EXPECT_EQ(std::bit_cast<Times>(t), (Times{0, 0, 5'000'000'010, 79'999'990}));
-    EXPECT_EQ(GetProcessTimes(nullptr, &t[0], &t[1], &t[2], &t[3]), 0);
+    EXPECT_EQ(GetProcessTimes(nullptr, &creation, &exit, &kernel, &user), 0);
 }
 
 TEST(Kernel, DebuggerEntriesAreLinesOfUtf8)
