@@ -220,14 +220,14 @@ void Run(const Options& options)
     CQMTimer stopwatch;
     const auto start = Clock::now();
     auto now = start;
-    auto nextUpdate = start + 100ms;
+    auto nextUpdate = start + std::chrono::milliseconds(100);
     auto frameEnd = start;
     CString toTop; // the first frame is drawn where the cursor is
     CString figures;
     do {
         counter.Start();
         if (now >= nextUpdate) {
-            nextUpdate = now + 100ms;
+            nextUpdate = now + std::chrono::milliseconds(100);
             settings.Update();
             figures.Format(L"%.1f frames per second (mean %.1f, min %.1f, max %.1f)", counter.GetFPS(),
                            counter.GetFPSAverage(), counter.GetFPSMinimum(), counter.GetFPSMaximum());
