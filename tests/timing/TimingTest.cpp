@@ -100,8 +100,11 @@ std::uint64_t cpu::GetTick()
 std::uint64_t cpu::GetClockSpeed() { return script.TickRate; }
 
 // There is memory for less than a megabyte at a time.
-void* operator new(std::size_t size) { return size < 1'000'000 ? std::malloc(size) : throw std::bad_alloc(); }
-// Not inlined: the compiler would take the memory for one of the original function.
+// Not inlined: the compiler would see memory of malloc handed to operator delete.
+[[gnu::noinline]] void* operator new(std::size_t size)
+{
+    return size < 1'000'000 ? std::malloc(size) : throw std::bad_alloc();
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { operator delete(memory); }
 
