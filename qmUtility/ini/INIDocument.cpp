@@ -204,39 +204,51 @@ std::basic_string<Char> BasicINIDocument<Char>::Content() const
 template <class Char>
 bool BasicINIDocument<Char>::Sort(bool descending)
 {
-    const auto sortBy = [descending](auto begin, auto end, View RecordView::*field) {
-        std::sort(begin, end, [descending, field](const RecordView& a, const RecordView& b) {
-            return descending ? b.*field < a.*field : a.*field < b.*field;
+    using Pointers = std::vector<const RecordView*>; // moved faster than records
+    const auto sortBy = [descending](Pointers& records, View RecordView::*field) {
+        std::sort(records.begin(), records.end(), [=](const RecordView* a, const RecordView* b) {
+            return descending ? b->*field < a->*field : a->*field < b->*field;
         });
     };
-    Records headers;
-    std::vector<const RecordView*> keys;
+    struct Run // of keys of one section, contiguous in the file: there are fewer runs to sort than keys
+    {
+        View Section;
+        const RecordView* Begin;
+        const RecordView* End;
+    };
+    std::vector<Run> runs;
+    Pointers headers;
     for (const RecordView& record : m_records)
         if (record.Key.empty())
-            headers.push_back(record);
+            headers.push_back(&record);
+        else if (!runs.empty() && runs.back().End == &record && runs.back().Section == record.Section)
+            ++runs.back().End;
         else
-            keys.push_back(&record);
+            runs.push_back({record.Section, &record, &record + 1});
     if (headers.empty())
         return false;
 
-    sortBy(headers.begin(), headers.end(), &RecordView::Section);
-    std::sort(keys.begin(), keys.end(), [](const RecordView* a, const RecordView* b) {
-        return std::tie(a->Section, a) < std::tie(b->Section, b); // each section's keys stay in file order
+    sortBy(headers, &RecordView::Section);
+    std::sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) {
+        return std::tie(a.Section, a.Begin) < std::tie(b.Section, b.Begin); // keys stay in file order
     });
 
     // Each header takes the keys of its name from the whole file. So keys are written once for each header of
     // their section: twice for a section with two, and not at all for a section with none.
     Records sorted;
     sorted.reserve(m_records.size());
-    for (const RecordView& header : headers) {
-        sorted.push_back(header);
-        const auto first = sorted.size();
-        auto at =
-            std::lower_bound(keys.begin(), keys.end(), header.Section,
-                             [](const RecordView* key, View section) { return key->Section < section; });
-        for (; at != keys.end() && (*at)->Section == header.Section; ++at)
-            sorted.push_back(**at);
-        sortBy(sorted.begin() + static_cast<std::ptrdiff_t>(first), sorted.end(), &RecordView::Key);
+    Pointers keys;
+    for (const RecordView* header : headers) {
+        keys.clear();
+        for (auto run = std::lower_bound(runs.begin(), runs.end(), header->Section,
+                                         [](const Run& r, View section) { return r.Section < section; });
+             run != runs.end() && run->Section == header->Section; ++run)
+            for (const RecordView* key = run->Begin; key != run->End; ++key)
+                keys.push_back(key);
+        sortBy(keys, &RecordView::Key);
+        sorted.push_back(*header);
+        for (const RecordView* key : keys)
+            sorted.push_back(*key);
     }
     m_records = std::move(sorted);
     return true;
