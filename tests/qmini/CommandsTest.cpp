@@ -5,11 +5,12 @@
 #include "tests/qmini/Qmini.h"
 
 #include <algorithm>
+#include <iostream>
 #include <tuple>
 
 namespace {
 
-TEST(Check, FindsWhatItsOwnerMayNotExpect)
+TEST(Check, FindsWhatIsSurprising)
 {
     using namespace std::string_literals;
     // Each finding begins with its line and the initial of its kind; its text may go on.
@@ -70,7 +71,7 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
 {
     const std::string text = "top=1\n; c\n [S]\n k=a b\n x =1\n#old=2\n\n [T] x\n [S]\n k=3\n old=4\n";
     Write(text, "f");
-    Write("k = v\n[S]\n[T\n", "bad");
+    Write("k = v\n[S]\n# c\n[T\n", "bad");
     const std::string heading = "--- standard input\t\n+++ standard input\t\n";
     // What is said: all of it when it ends in a newline, else its beginning.
     const std::tuple<const char*, int, std::string> cases[] = {
@@ -94,18 +95,18 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
         {"set|f|S|k|v\r", 2, "qmini: a value cannot end with"},
         {"note|f|S|a\nb=c", 2, "qmini: a comment cannot hold"},
         {"check|bad", 1, "bad:1: warning: blanks"},
-        {"get|bad|S|k", 1, "qmini: bad:3: header without \"]\""},
-        {"set|bad|S|k|v", 3, "qmini: bad:3: header without \"]\""},
+        {"get|bad|S|k", 1, "qmini: bad:4: header without \"]\""},
+        {"set|bad|S|k|v", 3, "qmini: bad:4: header without \"]\""},
         {"edit|f<\nset S old 2", 3,
-         "qmini: f: refused (--force does it all the same, --dry-run shows it):\nf:8: text after \"]\": lost "
+         "qmini: f: refused (--force does it anyway, --dry-run shows it):\nf:8: text after \"]\": lost "
          "by an edit: \"x\"\nline 2: key \"old\" is commented out, an active one follows: say --activate"},
         {"create|f", 1, "qmini: f exists already\n"},
         {"create|new", 0, ""},
         {"sort|.|--dry-run", 1, "qmini: cannot read .: "},
         {"set|-|S|k|v<[S]\n", 0, " [S]\n k=v\n"},
         {"add|-|N|--dry-run<", 0, heading + "@@ -0,0 +1,1 @@\n+ [N]\n"},
-        {"add|-|N|--dry-run|--force<[", 0,
-         heading + "@@ -1,1 +1,1 @@\n-[\n\\ No newline at end of file\n+ [N]\n"},
+        {"set|-|N|k|v|--dry-run|--force<[", 0,
+         heading + "@@ -1,1 +1,2 @@\n-[\n\\ No newline at end of file\n+ [N]\n+ k=v\n"},
         {"rename|-|S|T|--dry-run<\n [S]\n a=\n b=\n c=\n d=\n e=\n f=\n [S]\n a=\n b=\n c=\n d=\n e=\n f=\n "
          "g=\n [S]\n",
          0,

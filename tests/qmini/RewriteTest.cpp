@@ -88,8 +88,8 @@ TEST_F(Rewrite, LeavesOneWholeVersionWhateverFails)
                 callsLeft = -1;
                 const std::string file = Read("f");
                 EXPECT_TRUE(file == before || file == after || Read(copy) == before) << file << Read(copy);
-                if (std::filesystem::exists(
-                        copy)) { // the message names it, and so does that of the next edit
+                if (std::filesystem::exists(copy)) {
+                    // The message names it, and so does that of the next edit.
                     EXPECT_TRUE(code == 1 && m_said.find(copy) != std::string::npos) << m_said;
                     EXPECT_TRUE(Run("add|f|N") == 1 && m_said.find(copy) != std::string::npos) << m_said;
                 } else

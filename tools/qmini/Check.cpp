@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <utility>
@@ -22,7 +21,7 @@ using Line = ini::Line<char>;
 class Checker
 {
 public:
-    explicit Checker(Kind least) : m_least(least) {}
+    Checker(Kind least, std::vector<Finding>& findings) : m_least(least), m_findings(findings) {}
 
     void Read(const Line& line)
     {
@@ -56,7 +55,7 @@ public:
     }
 
     /// @param rest what follows the last newline
-    std::vector<Finding> Finish(std::string_view rest)
+    void Finish(std::string_view rest)
     {
         if (m_comments)
             m_findings.push_back(
@@ -64,7 +63,6 @@ public:
         ++m_number;
         if (!Trimmed(rest).empty())
             Add(Kind::Loss, {"last line without a newline: not read, and lost by an edit"});
-        return std::move(m_findings);
     }
 
 private:
@@ -115,7 +113,7 @@ private:
         AddDuplicate(line.Key);
     }
 
-    /// Whether a record is commented out plays no part: lookups find it all the same.
+    /// Commented-out records count: lookups find them, too.
     void AddDuplicate(std::string_view key)
     {
         if (m_least > Kind::Oddity)
@@ -144,8 +142,8 @@ private:
     }
 
     Kind m_least;
+    std::vector<Finding>& m_findings;
     std::size_t m_number = 0;
-    std::vector<Finding> m_findings;
     std::string_view m_section;
     std::optional<std::size_t> m_comments; ///< the first of the comment lines that wait for a record
     bool m_hasActiveKey = false;
@@ -166,9 +164,10 @@ std::vector<Finding> Check(std::string_view text, Kind least)
         findings.push_back({1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + nul, '\n')),
                             Kind::Loss, "NUL byte: this is no text, or one in UTF-16"});
 
-    Checker checker(least);
+    Checker checker(least, findings);
     ini::ScanLines(text, [&](const Line& line) { checker.Read(line); });
-    std::ranges::move(checker.Finish(text.substr(text.rfind('\n') + 1)), std::back_inserter(findings));
+    checker.Finish(text.substr(text.rfind('\n') + 1));
+    std::erase_if(findings, [least](const Finding& finding) { return finding.What < least; });
     std::ranges::stable_sort(findings, {}, &Finding::Line);
     return findings;
 }

@@ -2,7 +2,8 @@
 #pragma once
 
 /// @file
-/// What an edit of an INI file, or reading it, does to the file that its owner may not expect.
+/// Finds what is surprising about an INI file: lines that an edit loses or changes, and lines that are read
+/// otherwise than meant.
 
 #include <cstddef>
 #include <string>
@@ -13,7 +14,7 @@ namespace qmini {
 
 enum class Kind
 {
-    Note,      ///< nothing to do with this library, but with other readers
+    Note,      ///< concerns other readers only
     Oddity,    ///< read, but perhaps not as meant
     Loss,      ///< an edit loses or changes the line
     Malformed, ///< no operation can read the file
@@ -28,7 +29,7 @@ struct Finding
 };
 
 /// @param text the content of an INI file
-/// @param least kinds below this one are not looked for
+/// @param least kinds below this one are left out; a text in UTF-16 is always one finding
 /// @return the findings, in the order of their lines. Without any of the kinds `Loss` and `Malformed`, a file
 ///   that is loaded and saved keeps each line, apart from blank lines and white space: around lines, and
 ///   between the character that comments out a record and the record.

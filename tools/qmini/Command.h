@@ -39,7 +39,7 @@ enum ExitCode
 {
     Done = 0,
     Failed = 1,  ///< failed, or not found
-    Misused = 2, ///< a command line that is wrong
+    Misused = 2, ///< usage error
     Refused = 3, ///< an edit that would change more than it was asked to
 };
 
@@ -99,8 +99,8 @@ struct Topic
     std::string_view Text;
 };
 
-const std::vector<Command>& Commands();
-const std::vector<Topic>& Topics();
+extern const std::vector<Command> Commands;
+extern const std::vector<Topic> Topics;
 
 std::string Pattern(const Option& option); ///< @return the option with the word for its value
 std::string Usage(const Command& command); ///< @return the pattern of the command line

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -32,7 +33,6 @@ Texts SplitLines(std::string_view text)
 class BoundedCompare : public dtl::Compare<std::string_view>
 {
 public:
-    BoundedCompare() = default;
     explicit BoundedCompare(std::size_t& left) : m_left(&left) {}
 
     bool impl(const std::string_view& a, const std::string_view& b) const override
@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    std::size_t* m_left = nullptr;
+    std::size_t* m_left;
 };
 
 /// A line, and its mark in a difference: added "+", deleted "-" or common " ".
@@ -67,8 +67,9 @@ std::vector<Step> FindSteps(const Texts& before, const Texts& after)
     add(' ', before.begin(), beginBefore);
     std::size_t left = 200'000;
     // Its own hunks have wrong line numbers once the texts differ much, so they are made here.
-    dtl::Diff<std::string_view, Texts, BoundedCompare> difference(
-        Texts(beginBefore, endBefore), Texts(beginAfter, endAfter), BoundedCompare(left));
+    dtl::Diff<std::string_view, Texts, BoundedCompare> difference(Texts(beginBefore, endBefore),
+                                                                  Texts(beginAfter, endAfter), true,
+                                                                  BoundedCompare(left)); // deletions first
     difference.compose();
     if (left != 0) {
         for (const auto& [line, info] : difference.getSes().getSequence())
@@ -93,7 +94,7 @@ std::string UnifiedDifference(const std::string& name, const std::string& before
 {
     if (before == after)
         return {};
-    std::vector<Step> steps = FindSteps(SplitLines(before), SplitLines(after));
+    const std::vector<Step> steps = FindSteps(SplitLines(before), SplitLines(after));
 
     std::ostringstream out;
     // A tab ends a name that holds blanks, so that `patch` takes all of it.
@@ -102,17 +103,15 @@ std::string UnifiedDifference(const std::string& name, const std::string& before
 
     constexpr std::ptrdiff_t context = 3;
     const auto isChange = [](const Step& step) { return step.Mark != ' '; };
-    const auto isDeleted = [](const Step& step) { return step.Mark == '-'; };
     std::ptrdiff_t lineBefore = 1;
     std::ptrdiff_t lineAfter = 1;
     auto at = steps.begin();
     for (auto change = at; (change = std::find_if(at, steps.end(), isChange)) != steps.end();) {
         const auto first = change - std::min(context, change - at);
-        // Changes whose context would touch share a hunk; within one, deleted lines come before added ones.
+        // Changes whose context would touch share a hunk.
         auto last = change;
         while (change != steps.end() && change - last <= 2 * context) {
             last = std::find_if_not(change, steps.end(), isChange);
-            std::stable_partition(change, last, isDeleted);
             change = std::find_if(last, steps.end(), isChange);
         }
         last += std::min(context, steps.end() - last);

@@ -19,18 +19,6 @@ std::string Message(const Input& input, const Finding& finding)
     return input.Name() + ':' + std::to_string(finding.Line) + ": " + finding.Text;
 }
 
-[[noreturn]] void Refuse(const std::string& name, std::vector<std::string> objections)
-{
-    constexpr std::size_t shown = 10;
-    if (objections.size() > shown + 1) {
-        const std::size_t rest = objections.size() - shown;
-        objections.resize(shown);
-        objections.push_back("... and " + std::to_string(rest) + " more");
-    }
-    throw Failure(Refused, name + ": refused (--force does it all the same, --dry-run shows it):",
-                  std::move(objections));
-}
-
 } // namespace
 
 INIDocument Load(const Input& input)
@@ -111,7 +99,8 @@ void EditFile(const Call& call, const Streams& streams, const std::function<void
     if (call.DryRun)
         streams.Out << UnifiedDifference(input.Name(), ReadFile(input.Path(), {}), text);
     if (!editing.Objections.empty() && !call.Force)
-        Refuse(input.Name(), std::move(editing.Objections));
+        throw Failure(Refused, input.Name() + ": refused (--force does it anyway, --dry-run shows it):",
+                      std::move(editing.Objections));
     if (call.DryRun)
         return;
     if (isFilter)

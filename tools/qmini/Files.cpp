@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <random>
 #include <system_error>
 
@@ -26,6 +27,23 @@ Failure SafetyCopyExists(const std::string& file)
 }
 
 std::string SystemMessage() { return std::generic_category().message(errno); }
+
+/// @return the content of a file, or nothing when it cannot be read
+std::optional<std::string> TryReadFile(const std::string& file, std::ios::openmode mode)
+{
+    std::ifstream in(file, mode | std::ios::in);
+    if (!in.is_open())
+        return std::nullopt;
+    std::string content;
+    errno = 0; // tells a read error from the end of the file, which libc++ does not
+    for (char block[1 << 16]; in.good();) {
+        in.read(block, sizeof block);
+        content.append(block, static_cast<std::size_t>(in.gcount()));
+    }
+    if (in.bad() || errno != 0) // a directory opens, but does not read
+        return std::nullopt;
+    return content;
+}
 
 /// Writes a text over the content of a file. The file is shortened last, not first: so long as it keeps its
 /// size, a full disk leaves room for its former content.
@@ -49,22 +67,6 @@ std::optional<std::string> Overwrite(const std::string& file, const std::string&
 }
 
 } // namespace
-
-std::optional<std::string> TryReadFile(const std::string& file, std::ios::openmode mode)
-{
-    std::ifstream in(file, mode | std::ios::in);
-    if (!in.is_open())
-        return std::nullopt;
-    std::string content;
-    errno = 0; // tells a read error from the end of the file, which libc++ does not
-    for (char block[1 << 16]; in.good();) {
-        in.read(block, sizeof block);
-        content.append(block, static_cast<std::size_t>(in.gcount()));
-    }
-    if (in.bad() || errno != 0) // a directory opens, but does not read
-        return std::nullopt;
-    return content;
-}
 
 std::string ReadFile(const std::string& file, std::ios::openmode mode)
 {
@@ -92,7 +94,7 @@ void Rewrite(const std::string& file, const std::string& before, const std::stri
     if (error == std::errc::file_exists)
         throw SafetyCopyExists(file);
     std::error_code ignored;
-    if (error || TryReadFile(copy) != before) {
+    if (error || TryReadFile(copy, std::ios::binary) != before) {
         fs::remove(copy, ignored);
         throw Failure(Failed, error ? "cannot write the safety copy " + copy + ": " + error.message()
                                     : file + " was changed by someone else meanwhile");
@@ -109,7 +111,7 @@ void Rewrite(const std::string& file, const std::string& before, const std::stri
 }
 
 Input::Input(const std::string& file, std::istream& standardInput)
-try : m_name(file), m_path(file) {
+try : Input(file) {
     std::error_code ignored;
     if (file != "-" && fs::is_regular_file(file, ignored))
         return;
@@ -127,10 +129,8 @@ try : m_name(file), m_path(file) {
     while (!fs::create_directory(m_folder)); // false when someone else has a folder of that name
     fs::permissions(m_folder, fs::perms::owner_all);
     m_path = (m_folder / "input.ini").string();
-    if (!(std::ofstream(m_path) << text << std::flush)) {
-        fs::remove_all(m_folder);
+    if (!(std::ofstream(m_path) << text << std::flush))
         throw Failure(Failed, "cannot write a temporary file in " + fs::temp_directory_path().string());
-    }
 } catch (const fs::filesystem_error& error) {
     throw Failure(Failed, "cannot make a temporary file: " + error.code().message());
 }

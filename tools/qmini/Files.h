@@ -6,16 +6,11 @@
 
 #include <filesystem>
 #include <istream>
-#include <optional>
 #include <string>
 
 namespace qmini {
 
 /// @param mode std::ios::binary for the bytes of the file, none for its text
-/// @return the content of a file, or nothing when it cannot be read
-std::optional<std::string> TryReadFile(const std::string& file, std::ios::openmode mode = std::ios::binary);
-
-/// @return as `TryReadFile`
 /// @throws Failure when the file cannot be read
 std::string ReadFile(const std::string& file, std::ios::openmode mode = std::ios::binary);
 
@@ -34,8 +29,8 @@ void RequireNoSafetyCopy(const std::string& file);
 void Rewrite(const std::string& file, const std::string& before, const std::string& text);
 
 /// What a command reads, by a path that can be opened more than once: of the file itself, or of a copy of
-/// standard input ("-"), a pipe or the like. The copy is in a folder that only its owner may enter, and lives as
-/// long as the object.
+/// standard input ("-"), a pipe or the like. The copy is in a folder that only its owner may enter, and is
+/// removed with the object.
 class Input
 {
 public:
@@ -50,6 +45,8 @@ public:
     const std::string& Name() const { return m_name; } ///< for messages
 
 private:
+    explicit Input(const std::string& file) : m_name(file), m_path(file) {}
+
     std::string m_name;
     std::string m_path;
     std::filesystem::path m_folder; ///< of the copy

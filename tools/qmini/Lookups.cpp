@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <ostream>
-#include <stdexcept>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -20,15 +19,6 @@ namespace qmini {
 void Get(const Call& call, const Streams& streams)
 {
     const Input input(call.File, streams.In);
-    std::vector<INIParser::Record> record;
-    try {
-        record = INIParser::GetRecord(call.Key, call.Section, input.Path());
-    } catch (const std::out_of_range&) { // a malformed header, which `Load` reports
-    }
-    if (!record.empty() && record.front().Commented == ' ') {
-        streams.Out << record.front().Value << '\n';
-        return;
-    }
     const INIDocument document = Load(input);
     if (call.Default && !document.RecordExists(call.Key, call.Section)) {
         streams.Out << *call.Default << '\n';

@@ -11,25 +11,21 @@
 
 namespace {
 
-/// Prints a text of the help: paragraphs, and items that begin with "  - " or with a term and two spaces.
+/// Prints a text of the help: paragraphs, and items that begin with two spaces and a "-" or a term.
 void PrintText(std::string_view text)
 {
     std::istringstream lines{std::string(text)};
     for (std::string line; std::getline(lines, line);) {
-        const std::size_t begin = line.find_first_not_of(' ');
-        const std::size_t gap = line.find("  ", begin);
-        if (line.starts_with("  - "))
-            std::cout << ".IP \\(bu 2\n";
-        else if (begin == 2 && gap != std::string::npos)
-            std::cout << ".TP 4\n" << line.substr(2, gap - 2) << '\n';
-        else if (line.empty()) {
+        if (line.empty()) {
             std::cout << ".PP\n";
             continue;
         }
-        const std::size_t at =
-            line.starts_with("  - ") ? 4 : line.find_first_not_of(' ', begin == 2 ? gap : begin);
+        std::istringstream words(line);
+        if (std::string term; line.starts_with("  ") && line[2] != ' ' && words >> term)
+            std::cout << (term == "-" ? ".IP \\(bu 2" : ".TP 4\n" + term) << '\n';
+        std::getline(words >> std::ws, line);
         std::cout << "\\&"; // or a "." or "'" at the start of a line is a request
-        for (const char c : line.substr(at))
+        for (const char c : line)
             std::cout << (c == '\\' ? "\\e" : c == '-' ? "\\-" : c == '"' ? "\\(dq" : std::string(1, c));
         std::cout << '\n';
     }
@@ -41,7 +37,7 @@ int main()
 {
     std::cout << ".TH QMINI 1\n.SH NAME\nqmini \\- read and edit INI files\n.SH SYNOPSIS\n"
                  ".B qmini\n.I COMMAND FILE\n[\\fIARGUMENT\\fR...]\n.SH COMMANDS\n";
-    for (const qmini::Command& command : qmini::Commands()) {
+    for (const qmini::Command& command : qmini::Commands) {
         std::cout << ".SS ";
         PrintText(qmini::Usage(command).substr(6));
         PrintText(command.Summary);
@@ -53,7 +49,7 @@ int main()
             PrintText(option->Help);
         }
     }
-    for (const qmini::Topic& topic : qmini::Topics()) {
+    for (const qmini::Topic& topic : qmini::Topics) {
         std::string title(topic.Title);
         std::ranges::transform(title, title.begin(), [](unsigned char c) { return std::toupper(c); });
         std::cout << ".SH " << title << '\n';

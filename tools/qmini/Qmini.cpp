@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <exception>
+#include <functional>
 #include <iomanip>
 #include <iterator>
 #include <new>
@@ -60,11 +61,11 @@ void Assign(Call& call, const Command& command, const std::vector<std::string>& 
 void PrintHelp(std::ostream& out)
 {
     out << "qmini reads and edits INI files.\n\n  qmini COMMAND FILE [ARGUMENT...]\n\n" << std::left;
-    for (const Command& command : Commands())
+    for (const Command& command : Commands)
         out << "  " << std::setw(10) << command.Name << std::setw(25) << command.Arguments << command.Summary
             << '\n';
     out << "\n\"qmini COMMAND --help\" tells more about a command.\n";
-    for (const Topic& topic : Topics())
+    for (const Topic& topic : Topics)
         out << '\n' << topic.Title << ":\n" << topic.Text;
 }
 
@@ -92,8 +93,7 @@ void RunCommand(const std::vector<std::string>& words, const Streams& streams)
     else if (command->Run != nullptr)
         command->Run(call, streams);
     else
-        EditFile(call, streams,
-                 [&, command = command, &call = call](Editing& editing) { command->Edit(call, editing); });
+        EditFile(call, streams, std::bind_front(command->Edit, call));
 }
 
 } // namespace
@@ -113,8 +113,8 @@ std::string Usage(const Command& command)
 
 std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, bool hasFile)
 {
-    const auto found = std::ranges::find(Commands(), words.front(), &Command::Name);
-    if (found == Commands().end())
+    const auto found = std::ranges::find(Commands, words.front(), &Command::Name);
+    if (found == Commands.end())
         throw Failure(Misused, "no command " + Quoted(words.front()) + std::string(SeeHelp));
     const Command& command = *found;
     if (!hasFile && command.Edit == nullptr)
@@ -141,7 +141,7 @@ std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, boo
             arguments.push_back(*word);
         } else if ((*option)->Flag != nullptr) {
             if (hasValue)
-                ThrowMisuse(command, "a value for " + name);
+                ThrowMisuse(command, "option " + name + " takes no value");
             call.*(*option)->Flag = true;
         } else {
             if (!hasValue && word + 1 == words.end())
