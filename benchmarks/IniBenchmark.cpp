@@ -5,7 +5,6 @@
 
 #include "benchmarks/IniPeers.h"
 #include "qmUtility/ini/INIDocument.h"
-#include "qmUtility/ini/INIParser.h"
 
 #include <benchmark/benchmark.h>
 
@@ -105,12 +104,12 @@ public:
 
     explicit Parser(const String& path) : m_path(path) {}
 
-    String Get(const String& section, const String& key) const
+    String GetValue(const String& key, const String& section) const
     {
         return INIParser::GetValue(key, section, m_path);
     }
 
-    void Set(const String& section, const String& key, const String& value)
+    void SetValue(const String& key, const String& value, const String& section)
     {
         Require(INIParser::SetValue(key, value, section, m_path));
     }
@@ -119,27 +118,13 @@ private:
     const String& m_path;
 };
 
-/// The document, with the interface of the peers.
+/// A document that loads when it is constructed, as the peers do.
 template <class C>
-class Document
+struct Document : BasicINIDocument<C>
 {
-public:
     using Char = C;
-    using String = std::basic_string<Char>;
 
-    explicit Document(const String& path) { Require(m_document.Load(path)); }
-
-    String Get(const String& section, const String& key) const { return m_document.GetValue(key, section); }
-
-    void Set(const String& section, const String& key, const String& value)
-    {
-        m_document.SetValue(key, value, section);
-    }
-
-    void Save(const String& path) const { Require(m_document.Save(path)); }
-
-private:
-    BasicINIDocument<Char> m_document;
+    explicit Document(const std::basic_string<C>& path) { Require(this->Load(path)); }
 };
 
 void ReadLines(benchmark::State& state)
@@ -180,7 +165,7 @@ void Get(benchmark::State& state, int count)
     for ([[maybe_unused]] auto _ : state) {
         const Library library(sample.OwnPath);
         for (auto setting = sample.Settings.end() - count; setting != sample.Settings.end(); ++setting)
-            Require(!library.Get(setting->Section, setting->Key).empty());
+            Require(!library.GetValue(setting->Key, setting->Section).empty());
     }
 }
 
@@ -205,9 +190,9 @@ void Set(benchmark::State& state, int count, bool writeEachRecord)
     for ([[maybe_unused]] auto _ : state) {
         Library library(sample.OwnPath);
         for (auto setting = sample.Settings.end() - count; setting != sample.Settings.end(); ++setting)
-            library.Set(setting->Section, setting->Key, value);
+            library.SetValue(setting->Key, value, setting->Section);
         if constexpr (requires { library.Save(sample.OwnPath); })
-            library.Save(sample.OwnPath);
+            Require(library.Save(sample.OwnPath));
         else if constexpr (requires { library.Text(); }) {
             const std::string text = library.Text();
             WriteEach(sample.Path, writeEachRecord ? Records(text) : std::vector<std::string_view>{text});

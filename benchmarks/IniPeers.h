@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// Other INI libraries behind one interface: the constructor loads a file, `Get` looks a setting up, `Set`
-/// changes one, and `Text` returns what the library saves. Each is present where its header is.
+/// Other INI libraries behind one interface: the constructor loads a file, `GetValue` looks
+/// a setting up, `SetValue` changes one, and `Text` returns what the library saves. Each is present where its header is.
 
 #include <stdexcept>
 #include <string>
@@ -47,12 +47,12 @@ public:
 
     explicit SimpleIni(const std::string& path) { Require(m_file.LoadFile(path.c_str()) == SI_OK); }
 
-    std::string Get(const std::string& section, const std::string& key) const
+    std::string GetValue(const std::string& key, const std::string& section) const
     {
         return m_file.GetValue(section.c_str(), key.c_str(), "");
     }
 
-    void Set(const std::string& section, const std::string& key, const std::string& value)
+    void SetValue(const std::string& key, const std::string& value, const std::string& section)
     {
         m_file.SetValue(section.c_str(), key.c_str(), value.c_str());
     }
@@ -80,12 +80,12 @@ public:
         Require(g_key_file_load_from_file(m_file.get(), path.c_str(), G_KEY_FILE_KEEP_COMMENTS, nullptr));
     }
 
-    std::string Get(const std::string& section, const std::string& key) const
+    std::string GetValue(const std::string& key, const std::string& section) const
     {
         return Own(g_key_file_get_value(m_file.get(), section.c_str(), key.c_str(), nullptr)).get();
     }
 
-    void Set(const std::string& section, const std::string& key, const std::string& value)
+    void SetValue(const std::string& key, const std::string& value, const std::string& section)
     {
         g_key_file_set_value(m_file.get(), section.c_str(), key.c_str(), value.c_str());
     }
@@ -119,7 +119,7 @@ public:
         Require(ini_parse(path.c_str(), keep, &m_settings) == 0);
     }
 
-    std::string Get(const std::string& section, const std::string& key) const
+    std::string GetValue(const std::string& key, const std::string& section) const
     {
         for (const Setting& setting : m_settings)
             if (setting.Key == key && setting.Section == section)
@@ -161,12 +161,12 @@ public:
 
     explicit PropertyTree(const std::string& path) { boost::property_tree::read_ini(path, m_tree); }
 
-    std::string Get(const std::string& section, const std::string& key) const
+    std::string GetValue(const std::string& key, const std::string& section) const
     {
         return m_tree.get_child(section).get<std::string>(key);
     }
 
-    void Set(const std::string& section, const std::string& key, const std::string& value)
+    void SetValue(const std::string& key, const std::string& value, const std::string& section)
     {
         m_tree.get_child(section).put(key, value);
     }

@@ -75,23 +75,21 @@ struct TextOutput
     void Flush() {}
 };
 
-/// The two widths differ intentionally: the narrow form begins every active line with a space; the wide one
-/// does not, and has an empty line between a section's comments and its header, for each section but the
-/// first.
+/// The two widths of a saved file differ intentionally: the narrow form begins every active line with a space;
+/// the wide one does not, and has an empty line between a section's comments and its header, for each section
+/// but the first.
 template <class Char, class Target>
-void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, Target& out)
+void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, bool isSaved, Target& out)
 {
-    constexpr bool isNarrow = std::is_same_v<Char, char>;
+    const bool isIndented = isSaved && std::is_same_v<Char, char>;
+    const bool isSpaced = isSaved && !isIndented;
     bool isFirstSection = true;
     for (const auto& record : records) {
         const bool isSection = record.Key.empty();
         out << record.Comments;
-        if (!isNarrow && isSection) {
-            if (!isFirstSection)
-                out << Char('\n');
-            isFirstSection = false;
-        }
-        if (isNarrow || record.Commented != ' ')
+        if (isSection && !std::exchange(isFirstSection, false) && isSpaced)
+            out << Char('\n');
+        if (isIndented || record.Commented != ' ')
             out << record.Commented;
         if (isSection)
             out << Char('[') << record.Section << Char(']');
@@ -106,12 +104,9 @@ void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, 
 template <class Char>
 bool IsNormalized(std::basic_string_view<Char> comments)
 {
-    for (std::size_t end = 0; (end = comments.find('\n')) != comments.npos; comments.remove_prefix(end + 1)) {
-        const auto line = ini::Trimmed(comments.substr(0, end));
-        if (line.size() != end || line.empty() || !ini::IsCommentCharacter(line.front()))
-            return false;
-    }
-    return true;
+    std::size_t size = 0;
+    ini::EachComment(comments, [&](auto line) { size += line.size() + 1; });
+    return size == comments.size();
 }
 
 template <class Char>
@@ -171,7 +166,7 @@ bool BasicINIDocument<Char>::Save(const String& path) const
     Output<Char> file(path, m_locale);
     if (!file.IsOpen())
         return false;
-    WriteRecords(m_records, file);
+    WriteRecords(m_records, true, file);
     file.Finish();
     return true;
 }
@@ -180,25 +175,16 @@ template <class Char>
 std::basic_string<Char> BasicINIDocument<Char>::SavedText() const
 {
     TextOutput<Char> text;
-    WriteRecords(m_records, text);
+    WriteRecords(m_records, true, text);
     return std::move(text.Text);
 }
 
 template <class Char>
 std::basic_string<Char> BasicINIDocument<Char>::Content() const
 {
-    String text;
-    for (const RecordView& record : m_records) {
-        text += record.Comments;
-        if (record.Commented != ' ')
-            text += record.Commented;
-        if (record.Key.empty())
-            ((text += Char('[')) += record.Section) += Char(']');
-        else
-            ((text += record.Key) += Char('=')) += record.Value;
-        text += Char('\n');
-    }
-    return text;
+    TextOutput<Char> text;
+    WriteRecords(m_records, false, text);
+    return std::move(text.Text);
 }
 
 template <class Char>
@@ -241,7 +227,7 @@ bool BasicINIDocument<Char>::Sort(bool descending)
     for (const RecordView* header : headers) {
         keys.clear();
         for (auto run = std::lower_bound(runs.begin(), runs.end(), header->Section,
-                                         [](const Run& r, View section) { return r.Section < section; });
+                                         [](const Run&r, View section) { return r.Section < section; });
              run != runs.end() && run->Section == header->Section; ++run)
             for (const RecordView* key = run->Begin; key != run->End; ++key)
                 keys.push_back(key);
@@ -398,8 +384,7 @@ bool BasicINIDocument<Char>::SetRecordComments(String comments, String key, Stri
 template <class Char>
 bool BasicINIDocument<Char>::SetSectionComments(String comments, String section)
 {
-    return SetRecordComments(std::move(comments), {},
-                             std::move(section)); // a section record has an empty key
+    return SetRecordComments(std::move(comments), {}, std::move(section)); // a header has an empty key
 }
 
 /// Changes the first record of a key and section.
@@ -433,8 +418,7 @@ std::basic_string_view<Char> BasicINIDocument<Char>::Keep(String text)
     return *m_kept.emplace_back(std::make_shared<const String>(std::move(text)));
 }
 
-/// Releases the texts that edits have replaced, now and then: when as many were added as were left the last
-/// time.
+/// Releases the texts that edits have replaced, once the number of kept texts has doubled since the last time.
 template <class Char>
 void BasicINIDocument<Char>::DropUnusedTexts()
 {

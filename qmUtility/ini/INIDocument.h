@@ -27,8 +27,8 @@
 /// was never loaded: at construction) and saves by the same one. `INIDocument` keeps bytes as they are.
 ///
 /// **Complexity.** `Load`, `Save` and `Content` take linear time in the size of the file, lookups and edits
-/// in the number of records, `Sort` n log n in that of its result. Texts that edits replace stay in memory
-/// for some edits more.
+/// in the number of records, `Sort` n log n in that of its result. Replaced texts are released after some
+/// further edits.
 ///
 /// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it
 /// was.
@@ -83,10 +83,8 @@ public:
     String GetValue(View key, View section) const;               ///< see `INIParser::GetValue`
     std::vector<Record> GetSection(View section) const;          ///< see `INIParser::GetSection`
     std::vector<String> GetSectionNames() const;                 ///< see `INIParser::GetSectionNames`
-    bool RecordExists(View key,
-                      View section) const; ///< @return whether there is a record of this key and section
-    bool SectionExists(
-        View section) const; ///< @return whether any record, header or key, carries this section name
+    bool RecordExists(View key, View section) const;             ///< see `INIParser::RecordExists`
+    bool SectionExists(View section) const;                      ///< see `INIParser::SectionExists`
 
     /// Iterates over all records in file order.
     typename std::vector<RecordView>::const_iterator begin() const { return m_records.begin(); }
@@ -94,7 +92,7 @@ public:
 
     /// @}
     /// @name Edits
-    /// All return true, but `DeleteRecord`, `CommentRecord`, `UnCommentRecord`, `SetRecordComments` and
+    /// All return true, except `DeleteRecord`, `CommentRecord`, `UnCommentRecord`, `SetRecordComments` and
     /// `SetSectionComments`, which return false, and change nothing, when there is no such record.
     /// @{
 
@@ -121,7 +119,6 @@ private:
         FewTexts = 16 ///< not worth looking for unused ones
     };
 
-    QMUTILITY_PRIVATE typename Records::iterator Find(View key, View section);
     QMUTILITY_PRIVATE View Keep(String text);
     QMUTILITY_PRIVATE void DropUnusedTexts();
     template <class Change>

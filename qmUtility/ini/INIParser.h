@@ -107,7 +107,7 @@ public:
     /// @return false when the file cannot be opened for writing.
     static bool Create(std::string path);
 
-    /// @return the file's records as text, each line ended by "\n", without the blank lines and outer white
+    /// @return the file's records as text, each line terminated by "\n", without the blank lines and outer white
     ///   space of the file, and without the space before active lines. Empty when there are no records or the
     ///   file cannot be read.
     static std::string Content(std::string path);

@@ -11,6 +11,8 @@
 namespace ini {
 namespace {
 
+const std::string* NativePath(const std::string& path) { return &path; }
+
 /// @return the path in the file system's own form; nothing when the text is not valid Unicode.
 std::optional<std::filesystem::path> NativePath(const std::wstring& path)
 {
@@ -27,17 +29,13 @@ std::optional<std::filesystem::path> NativePath(const std::wstring& path)
 }
 
 /// Opens nothing for a path with a NUL: the system would end it there, and open another file.
-bool Open(std::filebuf& file, const std::string& path, std::ios::openmode mode)
+template <class Path>
+bool Open(std::filebuf& file, const Path& path, std::ios::openmode mode)
 {
     file.pubimbue(std::locale::classic()); // bytes as they are, whatever the global locale
-    return path.find('\0') == std::string::npos && file.open(path, mode) != nullptr;
-}
-
-bool Open(std::filebuf& file, const std::wstring& path, std::ios::openmode mode)
-{
-    file.pubimbue(std::locale::classic());
     const auto native = NativePath(path);
-    return native && path.find(L'\0') == std::wstring::npos && file.open(*native, mode) != nullptr;
+    return native && path.find(typename Path::value_type()) == Path::npos &&
+           file.open(*native, mode) != nullptr;
 }
 
 /// The first buffer of a read: most INI files fit, and it is below the size from which common allocators take
@@ -64,7 +62,7 @@ std::optional<Text<char>> Read(const Path& path)
     Text<char> bytes(capacity);
     for (;;) {
         const int before =
-            std::exchange(errno, 0); // tells a read error from the end of the file, unlike libc++
+            std::exchange(errno, 0); // it tells a read error from the end, which libc++ does not
         stream.read(bytes.Data.get() + bytes.Size, static_cast<std::streamsize>(capacity - bytes.Size));
         bytes.Size += static_cast<std::size_t>(stream.gcount());
         const int error = std::exchange(errno, before);

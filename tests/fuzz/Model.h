@@ -2,9 +2,8 @@
 #pragma once
 
 /// @file
-/// What is expected of INI files, expressed as plainly as possible: lines are copied one by one, every step is taken by
-/// itself, and nothing is fast. The fuzzers compare the library with it, so it shares nothing with the library but the
-/// record.
+/// The expected behaviour, written for clarity rather than speed. It shares only the record with the library,
+/// which the fuzzers compare with it.
 
 #include "qmUtility/ini/INIDocument.h"
 

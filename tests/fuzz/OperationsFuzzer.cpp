@@ -169,8 +169,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     std::ofstream(Path, std::ios::binary) << session.Text;
     try {
         session.Records = model::Load(session.Text);
-        WINIDocument
-            wide; // whose text is in memory of just its size: the address sanitizer detects a read past it
+        // Its text is in memory of just its size: the address sanitizer detects a read past it.
+        WINIDocument wide;
         Require(session.Document.Load(Path) && wide.Load(WidePath), "the documents are loaded");
         std::wstring content;
         for (const char c : model::Content(session.Records))

@@ -21,7 +21,7 @@ protected:
     static void ConvertBy(auto* facet) { std::locale::global(std::locale(std::locale::classic(), facet)); }
 };
 
-TEST_F(Files, WhatIsNoFileIsUnreadable)
+TEST_F(Files, PathsThatNameNoFileAreUnreadable)
 {
     const std::string withNul = Write("[S]\nk=1\n") + std::string("\0.ini", 5);
     EXPECT_FALSE(INIParser::Create(withNul));
