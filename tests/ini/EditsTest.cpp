@@ -69,7 +69,6 @@ TEST_F(Edits, SetValueInsertsMissingKeysFirstAndMissingSectionsLast)
 {
     Check({
         {"[S]\na=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), " [S]\n a=2\n"},
-        {"[S]\na=1\n", EDIT(SetValue, "b"_t, "2"_t, "S"_t), " [S]\n b=2\n a=1\n"},
         {"[S]\na=1\n[T]\nc=3\n", EDIT(SetValue, "b"_t, "2"_t, "T"_t), " [S]\n a=1\n [T]\n b=2\n c=3\n"},
         {"[S]\na=1\n", EDIT(SetValue, "x"_t, "9"_t, "N"_t), " [S]\n a=1\n [N]\n x=9\n"},
         {"[S]\n;n\n#a=1\n", EDIT(SetValue, "a"_t, "2"_t, "S"_t), " [S]\n;n\n#a=2\n"},
@@ -152,14 +151,6 @@ TEST_F(Edits, Sort)
         {"[S]\nk=1\n=x\n", sort(false), " [S]\n k=1\n [S]\n k=1\n"},
         {"k=1\n", sort(false), "k=1\n", false}, // no header: not rewritten
     });
-}
-
-TEST_F(Edits, CreateEmptiesAnExistingFile)
-{
-    const std::string path = Write("[S]\nk=1\n");
-    EXPECT_TRUE(INIParser::Create(path) && INIParser::Create(Path("new.ini")));
-    EXPECT_TRUE(std::filesystem::is_empty(path) && std::filesystem::is_empty(Path("new.ini")));
-    EXPECT_FALSE(INIParser::Create(Path("no such folder/new.ini")));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <map>
+#include <stdexcept>
 #include <tuple>
 
 namespace {
@@ -38,7 +39,6 @@ protected:
 TEST_F(Lookups, ReadRecordsOfBothWidths)
 {
     using namespace std::string_literals;
-    const std::string megabytes(3'000'000, 'v');
     const std::pair<std::string, std::string> cases[] = {
         {"[A]\nk=v", "| |A||\n"},                                 // the last line has no newline
         {"[S]\n  key = value  \n", "| |S||\n| |S|key | value\n"}, // outer blanks go, inner ones stay
@@ -60,13 +60,11 @@ TEST_F(Lookups, ReadRecordsOfBothWidths)
         {";lost\n[a=b]\nx=1\n", "| |a=b|a|b\n| |a=b|x|1\n"}, // a header that holds a "="
         {";a\n;x=1\n;b\n", ";a\n|;||x|1\n"},                 // below the last record
         {"k\0=\0v\n[\xE4\xFF]\n"s, "| ||k\0|\0v\n| |\xE4\xFF||\n"s},
-        {"k=" + megabytes + "\n;" + megabytes + "\n[S]\n",
-         "| ||k|" + megabytes + "\n;" + megabytes + "\n| |S||\n"},
     };
     for (const auto& [text, records] : cases) {
         Open(text);
-        EXPECT_EQ(Flat(m_document), records) << text.substr(0, 80);
-        EXPECT_EQ(Flat(m_wideDocument), records) << text.substr(0, 80);
+        EXPECT_EQ(Flat(m_document), records) << text;
+        EXPECT_EQ(Flat(m_wideDocument), records) << text;
     }
 }
 

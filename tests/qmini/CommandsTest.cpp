@@ -39,16 +39,12 @@ TEST(Check, FindsWhatIsSurprising)
 // Every text of four characters that matter, alone and inside a file.
 TEST_F(TemporaryFolder, ARewriteKeepsEveryLineUnlessALossIsFound)
 {
-    // Blank lines go, and so do blanks around lines and after a "#".
-    const auto normalized = [](const std::string& text) {
-        std::string result = "\n";
-        for (const char c : text + '\n') {
-            if (c == '\n')
-                result.erase(result.find_last_not_of(" \n") + 1);
-            if (c != ' ' || !(result.ends_with('\n') || result.ends_with("\n#")))
-                result += c;
-        }
-        return result;
+    const auto normalized = [](const std::string& text) { // without blanks, so without blank lines
+        std::string lines = '\n' + text + '\n';
+        std::erase(lines, ' ');
+        lines.erase(std::ranges::unique(lines, [](char a, char b) { return a == '\n' && b == '\n'; }).begin(),
+                    lines.end());
+        return lines;
     };
     const std::string alphabet = "[]=# a\n";
     for (std::size_t number = 0; number != std::size_t{7} * 7 * 7 * 7; ++number) {
