@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// The check of many files for changes beside the status calls that it takes. Names are job/library.
+/// The check of many files, beside one status call a file. Names are job/library.
 
 #include "qmUtility/filecheck/QMFileCheckAPI.h"
 

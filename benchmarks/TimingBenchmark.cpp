@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// The timing classes beside what their work takes at least. Names are job/library.
+/// The timing classes beside lower bounds of their work. Names are job/library.
 
 #include "qmUtility/framework/CString.h"
 #include "qmUtility/host/qmConsole.h"

@@ -23,7 +23,8 @@ set(DOXYGEN_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/docs")
 set(DOXYGEN_PROJECT_NUMBER "${QMUTILITY_VERSION_STRING}")
 set(DOXYGEN_USE_MDFILE_AS_MAINPAGE README.md)
 set(DOXYGEN_IMAGE_PATH docs)
-# Until version 1.9.7 doxygen finds no headings of other pages. Nor does the site have folders, or files without suffix.
+# Doxygen before 1.9.7 does not resolve links to headings of other pages. The site has no folders and no files without a
+# suffix.
 set(DOXYGEN_FILTER_PATTERNS
   [=["*.md=sed -E -e 's|(\.md)#[a-z-]+\)|\1)|g' -e 's|\[([^]]*)\]\(([a-z./]*/)?[A-Za-z]+\)|\1|g'"]=])
 set(DOXYGEN_GENERATE_TREEVIEW YES)
@@ -36,8 +37,5 @@ set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
 set(DOXYGEN_PREDEFINED
   QMUTILITY_API= QMUTILITY_PRIVATE= QMFRAMEWORK_API= QMCONSOLE_API= QMCOMMONBASE_API= QMSYSTEMINFO_API= WINAPI=)
 set(DOXYGEN_QUIET YES)
-set(DOXYGEN_EXTRACT_ALL NO)
-set(DOXYGEN_WARN_IF_INCOMPLETE_DOC YES)
-set(DOXYGEN_WARN_NO_PARAMDOC NO)
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
 doxygen_add_docs(docs ${inputs} COMMENT "Reference of the public declarations")

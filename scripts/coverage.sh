@@ -10,9 +10,5 @@ mkdir -p build/coverage
 find build/coverage -name '*.gcda' -delete # counts of earlier runs
 cmake --workflow --preset coverage
 
-report() {
-    gcovr --root . --filter qmUtility/ --exclude-throw-branches --exclude-unreachable-branches "$@"
-}
-report --object-directory build/coverage --html-details build/coverage/report.html --json build/coverage/report.json
-report --add-tracefile build/coverage/report.json --txt
-report --add-tracefile build/coverage/report.json --txt --branches
+gcovr --filter qmUtility/ --exclude-throw-branches --exclude-unreachable-branches \
+    --html-details build/coverage/report.html --txt --print-summary build/coverage

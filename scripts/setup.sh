@@ -11,6 +11,7 @@ set -euo pipefail
 packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev libdtl-dev)
 for group in "$@"; do
     case "$group" in
+    asan-ubsan | tsan) ;;
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
     bench)
         packages+=(libbenchmark-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev gnuplot-nox jq)

@@ -3,9 +3,8 @@
 # copying the list that was built over the recorded one.
 set(symbols "")
 foreach(library IN LISTS LIBRARIES)
-  execute_process(COMMAND "${NM}" -DC --defined-only "${library}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE lines)
+  execute_process(COMMAND "${NM}" -DCj --defined-only "${library}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE lines)
   string(REPLACE ";" "," lines "${lines}")
-  string(REGEX REPLACE "(^|\n)[0-9a-f]+ [A-Za-z] " "\\1" lines "${lines}")
   string(REGEX REPLACE "__cxx11::(basic_string<(char|wchar_t)), std::char_traits<(char|wchar_t)>, std::allocator<(char|wchar_t)> >"
     "\\1>" lines "${lines}")
   string(REGEX REPLACE "\n$" "" lines "${lines}")

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/framework/CString.h"
 #include "qmUtility/framework/ExtensionModule.h"
 #include "qmUtility/host/qmCommonBase.h"
 #include "qmUtility/host/qmConsole.h"
@@ -54,12 +53,10 @@ TEST(CommonBase, TheHandleIsThisProcess) { EXPECT_EQ(CQMProcess::GetHandle(), Ge
 #if defined(_WIN32)
 HINSTANCE Open() { return LoadLibraryA(LIBRARY); }
 bool Close(HINSTANCE library) { return FreeLibrary(library) != 0; }
-void* Find(HINSTANCE dll, const char* name) { return reinterpret_cast<void*>(GetProcAddress(dll, name)); }
 HINSTANCE Base(HINSTANCE library) { return library; }
 #else
 HINSTANCE Open() { return dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL); }
 bool Close(HINSTANCE library) { return dlclose(library) == 0; }
-void* Find(HINSTANCE library, const char* name) { return dlsym(library, name); }
 HINSTANCE Base(HINSTANCE library)
 {
     return std::bit_cast<HINSTANCE>(static_cast<link_map*>(library)->l_addr);
@@ -73,16 +70,7 @@ TEST(Module, IsRegisteredWhileItIsLoaded)
         auto* const library = Open();
         ASSERT_NE(library, nullptr);
         EXPECT_EQ(Open(), library);
-
-        auto* const isMonitoring =
-            reinterpret_cast<bool*>(Find(library, "_ZN15CQMFileCheckAPI10m_bMonitorE"));
-        auto* const addWatchDog =
-            reinterpret_cast<bool (*)(CString)>(Find(library, "_ZN15CQMFileCheckAPI11AddWatchDogE7CString"));
-        ASSERT_TRUE(isMonitoring != nullptr && addWatchDog != nullptr);
         EXPECT_EQ(framework::ExtensionModules(), std::vector{Base(library)});
-        EXPECT_FALSE(*isMonitoring);
-        *isMonitoring = addWatchDog(L"/no such file"); // true, and forgotten when the library is unloaded
-
         EXPECT_TRUE(Close(library));
         EXPECT_EQ(framework::ExtensionModules().size(), 1) << "it was opened twice";
         EXPECT_TRUE(Close(library)); // unloads it, which ends the registration

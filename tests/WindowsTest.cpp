@@ -31,7 +31,6 @@ TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem)
                 status.m_mtime == CTime(2'000'000'000, 999'999'900));
     EXPECT_EQ(status.m_size, 5);
     EXPECT_EQ(status.m_attribute & (CFile::readOnly | CFile::directory), CFile::readOnly);
-
     EXPECT_EQ(status.m_szFullName, path);
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     ASSERT_TRUE(CFile::GetStatus(path.c_str(), status));

@@ -120,7 +120,7 @@ Settings LoadSettings(const std::string& file)
     return {number("FrameLimit", "Frames", 0, 1000), number("Balls", "Picture", 0, 1000)};
 }
 
-/// The settings in force, which follow their file.
+/// The current settings, reloaded when their file changes.
 class WatchedSettings
 {
 public:
@@ -170,7 +170,7 @@ private:
     std::string m_problem;
 };
 
-/// Saves the statistics with one write; what else the file holds now stays.
+/// Saves the statistics and keeps what else the file holds now.
 void SaveStatistics(const CQMFPSCounter& counter, double seconds, const std::string& file)
 {
     INIDocument document = LoadDocument(file);

@@ -63,5 +63,5 @@ std::size_t CArchive::ReadCount()
 
 void AfxThrowArchiveException(int cause)
 {
-    throw new CArchiveException(cause); // NOLINT: the framework throws pointers
+    throw new CArchiveException(cause); // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
 }

@@ -33,7 +33,8 @@
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CArray : public CObject
 {
-    static_assert(!std::is_same_v<TYPE, bool>, "std::vector packs these, and has no references to them");
+    static_assert(!std::is_same_v<TYPE, bool>,
+                  "std::vector<bool> packs its elements and returns no references to them");
 
 public:
     /// @return the number of elements.

@@ -45,7 +45,7 @@ struct CFileStatus
     CTime m_mtime;             ///< last modification
     CTime m_atime;             ///< last access
     std::uint64_t m_size;      ///< in bytes
-    std::uint8_t m_attribute;  ///< combination of `CFile::Attribute` values
+    std::uint8_t m_attribute;  ///< `CFile::Attribute` bits; on Windows the system's others, too
     wchar_t m_szFullName[260]; ///< the path as passed in, truncated to fit
 };
 

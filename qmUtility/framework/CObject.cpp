@@ -19,5 +19,5 @@ void CException::Delete() { delete this; }
 
 void AfxThrowInvalidArgException()
 {
-    throw new CInvalidArgException; // NOLINT: the framework throws pointers
+    throw new CInvalidArgException; // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
 }

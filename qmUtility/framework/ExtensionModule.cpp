@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/framework/ExtensionModule.h"
 
-#include <algorithm>
-#include <iterator>
 #include <memory>
 #include <mutex>
 
@@ -36,7 +34,8 @@ std::vector<HINSTANCE> framework::ExtensionModules()
 {
     const std::lock_guard lock(mutex);
     std::vector<HINSTANCE> modules;
-    std::transform(libraries.begin(), libraries.end(), std::back_inserter(modules),
-                   [](const auto& library) { return library->m_hModule; });
+    modules.reserve(libraries.size());
+    for (const auto& library : libraries)
+        modules.push_back(library->m_hModule);
     return modules;
 }

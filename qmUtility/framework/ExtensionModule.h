@@ -48,8 +48,8 @@ public:
 
 namespace framework {
 
-/// Shows the list, whose readers in the framework itself (the lookups of resources and classes) are not part of
-/// the subset. Without this function nothing could tell whether a module is registered.
+/// Returns the list, so that tests can tell whether a module is registered. The framework's own readers (lookups of
+/// resources and classes) are not in the subset.
 /// @return the module of each entry, in the order of registration.
 QMFRAMEWORK_API std::vector<HINSTANCE> ExtensionModules();
 

@@ -18,8 +18,8 @@ public:
     ///   `qmUtility/framework/CString.h`. Null writes nothing.
     /// @throws std::bad_alloc; nothing is then written.
     ///
-    /// The default writes UTF-8 to standard output, whatever the locale, with one write per call. It preserves
-    /// `errno` and drops the text when the output is a closed pipe; SIGPIPE is not sent.
+    /// The default writes UTF-8 to standard output, whatever the locale, with one write per call. It drops
+    /// the text when the output is a closed pipe; on Linux no SIGPIPE is sent and `errno` is preserved.
     ///
     /// One format is special: a stopwatch logs its title with exactly "\n%s\n" and a *narrow* string, which the
     /// arguments do not reveal. The default therefore reads the argument of this format as a narrow string. To

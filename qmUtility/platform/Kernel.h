@@ -66,9 +66,9 @@ constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highe
 /// starts begin at the normal priority.
 ///
 /// A nice value is a weight rather than a rank: even a time-critical thread does not keep a processor from all
-/// others. It is not relative to the priority of the process. After a raise the thread does not pass on a negative
-/// nice value or a real-time policy that it gets by other means, either (`SCHED_RESET_ON_FORK`). Where a sandbox
-/// refuses that setting, threads and processes inherit the raised priority.
+/// others. It is not relative to the priority of the process. A raise sets `SCHED_RESET_ON_FORK`: from then on, new
+/// threads and processes inherit neither a negative nice value nor a real-time policy, whoever set it. Where a sandbox
+/// refuses the flag, they inherit the raised priority.
 /// @param thread the result of `GetCurrentThread`; other threads are not supported.
 /// @param level one of the three constants above.
 /// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system
@@ -88,12 +88,11 @@ HANDLE GetCurrentProcess();
 /// @return nonzero on success; 0, with nothing stored, for another handle.
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user);
 
-/// Writes an entry to standard error, which takes the place of the debugger and is always there: in UTF-8
-/// whatever the locale, with one write, and with a newline added when the text does not end in one.
+/// Writes an entry to standard error, the substitute for a debugger: in UTF-8 whatever the locale, with one write, and
+/// with a newline added when the text does not end in one.
 ///
-/// The write takes as long as the reader of a full pipe does. An entry for a closed pipe is dropped without
-/// SIGPIPE. So is a line of the console log (see `StandardStream.h`), which therefore does not end a program whose
-/// output nobody reads any longer.
+/// The write blocks while a pipe is full. On a closed pipe the entry is dropped without SIGPIPE, as is a line of the
+/// console log (`StandardStream.h`).
 /// @param text null writes nothing.
 /// @throws std::bad_alloc
 void OutputDebugStringW(const wchar_t* text);

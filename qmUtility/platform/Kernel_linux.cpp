@@ -27,20 +27,6 @@ FILETIME ToFileTime(const timeval& time)
     return {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
 }
 
-/// Sets the nice value of the calling thread, which threads and processes started by it do not inherit if it is
-/// negative.
-bool SetNice(int nice)
-{
-    if (setpriority(PRIO_PROCESS, 0, nice) != 0) // process 0 means the calling thread
-        return false;
-    if (nice < 0) {
-        sched_param parameters{};
-        sched_getparam(0, &parameters);
-        sched_setscheduler(0, sched_getscheduler(0) | SCHED_RESET_ON_FORK, &parameters);
-    }
-    return true;
-}
-
 } // namespace
 
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count)
@@ -72,7 +58,12 @@ BOOL SetThreadPriority(HANDLE thread, int level)
     if (thread != GetCurrentThread())
         return 0;
     const int before = errno;
-    const bool isSet = SetNice(nice);
+    const bool isSet = setpriority(PRIO_PROCESS, 0, nice) == 0; // process 0 means the calling thread
+    if (isSet && nice < 0) { // threads and processes started by it begin at the normal priority
+        sched_param parameters{};
+        sched_getparam(0, &parameters);
+        sched_setscheduler(0, sched_getscheduler(0) | SCHED_RESET_ON_FORK, &parameters);
+    }
     errno = before;
     return isSet;
 }

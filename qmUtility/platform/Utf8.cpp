@@ -2,8 +2,8 @@
 #include "qmUtility/platform/Utf8.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <limits>
+#include <type_traits>
 
 namespace platform {
 namespace {

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <string_view>
+#include <type_traits>
 
 namespace platform {
 namespace {
@@ -82,13 +83,6 @@ private:
         m_at = std::copy_n(text.data(), std::min(text.size(), room), m_at);
     }
 
-    void Pad(std::size_t count)
-    {
-        const auto room = static_cast<std::size_t>(m_last - m_at);
-        m_fits = m_fits && count <= room;
-        m_at = std::fill_n(m_at, std::min(count, room), L' ');
-    }
-
     /// Parses a directive up to its conversion character, which `format` points to afterwards.
     Directive Parse(const wchar_t*& format)
     {
@@ -145,13 +139,11 @@ private:
         switch (directive.Conversion) {
         case L'd':
         case L'i':
-            PutNumber(directive, "ll", SignedArgument(directive.Length));
-            return true;
         case L'u':
         case L'o':
         case L'x':
         case L'X':
-            PutNumber(directive, "ll", UnsignedArgument(directive.Length));
+            PutInteger(directive);
             return true;
         case L'a':
         case L'A':
@@ -206,39 +198,34 @@ private:
                (directive.Conversion == narrowConversion && directive.Length != Length::Long);
     }
 
-    long long SignedArgument(Length length)
+    void PutInteger(const Directive& directive)
     {
-        switch (length) {
-        case Length::Char:
-            return static_cast<signed char>(va_arg(m_arguments, int));
-        case Length::Short:
-            return static_cast<short>(va_arg(m_arguments, int));
-        case Length::None: // NOLINT(bugprone-branch-clone): the widths differ between platforms
-            return va_arg(m_arguments, int);
-        case Length::Long:
-            return va_arg(m_arguments, long);
+        switch (directive.Length) {
         case Length::Size:
-            return va_arg(m_arguments, std::ptrdiff_t);
+            return PutInteger<std::ptrdiff_t>(directive);
+        case Length::Char:
+            return PutInteger<signed char, int>(directive);
+        case Length::Short:
+            return PutInteger<short, int>(directive);
+        case Length::None:
+            return PutInteger<int>(directive);
+        case Length::Long:
+            return PutInteger<long>(directive);
         default:
-            return va_arg(m_arguments, long long);
+            return PutInteger<long long>(directive);
         }
     }
 
-    unsigned long long UnsignedArgument(Length length)
+    /// Prints an integer that is passed as `Passed`.
+    template <class Integer, class Passed = Integer>
+    void PutInteger(const Directive& directive)
     {
-        const long long argument = SignedArgument(length);
-        switch (length) {
-        case Length::Char:
-            return static_cast<unsigned char>(argument);
-        case Length::Short:
-            return static_cast<unsigned short>(argument);
-        case Length::None:
-            return static_cast<unsigned>(argument);
-        case Length::Long:
-            return static_cast<unsigned long>(argument);
-        default:
-            return static_cast<unsigned long long>(argument);
-        }
+        const auto number = static_cast<Integer>(va_arg(m_arguments, Passed));
+        if (directive.Conversion == L'd' || directive.Conversion == L'i')
+            PutNumber(directive, "ll", static_cast<long long>(number));
+        else
+            PutNumber(directive, "ll",
+                      static_cast<unsigned long long>(static_cast<std::make_unsigned_t<Integer>>(number)));
     }
 
     /// Prints a number through the narrow printing of the C library, because the wide one does not report the
@@ -248,19 +235,14 @@ private:
     {
         const std::string narrow =
             '%' + directive.Flags + "*.*" + length + static_cast<char>(directive.Conversion);
-        std::array<char, 128> local;
         const int precision = std::min(directive.Precision, MaximumPadding);
-        const int size =
-            std::snprintf(local.data(), local.size(), narrow.c_str(), directive.Width, precision, number);
-        if (size < 0) // the C library ran out of memory
-            return;
-        if (static_cast<std::size_t>(size) < local.size()) {
-            Put(Widen(local.data(), SIZE_MAX));
-            return;
-        }
-        std::string large(static_cast<std::size_t>(size) + 1, '\0');
-        (void)std::snprintf(large.data(), large.size(), narrow.c_str(), directive.Width, precision, number);
-        Put(Widen(large.data(), SIZE_MAX));
+        std::string text(127, '\0'); // enough for most numbers
+        int size = 0;
+        while ((size = std::snprintf(text.data(), text.size() + 1, narrow.c_str(), directive.Width, precision,
+                                     number)) > std::ssize(text))
+            text.resize(static_cast<std::size_t>(size));
+        if (size >= 0) // otherwise the C library ran out of memory
+            Put(Widen(text.data(), SIZE_MAX));
     }
 
     static std::size_t Limit(const Directive& directive)
@@ -298,13 +280,13 @@ private:
     void PutPadded(const Directive& directive, std::wstring_view text)
     {
         const auto width = static_cast<std::size_t>(directive.Width);
-        const std::size_t padding = width > text.size() ? width - text.size() : 0;
+        const std::wstring padding(width > text.size() ? width - text.size() : 0, L' ');
         const bool left = directive.Flags.find('-') != std::string::npos;
         if (!left)
-            Pad(padding);
+            Put(padding);
         Put(text);
         if (left)
-            Pad(padding);
+            Put(padding);
     }
 
     wchar_t* m_at;

@@ -17,7 +17,7 @@ namespace platform {
 /// @param format null prints nothing.
 /// @param arguments indeterminate afterwards.
 /// @return the number of characters printed, or -1 when the text was truncated or `capacity` is 0.
-/// @throws std::bad_alloc: long numbers and narrow strings need memory.
+/// @throws std::bad_alloc: numbers, narrow strings and padding need memory.
 std::ptrdiff_t VPrint(wchar_t* buffer, std::size_t capacity, const wchar_t* format, std::va_list arguments);
 /// The same, with variable arguments.
 std::ptrdiff_t Print(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...);

@@ -29,20 +29,14 @@ bool ReadProcessTimes(std::uint64_t& kernel, std::uint64_t& user)
     return true;
 }
 
-CQMTimer* NewTimer()
-{
-    auto* const timer = new CQMTimer(nullptr);
-    platform::IgnoreLeak(timer); // copies of a marker share it, so none of them may delete it
-    return timer;
-}
-
 } // namespace
 
 CQMDebugTraceStartEndMarker::CQMDebugTraceStartEndMarker(const CString& name, bool bUseTimer,
                                                          bool bUseLogConsole, bool bCPU)
     : m_strName(name), m_bUseLogConsole(bUseLogConsole), m_bUseTimer(bUseTimer),
-      m_pTimer(bUseTimer && !bCPU ? NewTimer() : nullptr), m_bCPU(bCPU)
+      m_pTimer(bUseTimer && !bCPU ? new CQMTimer(nullptr) : nullptr), m_bCPU(bCPU)
 {
+    platform::IgnoreLeak(m_pTimer); // copies of a marker share it, so none of them may delete it
     if (m_bUseLogConsole)
         CQMConsoleAPI::Log(L"%s - Start\n", m_strName.GetString());
     else {

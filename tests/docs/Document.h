@@ -24,12 +24,6 @@ protected:
     Document() : m_former(std::filesystem::current_path()) { std::filesystem::current_path(Path(".")); }
     ~Document() override { std::filesystem::current_path(m_former); }
 
-    static void Before(const std::string& text) { std::ofstream("settings.ini") << text; }
-    static void After(int line, const std::string& text)
-    {
-        EXPECT_EQ(Read("settings.ini"), text) << "line " << line;
-    }
-
     /// Statements begin: captures their output until `Ran`.
     void Run()
     {
@@ -45,16 +39,11 @@ protected:
         m_error.reset();
     }
 
-    void Console(int line, const std::string& text) const
+    static void Expect(int line, const std::string& actual, const std::string& expected)
     {
-        EXPECT_EQ(m_console, Figures({text})) << "line " << line;
-    }
-    void Debugger(int line, const std::string& text) const
-    {
-        EXPECT_EQ(m_debugger, Figures({text})) << "line " << line;
+        EXPECT_EQ(actual, expected) << "line " << line;
     }
 
-private:
     /// Joins texts, with the digit 0 for each integer and each decimal, since numbers depend on the machine. A
     /// minus sign is dropped: a duration that is less than the measured cost of a counter read is negative.
     static std::string Figures(const std::vector<std::string>& texts)
@@ -73,9 +62,11 @@ private:
         return figures;
     }
 
+    std::string m_console;
+    std::string m_debugger;
+
+private:
     std::filesystem::path m_former;
     std::optional<Capture> m_output;
     std::optional<Capture> m_error;
-    std::string m_console;
-    std::string m_debugger;
 };

@@ -52,15 +52,15 @@ in_block && /^```$/ {
         body = body "    Run();\n#line " first " \"" FILENAME "\"\n" text "    Ran();\n"
         has_statements = 1
     } else if (role == "ini before")
-        body = body "    Before(" raw(text) ");\n"
+        body = body "    Write(" raw(text) ", \"settings.ini\");\n"
     else if (role == "ini before, cut")
-        body = body "    Before(" raw(substr(text, 1, length(text) - 1)) ");\n"
+        body = body "    Write(" raw(substr(text, 1, length(text) - 1)) ", \"settings.ini\");\n"
     else if (role == "ini after")
-        body = body "    After(" first ", " raw(text) ");\n"
+        body = body "    Expect(" first ", Read(\"settings.ini\"), " raw(text) ");\n"
     else if (role == "text console")
-        body = body "    Console(" first ", " raw(text) ");\n"
+        body = body "    Expect(" first ", m_console, Figures({" raw(text) "}));\n"
     else if (role == "text debugger")
-        body = body "    Debugger(" first ", " raw(text) ");\n"
+        body = body "    Expect(" first ", m_debugger, Figures({" raw(text) "}));\n"
     else if (file == "")
         includes = includes "#error " FILENAME ":" first - 1 ": unknown kind of block: " role "\n"
     next

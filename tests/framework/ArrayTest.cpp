@@ -20,7 +20,7 @@ int Cause(Call call)
     try {
         call();
         return 0;
-    } catch (CException* exception) { // NOLINT: the framework throws pointers
+    } catch (CException* exception) { // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
         const auto* const archiveException = dynamic_cast<CArchiveException*>(exception);
         const int cause = archiveException != nullptr ? archiveException->m_cause : -1;
         exception->Delete();

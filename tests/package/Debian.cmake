@@ -29,9 +29,7 @@ function(expect package field pattern)
 endfunction()
 
 expect(libqmutility1 Depends "libc6 .*libstdc\\+\\+6 ")
-expect(libqmutility1 Section "^libs$")
 expect(libqmutility-dev Depends "^libqmutility1 \\(= ${VERSION}\\)$")
-expect(libqmutility-dev Section "^libdevel$")
 
 # The runtime package contains the versioned libraries only, the development package everything else.
 file(REMOVE_RECURSE "${ROOT}")
@@ -46,7 +44,6 @@ endif()
 run(dpkg-deb -x "${development}" "${ROOT}")
 
 expect(qmini Depends "^libqmutility1 \\(>= ${VERSION}\\), libc6 ")
-expect(qmini Section "^utils$")
 file(GLOB tool "${BINARY_DIR}/qmini_*.deb")
 run(dpkg-deb -x "${tool}" "${ROOT}")
 set(ENV{LD_LIBRARY_PATH} "${LIBDIR}")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Bash completion for qmini. Commands, options and places of arguments come from the help texts, names from the file.
 _qmini() {
     local current=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]} word

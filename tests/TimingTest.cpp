@@ -12,12 +12,16 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdarg>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <numeric>
 #include <span>
+#include <string>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -256,7 +260,7 @@ using Figures = decltype(Counter().Figures());
 const Figures Cleared(0, 0, 0, 0, INT64_MAX, 0, 0, 0, 0, 0, INT_MAX, -1, 0, 0);
 static_assert(std::is_convertible_v<eQMFPSType, CQMFPSCounter>);
 
-TEST_F(Scripted, InstantRates)
+TEST_F(Scripted, InInstantModeEachFrameHasARate)
 {
     Counter c;
     EXPECT_EQ(std::tuple(c.GetFPSType(), c.GetTickPeriod(), c.GetTickSampleCount()),
@@ -293,7 +297,7 @@ TEST_F(Scripted, InstantRates)
     }
 }
 
-TEST_F(Scripted, AverageRates)
+TEST_F(Scripted, InAverageModeFramesMeasureFromTheirPeriodsStart)
 {
     for (const int type : {1, 0, 3, -1}) {
         Counter c(static_cast<eQMFPSType>(type));
