@@ -219,6 +219,7 @@ bool BasicINIDocument<Char>::Sort(bool descending)
         return std::tie(a.Section, a.Begin) < std::tie(b.Section, b.Begin); // keys stay in file order
     });
 
+    const auto isBefore = [](const Run& run, View section) { return run.Section < section; };
     // Each header takes the keys of its name from the whole file. So keys are written once for each header of
     // their section: twice for a section with two, and not at all for a section with none.
     Records sorted;
@@ -226,8 +227,7 @@ bool BasicINIDocument<Char>::Sort(bool descending)
     Pointers keys;
     for (const RecordView* header : headers) {
         keys.clear();
-        for (auto run = std::lower_bound(runs.begin(), runs.end(), header->Section,
-                                         [](const Run&r, View section) { return r.Section < section; });
+        for (auto run = std::lower_bound(runs.begin(), runs.end(), header->Section, isBefore);
              run != runs.end() && run->Section == header->Section; ++run)
             for (const RecordView* key = run->Begin; key != run->End; ++key)
                 keys.push_back(key);

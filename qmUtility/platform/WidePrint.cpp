@@ -236,13 +236,18 @@ private:
         const std::string narrow =
             '%' + directive.Flags + "*.*" + length + static_cast<char>(directive.Conversion);
         const int precision = std::min(directive.Precision, MaximumPadding);
-        std::string text(127, '\0'); // enough for most numbers
-        int size = 0;
-        while ((size = std::snprintf(text.data(), text.size() + 1, narrow.c_str(), directive.Width, precision,
-                                     number)) > std::ssize(text))
-            text.resize(static_cast<std::size_t>(size));
-        if (size >= 0) // otherwise the C library ran out of memory
-            Put(Widen(text.data(), SIZE_MAX));
+        std::array<char, 128> local; // allocates only for long numbers
+        const int size =
+            std::snprintf(local.data(), local.size(), narrow.c_str(), directive.Width, precision, number);
+        if (size < 0) // the C library ran out of memory
+            return;
+        if (static_cast<std::size_t>(size) < local.size()) {
+            Put(Widen(local.data(), SIZE_MAX));
+            return;
+        }
+        std::string large(static_cast<std::size_t>(size) + 1, '\0');
+        (void)std::snprintf(large.data(), large.size(), narrow.c_str(), directive.Width, precision, number);
+        Put(Widen(large.data(), SIZE_MAX));
     }
 
     static std::size_t Limit(const Directive& directive)
