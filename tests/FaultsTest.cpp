@@ -130,7 +130,6 @@ struct Operation
 const std::vector<Operation> Operations = {
     {"GetValue", [](auto& p) { return INIParser::GetValue("l", "S", p).size(); }},
     {"wide GetValue", [](auto& p) { return INIParser::GetValue(L"l", L"S", Widen(p)).size(); }},
-    {"GetRecord", [](auto& p) { return INIParser::GetRecord("k", "S", p).size(); }},
     {"GetSection", [](auto& p) { return INIParser::GetSection("S", p).size(); }},
     {"RecordExists", [](auto& p) { return INIParser::RecordExists("x", "S", p); }},
     {"wide SectionExists", [](auto& p) { return INIParser::SectionExists(L"x", Widen(p)); }},

@@ -81,11 +81,8 @@ TEST_F(Lookups, FindTheFirstMatch)
         {"k", "Old", "| |Old|k|5\n"},
         {"above", "", "| ||above|0\n"},
         {"", "S", "; of S\n| |S||\n"},
-        {"K", "S", ""},
         {"k", "s", ""},
-        {"k", "T", ""},
         {"", "", ""},
-        {" k", "S", ""},
     };
     const auto check = [](const auto& document, const auto& path, const auto& key, const auto& section,
                           const std::string& record) {
