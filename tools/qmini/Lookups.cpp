@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <stdexcept>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -19,6 +20,14 @@ namespace qmini {
 void Get(const Call& call, const Streams& streams)
 {
     const Input input(call.File, streams.In);
+    try { // what is usual, and takes half the time of loading the file
+        const auto record = INIParser::GetRecord(call.Key, call.Section, input.Path());
+        if (!record.empty() && record.front().Commented == ' ') {
+            streams.Out << record.front().Value << '\n';
+            return;
+        }
+    } catch (const std::out_of_range&) { // a malformed header, which `Load` reports
+    }
     const INIDocument document = Load(input);
     if (call.Default && !document.RecordExists(call.Key, call.Section)) {
         streams.Out << *call.Default << '\n';
