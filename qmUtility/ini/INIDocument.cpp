@@ -149,7 +149,7 @@ bool BasicINIDocument<Char>::Load(const String& path)
         return false;
     const View text = *decoded;
     loaded.m_text = std::move(decoded->Data);
-    constexpr std::size_t bytesPerRecord = 48; // usual share of the file, so that the list seldom grows
+    constexpr std::size_t bytesPerRecord = 32; // less than in most files, so that the list seldom grows
     loaded.m_records.reserve(text.size() / bytesPerRecord);
     ini::Scan(text, [&](RecordView record) {
         if (!IsNormalized(record.Comments))
