@@ -10,7 +10,7 @@ fail() {
     exit 1
 }
 
-echo "demo: on a fresh machine this takes about 3 minutes, most of it packages and compiling; later, 10 seconds"
+echo "demo: on a fresh machine this takes about a minute, most of it packages and compiling; later, 10 seconds"
 scripts/setup.sh
 cmake --preset release >/dev/null
 cmake --build --preset release --target qmini timing_tour frameloop
