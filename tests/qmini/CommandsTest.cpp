@@ -42,8 +42,8 @@ TEST_F(TemporaryFolder, ARewriteKeepsEveryLineUnlessALossIsFound)
     const auto normalized = [](const std::string& text) { // without blanks, so without blank lines
         std::string lines = '\n' + text + '\n';
         std::erase(lines, ' ');
-        lines.erase(std::ranges::unique(lines, [](char a, char b) { return a == '\n' && b == '\n'; }).begin(),
-                    lines.end());
+        const auto areNewlines = [](char a, char b) { return a == '\n' && b == '\n'; };
+        lines.erase(std::unique(lines.begin(), lines.end(), areNewlines), lines.end());
         return lines;
     };
     const std::string alphabet = "[]=# a\n";
