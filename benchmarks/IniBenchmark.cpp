@@ -5,6 +5,7 @@
 
 #include "benchmarks/IniPeers.h"
 #include "qmUtility/ini/INIDocument.h"
+#include "qmUtility/ini/INIParser.h"
 
 #include <benchmark/benchmark.h>
 

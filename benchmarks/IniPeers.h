@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// Other INI libraries behind one interface: the constructor loads a file, `GetValue` looks
-/// a setting up, `SetValue` changes one, and `Text` returns what the library saves. Each is present where its header is.
+/// Other INI libraries behind one interface: the constructor loads a file, `GetValue` looks up a setting,
+/// `SetValue` changes one, and `Text` returns what the library saves. Each is present where its header is.
 
 #include <stdexcept>
 #include <string>

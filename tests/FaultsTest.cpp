@@ -48,7 +48,7 @@ bool Fails(std::string_view call, int error)
     return true;
 }
 
-/// @return the function that ours of this name replaces.
+/// @return the system's function of this name.
 template <class Function>
 Function* Real(Function* /*ours*/, const char* name)
 {

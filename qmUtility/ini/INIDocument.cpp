@@ -78,6 +78,7 @@ struct TextOutput
 /// The two widths of a saved file differ intentionally: the narrow form begins every active line with a space;
 /// the wide one does not, and has an empty line between a section's comments and its header, for each section
 /// but the first.
+/// @param isSaved false for `Content`, which has neither.
 template <class Char, class Target>
 void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, bool isSaved, Target& out)
 {

@@ -236,7 +236,7 @@ private:
         const std::string narrow =
             '%' + directive.Flags + "*.*" + length + static_cast<char>(directive.Conversion);
         const int precision = std::min(directive.Precision, MaximumPadding);
-        std::array<char, 128> local; // allocates only for long numbers
+        std::array<char, 128> local; // holds all but long numbers
         const int size =
             std::snprintf(local.data(), local.size(), narrow.c_str(), directive.Width, precision, number);
         if (size < 0) // the C library ran out of memory

@@ -55,7 +55,7 @@ TEST_F(Document, EditsAreNotParsed)
     EXPECT_TRUE(document.SectionExists("=a[0"));
 }
 
-// The texts that edits replace are released now and then, those in use are not, in a copy or a moved document.
+// The texts that edits replace are released after some edits; those in use are kept, in a copy or a moved document.
 TEST_F(Document, ManyEditsKeepWhatIsInUse)
 {
     INIDocument document = Load("; c\n[S]\n;d\n\nk=1\n");

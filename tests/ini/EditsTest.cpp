@@ -97,7 +97,7 @@ TEST_F(Edits, AddSectionDeleteAndRename)
         {"[S]\nx=1\n[T]\n", EDIT(DeleteRecord, "x"_t, "T"_t), "[S]\nx=1\n[T]\n", false}, // not rewritten
         {"[R]\n[S]\nx=1\n[S]\n", EDIT(DeleteRecord, ""_t, "S"_t), " [R]\n x=1\n [S]\n"},
         {";c\n[S]\n#x=1\n[T]\n;d\ny=1\n;[S]\nz=1\n", EDIT(DeleteSection, "S"_t), " [T]\n;d\n y=1\n"},
-        {"[T]\n", EDIT(DeleteSection, "S"_t), " [T]\n"}, // rewritten all the same
+        {"[T]\n", EDIT(DeleteSection, "S"_t), " [T]\n"}, // still rewritten
         {"[A]\na=1\n[B]\n;[A]\n#b=1\n", EDIT(RenameSection, "A"_t, "C"_t), " [C]\n a=1\n [B]\n;[C]\n#b=1\n"},
     });
 }

@@ -136,6 +136,7 @@ TEST_F(Files, ARewriteKeepsTheFileAndItsLinks)
     EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0642));
     EXPECT_TRUE(std::filesystem::is_symlink(Path("link.ini")));
     EXPECT_EQ(Read(path) + Read(Path("same.ini")), " [S]\n k=2\n [S]\n k=2\n");
+    EXPECT_TRUE(INIParser::Create(path) && std::filesystem::is_empty(path));
 }
 
 TEST_F(Files, FilesWithoutASizeLoadWhole)

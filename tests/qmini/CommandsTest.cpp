@@ -71,6 +71,7 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
     const std::string heading = "--- standard input\t\n+++ standard input\t\n";
     // What is said: all of it when it ends in a newline, else its beginning.
     const std::tuple<const char*, int, std::string> cases[] = {
+        {"get|f|S|k", 0, "a b\n"},
         {"get|f|S|old", 0, "2\nqmini: note: key \"old\" in section \"S\" is commented out, an active"},
         {"get|f|S|z|--default|d", 0, "d\n"},
         {"keys|f|S", 0, "k\nx \nold\nk\nold\n"},

@@ -68,8 +68,8 @@ std::vector<Step> FindSteps(const Texts& before, const Texts& after)
     std::size_t left = 200'000;
     // Its own hunks have wrong line numbers once the texts differ much, so they are made here.
     dtl::Diff<std::string_view, Texts, BoundedCompare> difference(Texts(beginBefore, endBefore),
-                                                                  Texts(beginAfter, endAfter), true,
-                                                                  BoundedCompare(left)); // deletions first
+                                                                  Texts(beginAfter, endAfter),
+                                                                  /*deleteFirst=*/true, BoundedCompare(left));
     difference.compose();
     if (left != 0) {
         for (const auto& [line, info] : difference.getSes().getSequence())

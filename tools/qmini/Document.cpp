@@ -9,6 +9,7 @@
 #include <cctype>
 #include <ostream>
 #include <stdexcept>
+#include <utility>
 
 namespace qmini {
 

@@ -124,9 +124,11 @@ try : Input(file) {
     } else
         text = ReadFile(file);
     std::random_device random;
+    fs::path folder;
     do
-        m_folder = fs::temp_directory_path() / ("qmini-" + std::to_string(random()));
-    while (!fs::create_directory(m_folder)); // false when someone else has a folder of that name
+        folder = fs::temp_directory_path() / ("qmini-" + std::to_string(random()));
+    while (!fs::create_directory(folder)); // false when someone else has a folder of that name
+    m_folder = folder;
     fs::permissions(m_folder, fs::perms::owner_all);
     m_path = (m_folder / "input.ini").string();
     if (!(std::ofstream(m_path) << text << std::flush))

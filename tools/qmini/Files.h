@@ -10,6 +10,7 @@
 
 namespace qmini {
 
+/// @return the content of the file
 /// @param mode std::ios::binary for the bytes of the file, none for its text
 /// @throws Failure when the file cannot be read
 std::string ReadFile(const std::string& file, std::ios::openmode mode = std::ios::binary);

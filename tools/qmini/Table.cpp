@@ -133,8 +133,8 @@ the line that they stood above. --dry-run prints the difference in the form that
 "patch" takes.
 
 An edit that would lose or change anything else is refused, and so is one of a
-commented-out key that hides an active one. --force makes it anyway, and
-"qmini check" reports the reasons.
+commented-out key that hides an active one. --force makes it anyway.
+"qmini check" reports what any edit of the file loses.
 
 The file stays the same file, with its links, owner and permissions. What was
 written is read back; if it differs, the former content is put back. Meanwhile
