@@ -6,8 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh coverage
-mkdir -p build/coverage
-find build/coverage -name '*.gcda' -delete # counts of earlier runs
+rm -rf build/coverage # with the counts of earlier runs, and of sources that are gone
 cmake --workflow --preset coverage
 
 gcovr --filter qmUtility/ --exclude-throw-branches --exclude-unreachable-branches \
