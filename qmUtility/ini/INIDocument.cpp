@@ -220,12 +220,12 @@ bool BasicINIDocument<Char>::Sort(bool descending)
         return std::tie(a.Section, a.Begin) < std::tie(b.Section, b.Begin); // keys stay in file order
     });
 
-    const auto isBefore = [](const Run& run, View section) { return run.Section < section; };
     // Each header takes the keys of its name from the whole file. So keys are written once for each header of
     // their section: twice for a section with two, and not at all for a section with none.
     Records sorted;
     sorted.reserve(m_records.size());
     Pointers keys;
+    const auto isBefore = [](const Run& run, View section) { return run.Section < section; };
     for (const RecordView* header : headers) {
         keys.clear();
         for (auto run = std::lower_bound(runs.begin(), runs.end(), header->Section, isBefore);

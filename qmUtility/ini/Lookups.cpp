@@ -17,6 +17,7 @@ template <class Char, class Matches, class Visitor>
 std::optional<bool> VisitFirst(const String<Char>& path, Matches matches, Visitor visit)
 {
     bool isFound = false;
+    // A copy of `matches` in the callback stays in registers.
     const bool isRead = ini::ScanFile(path, [&, matches](const auto& record) mutable {
         if (!isFound && matches(record)) {
             isFound = true;

@@ -61,8 +61,8 @@ std::optional<Text<char>> Read(const Path& path)
     std::size_t capacity = FirstCapacity;
     Text<char> bytes(capacity);
     for (;;) {
-        const int before =
-            std::exchange(errno, 0); // it tells a read error from the end, which libc++ does not
+        // It tells a read error from the end of the file, which libc++ does not.
+        const int before = std::exchange(errno, 0);
         stream.read(bytes.Data.get() + bytes.Size, static_cast<std::streamsize>(capacity - bytes.Size));
         bytes.Size += static_cast<std::size_t>(stream.gcount());
         const int error = std::exchange(errno, before);

@@ -98,6 +98,7 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
          "qmini: f: refused (--force does it anyway, --dry-run shows it):\nf:8: text after \"]\": lost "
          "by an edit: \"x\"\nline 2: key \"old\" is commented out, an active one follows: say --activate"},
         {"create|f", 1, "qmini: f exists already\n"},
+        {"create|new|--dry-run", 0, ""},
         {"create|new", 0, ""},
         {"sort|.|--dry-run", 1, "qmini: cannot read .: "},
         {"set|-|S|k|v<[S]\n", 0, " [S]\n k=v\n"},
