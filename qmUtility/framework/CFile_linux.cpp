@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CFile.h"
-#include "qmUtility/platform/SystemPath_linux.h"
+#include "qmUtility/platform/SystemPath.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -39,7 +39,7 @@ bool CFile::GetStatus(const wchar_t* path, CFileStatus& status)
 {
     const std::wstring_view text = path;
     struct statx found;
-    if (!ReadStatus(platform::SystemPath(text).Bytes(), found))
+    if (!ReadStatus(platform::SystemPath::FromWindows(text).Get(), found))
         return false;
 
     status.m_ctime = (found.stx_mask & STATX_BTIME) != 0 ? ToTime(found.stx_btime) : CTime();

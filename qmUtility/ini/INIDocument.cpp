@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
+#include <system_error>
 #include <tuple>
 #include <unordered_set>
 #include <utility>
@@ -22,28 +22,26 @@ template <class Char>
 class Output
 {
 public:
-    Output(const std::basic_string<Char>& path, const std::locale& locale) : m_encoding(locale)
-    {
-        m_file.pubsetbuf(m_fileBuffer.data(), std::ssize(m_fileBuffer));
-        m_isGood = ini::OpenForWriting(m_file, path);
-    }
+    Output(const std::basic_string<Char>& path, const std::locale& locale)
+        : m_file(platform::SystemPath(path)), m_encoding(locale)
+    {}
 
-    bool IsOpen() const { return m_file.is_open(); }
+    bool IsOpen() const { return m_file.IsOpen(); }
 
     Output& operator<<(std::basic_string_view<Char> text)
     {
-        while (m_end = m_encoding.Encode(text, m_end, m_record.data() + m_record.size()), !text.empty())
-            Flush();
+        for (std::size_t end = 0; (end = text.find(Char('\n'))) != text.npos; text.remove_prefix(end + 1)) {
+            Append(text.substr(0, end));
+            for (const Char c : platform::Newline)
+                Append({&c, 1});
+        }
+        Append(text);
         return *this;
     }
 
     Output& operator<<(Char c) { return *this << std::basic_string_view<Char>(&c, 1); }
 
-    void Flush()
-    {
-        const auto size = std::exchange(m_end, m_record.data()) - m_record.data();
-        m_isGood = m_isGood && m_file.sputn(m_record.data(), size) == size && m_file.pubsync() == 0;
-    }
+    void Flush() { m_file.Write({m_record.data(), std::exchange(m_end, m_record.data())}); }
 
     void Finish()
     {
@@ -52,11 +50,15 @@ public:
     }
 
 private:
-    std::array<char, 4096> m_record; ///< what is written next: a stream call for each field takes longer
+    void Append(std::basic_string_view<Char> text)
+    {
+        while (m_end = m_encoding.Encode(text, m_end, m_record.data() + m_record.size()), !text.empty())
+            Flush();
+    }
+
+    std::array<char, 4096> m_record; ///< what is written next
     char* m_end = m_record.data();
-    std::array<char, 4096 + 1> m_fileBuffer; ///< has room for `m_record`
-    std::filebuf m_file;
-    bool m_isGood;
+    platform::File m_file;
     ini::Encoding<Char> m_encoding;
 };
 
@@ -140,7 +142,8 @@ BasicINIDocument<Char>::~BasicINIDocument() = default;
 template <class Char>
 bool BasicINIDocument<Char>::Load(const String& path)
 {
-    auto bytes = ini::ReadFile(path);
+    std::error_code ignored;
+    auto bytes = platform::File::Read(platform::SystemPath(path), ignored);
     if (!bytes)
         return false;
 

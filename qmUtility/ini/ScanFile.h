@@ -12,6 +12,7 @@
 #include <locale>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -122,7 +123,8 @@ private:
 template <class Char, class Visitor>
 bool ScanFile(const String<Char>& path, Visitor&& visit)
 {
-    auto bytes = ReadFile(path);
+    std::error_code ignored;
+    auto bytes = platform::File::Read(platform::SystemPath(path), ignored);
     if (!bytes)
         return false;
     if constexpr (!std::is_same_v<Char, char>) {

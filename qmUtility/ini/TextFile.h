@@ -2,44 +2,18 @@
 #pragma once
 
 /// @file
-/// Files as text: opening them by narrow and wide paths, reading them whole, and converting bytes to
-/// `wchar_t` and back.
+/// The conversion between the bytes of a file and its text.
+
+#include "qmUtility/platform/File.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <fstream>
 #include <locale>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace ini {
-
-/// A text in memory that is not initialised before it is filled.
-template <class Char>
-struct Text
-{
-    explicit Text(std::size_t capacity) : Data(std::make_unique_for_overwrite<Char[]>(capacity)) {}
-
-    operator std::basic_string_view<Char>() const { return {Data.get(), Size}; }
-
-    std::unique_ptr<Char[]> Data;
-    std::size_t Size = 0;
-};
-
-/// Reads a file whole. A wide path is passed on as UTF-8 where the system's paths are bytes, whatever the
-/// locale.
-/// @return nothing when the file cannot be opened or reading fails before its end (a directory, for example);
-///   also for a path that holds a NUL, which would name another file, and for a wide path that is not valid
-///   Unicode.
-std::optional<Text<char>> ReadFile(const std::string& path);
-std::optional<Text<char>> ReadFile(const std::wstring& path); ///< @overload
-
-/// Opens a file for writing text and truncates it, by a path that is treated as `ReadFile` does.
-/// @return false when that fails; the file is then closed.
-bool OpenForWriting(std::filebuf& file, const std::string& path);
-bool OpenForWriting(std::filebuf& file, const std::wstring& path); ///< @overload
 
 /// The conversion between the bytes of a file and characters.
 template <class Char>
@@ -52,7 +26,7 @@ class Encoding<char>
 public:
     explicit Encoding(const std::locale& /*locale*/) {}
 
-    static std::optional<Text<char>> Decode(Text<char> bytes) { return bytes; }
+    static std::optional<platform::Buffer<char>> Decode(platform::Buffer<char> bytes) { return bytes; }
 
     char* Encode(std::string_view& text, char* to, char* end)
     {
@@ -63,6 +37,8 @@ public:
     }
 
     char* Finish(char* to, char* /*end*/) { return to; }
+
+    static std::optional<std::string> TryEncode(std::string_view text) { return std::string(text); }
 };
 
 /// The conversion of a locale.
@@ -77,7 +53,7 @@ public:
     bool BytesAreCharacters() const { return m_bytesAreCharacters; }
 
     /// @return the text of the bytes, or nothing when some of them cannot be decoded.
-    std::optional<Text<wchar_t>> Decode(Text<char> bytes) const;
+    std::optional<platform::Buffer<wchar_t>> Decode(platform::Buffer<char> bytes) const;
 
     /// Encodes a text as far as there is room, with "?" for each character that cannot be encoded. Allocates
     /// nothing.
@@ -99,8 +75,13 @@ public:
     /// @return the end of what was written.
     char* Finish(char* to, char* end);
 
+    /// Encodes a whole text, from the initial state of the encoding back to it.
+    /// @return nothing when a character cannot be encoded.
+    std::optional<std::string> TryEncode(std::wstring_view text) const;
+
 private:
     char* EncodeByLocale(std::wstring_view& text, char* to, char* end);
+    bool Convert(std::mbstate_t& state, std::wstring_view& text, char*& to, char* end) const;
 
     using Conversion = std::codecvt<wchar_t, char, std::mbstate_t>;
 
