@@ -153,10 +153,11 @@ bool Find(std::string path, Place& place)
 
         char target[PATH_MAX];
         const auto size = readlinkat(place.Folder, place.Name.c_str(), target, sizeof target);
+        if (size < 0)
+            return errno == EINVAL || errno == ENOENT; // no link, or no file
         struct statfs system;
-        // The links to open files in /proc only look as if they had a target.
-        if (size < 0 || (fstatfs(place.Folder, &system) == 0 && system.f_type == PROC_SUPER_MAGIC))
-            return true;
+        if (fstatfs(place.Folder, &system) == 0 && system.f_type == PROC_SUPER_MAGIC)
+            return true; // the links to open files in /proc only look as if they had a target
         path.assign(target, static_cast<std::size_t>(size));
     }
     errno = ELOOP;
@@ -289,7 +290,7 @@ bool IsRefusal(int error)
     return false;
 }
 
-bool ReplaceFile(const SystemPath& path, std::string_view bytes)
+bool ReplaceContent(const SystemPath& path, std::string_view bytes)
 {
     // What may not be written in place may not be replaced.
     const Descriptor old(OpenDescriptor(path.Get(), O_WRONLY));
@@ -327,7 +328,7 @@ std::optional<Buffer<char>> File::Read(const SystemPath& path, std::error_code& 
 
 bool File::Replace(const SystemPath& path, std::string_view bytes, std::error_code& error)
 {
-    const bool isReplaced = ReplaceFile(path, bytes);
+    const bool isReplaced = ReplaceContent(path, bytes);
     error = isReplaced ? std::error_code() : LastError();
     return isReplaced;
 }
