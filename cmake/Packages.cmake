@@ -2,6 +2,7 @@
 # Debian packages, built by "cmake --workflow --preset package": the libraries, named for their major version, the
 # development files, and the tool qmini.
 set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_PACKAGE_CONTACT "qmUtility maintainers <maintainers@qmutility.invalid>")
 string(REPLACE "-" "~" debian_version "${QMUTILITY_VERSION_STRING}") # sorts before the release
 set(CPACK_PACKAGE_VERSION "${debian_version}")
@@ -32,7 +33,8 @@ endfunction()
 
 set(runtime_package libqmutility${PROJECT_VERSION_MAJOR})
 qm_package_documents(${runtime_package} Runtime)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The shared libraries.")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "INI files, timing and file changes for applications
+This package contains the shared libraries.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
@@ -50,17 +52,20 @@ maintscript-calls-ldconfig *
 install(FILES "${debian}/lintian-overrides" DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides"
   RENAME ${runtime_package} COMPONENT Runtime)
 
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, the CMake package and the pkg-config file.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "INI files, timing and file changes: development files
+This package contains the headers, the CMake package and the pkg-config file.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqmutility-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${debian_version})")
 qm_package_documents(libqmutility-dev Development)
 
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "A command-line editor. It refuses edits that would lose a part of a file,\nand verifies others.")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command-line editor of INI files
+qmini reads and edits INI files: it prints values, lists keys (also as JSON),
+sets, adds, deletes, renames, comments out, sorts and annotates. An edit
+changes the lines that it is about, and no other byte. A file is the old one
+or the new one at every moment, whole.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qmini)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (>= ${debian_version})")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 if(TARGET qmini)
   list(APPEND CPACK_COMPONENTS_ALL Tools)

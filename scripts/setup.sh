@@ -8,7 +8,7 @@
 # preset of the same name needs.
 set -euo pipefail
 
-packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev libdtl-dev)
+packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev)
 for group in "$@"; do
     case "$group" in
     asan-ubsan | tsan) ;;

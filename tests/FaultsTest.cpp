@@ -1,52 +1,81 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Fault injection: every operation with each of its system calls and allocations failing.
+/// Fault injection: every operation with each of its system calls and allocations failing, and saves that are killed.
 
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/ini/INIDocument.h"
+#include "qmUtility/ini/INIParser.h"
 #include "tests/support/Capture.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <locale>
 #include <new>
 #include <string_view>
 #include <tuple>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
+namespace fs = std::filesystem;
+
 namespace {
+
+enum class Failure
+{
+    One,  ///< that call
+    All,  ///< that one and every other call after it
+    Kill, ///< the process ends before it
+};
 
 /// The number of calls that still succeed; negative: all do.
 int callsLeft = -1;
-bool areAllToFail = false; ///< that one and every other call after it
-std::string_view failed;   ///< the first call that failed
-bool isReluctant = false;  ///< every other write is interrupted, the rest take one byte
+Failure failure = Failure::One;
+int errorOfAll = 0;       ///< with which all calls fail; 0: each with its own
+std::string_view failed;  ///< the first call that failed
+bool isReluctant = false; ///< calls are interrupted once, and writes take one byte
+std::string_view interrupted;
+constexpr std::string_view Interruptible[] = {
+    "close", "close of a new file", "fsync", "fsync of a folder", "ftruncate", "openat", "read", "write"};
 int writes = 0;
 int opens = 0;                          ///< of files for reading
+int lowest = INT_MAX;                   ///< descriptor of a file; -1: one that is not closed on exec
+int newFile = -1;                       ///< descriptor of the file that was created last
+unsigned order = 0;                     ///< a digit for each file synchronised, renamed, folder synchronised
 long allocations = 0;                   ///< that are not released yet
 constexpr std::string_view New = "new"; ///< the call that fails for lack of memory
 
 bool Fails(std::string_view call, int error)
 {
+    if (isReluctant && std::ranges::count(Interruptible, call) != 0) {
+        interrupted = interrupted != call ? call : "";
+        if (!interrupted.empty())
+            errno = EINTR;
+        return !interrupted.empty();
+    }
     if (callsLeft != 0) {
         callsLeft -= callsLeft > 0;
         return false;
     }
-    if (!areAllToFail)
+    if (failure == Failure::Kill)
+        _exit(2);
+    if (failure == Failure::One)
         callsLeft = -1;
     if (failed.empty())
         failed = call;
-    errno = error;
+    errno = errorOfAll != 0 ? errorOfAll : error;
     return true;
 }
 
@@ -57,56 +86,85 @@ Function* Real(Function* /*ours*/, const char* name)
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-/// Fails a call, or makes it of the real function.
-template <class Result, class... Parameters>
-Result Call(Result (*ours)(Parameters...), const char* name, std::type_identity_t<Result> failure, int error,
-            std::type_identity_t<Parameters>... arguments)
-{
-    return Fails(name, error) ? failure : Real(ours, name)(arguments...);
-}
-
 } // namespace
 
-// The library calls these in place of the system's.
+// The library calls these in place of the system's: they fail, or call the real function.
 
-extern "C" ssize_t read(int file, void* buffer, std::size_t size)
+#define CALL(name, error, ...) (Fails(#name, error) ? -1 : Real(&name, #name)(__VA_ARGS__))
+#define REPLACE(type, name, parameters, ...)                                                                 \
+    extern "C" type name parameters { return CALL(name, EIO, __VA_ARGS__); }
+
+REPLACE(int, fchmod, (int file, mode_t mode) noexcept, file, mode)
+REPLACE(int, fchown, (int file, uid_t owner, gid_t group) noexcept, file, owner, group)
+REPLACE(ssize_t, fgetxattr, (int f, const char* name, void* to, std::size_t size) noexcept, f, name, to, size)
+REPLACE(ssize_t, flistxattr, (int file, char* to, std::size_t size) noexcept, file, to, size)
+REPLACE(int, fremovexattr, (int file, const char* name) noexcept, file, name)
+REPLACE(int, fsetxattr, (int f, const char* n, const void* v, std::size_t s, int o) noexcept, f, n, v, s, o)
+REPLACE(int, fstat, (int file, struct stat* status) noexcept, file, status)
+REPLACE(int, fstatat, (int at, const char* path, struct stat* to, int flags) noexcept, at, path, to, flags)
+REPLACE(int, fstatfs, (int file, struct statfs* status) noexcept, file, status)
+REPLACE(int, ftruncate, (int file, off_t size) noexcept, file, size)
+REPLACE(off_t, lseek, (int file, off_t offset, int from) noexcept, file, offset, from)
+REPLACE(ssize_t, read, (int file, void* to, std::size_t size), file, to, size)
+REPLACE(ssize_t, readlinkat, (int at, const char* path, char* to, std::size_t n) noexcept, at, path, to, n)
+REPLACE(int, unlinkat, (int at, const char* path, int flags) noexcept, at, path, flags)
+
+extern "C" int openat(int folder, const char* path, int flags, ...)
 {
-    return Call(&read, "read", -1, EIO, file, buffer, size);
+    va_list mode;
+    va_start(mode, flags);
+    const mode_t created =
+        (flags & O_CREAT) != 0 ? va_arg(mode, mode_t) : 0; // NOLINT(clang-analyzer-valist.Uninitialized)
+    va_end(mode);
+    opens += (flags & O_ACCMODE) == O_RDONLY;
+    const int file = CALL(openat, EMFILE, folder, path, flags, created);
+    if (file >= 0)
+        lowest = std::min(lowest, (flags & O_CLOEXEC) != 0 ? file : -1);
+    if ((flags & O_EXCL) != 0)
+        newFile = file;
+    return file;
 }
 
 extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
 {
     ++writes;
-    if (isReluctant && writes % 2 != 0) {
-        errno = EINTR;
-        return -1;
-    }
-    return Call(&write, "write", -1, ENOSPC, file, buffer, isReluctant ? 1 : size);
+    return CALL(write, ENOSPC, file, buffer, isReluctant ? 1 : size);
 }
 
-extern "C" int openat(int folder, const char* path, int flags, ...)
+extern "C" int fsync(int file) // tests need not wait for a disk
 {
-    std::va_list mode;
-    va_start(mode, flags);
-    const mode_t created = (flags & O_CREAT) != 0 ? va_arg(mode, mode_t) : 0;
-    va_end(mode);
-    opens += (flags & O_ACCMODE) == O_RDONLY;
-    return Fails("openat", EMFILE) ? -1 : Real(&openat, "openat")(folder, path, flags, created);
+    const bool isFolder = (fcntl(file, F_GETFL) & O_DIRECTORY) != 0;
+    if (Fails(isFolder ? "fsync of a folder" : "fsync", EIO))
+        return -1;
+    order = 10 * order + (isFolder ? 3 : 1);
+    return 0;
+}
+
+extern "C" int renameat(int at, const char* from, int toAt, const char* to) noexcept
+{
+    order = 10 * order + 2;
+    return CALL(renameat, EIO, at, from, toAt, to);
 }
 
 extern "C" int close(int file)
 {
     const int result = Real(&close, "close")(file); // which closes it even if it fails
-    return Fails("close", EIO) ? -1 : result;
+    const bool isNew = file == newFile;
+    newFile = isNew ? -1 : newFile;
+    return Fails(isNew ? "close of a new file" : "close", EIO) ? -1 : result;
+}
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    void* const memory = Fails(New, ENOMEM) ? nullptr : std::malloc(size);
+    allocations += memory != nullptr;
+    return memory;
 }
 
 void* operator new(std::size_t size)
 {
-    void* const memory = Fails(New, ENOMEM) ? nullptr : std::malloc(size);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    ++allocations;
-    return memory;
+    void* const memory = operator new(size, std::nothrow);
+    return memory != nullptr ? memory : throw std::bad_alloc();
 }
 
 // Not inlined, or the compiler would take the memory for one of the original function.
@@ -127,7 +185,7 @@ struct Operation
     std::function<std::size_t(const std::string& path)> Run;
 };
 
-// Edits differ only in what they do to the document; see `AnEditOfADocumentIsDoneOrNot`.
+// Edits differ only in what they do to the records.
 const std::vector<Operation> Operations = {
     {"GetValue", [](auto& p) { return INIParser::GetValue("l", "S", p).size(); }},
     {"wide GetValue", [](auto& p) { return INIParser::GetValue(L"l", L"S", Widen(p)).size(); }},
@@ -174,7 +232,9 @@ protected:
     /// Fails an operation's n-th call, for every n until it makes no more.
     void FailEach(const Operation& operation) const
     {
+        opens = 0;
         const auto [good, edited] = Run(operation);
+        EXPECT_EQ(opens, operation.Name != std::string("Create")) << operation.Name << " reads its file once";
         for (int n = 0;; ++n) {
             failed = {};
             const auto [result, after] = Run(operation, n);
@@ -183,7 +243,7 @@ protected:
             const bool isWrite = failed.starts_with("write");
             bool isAsDocumented = false;
             if (result == Threw)
-                isAsDocumented = after == m_text && (failed == New || areAllToFail);
+                isAsDocumented = after == m_text && (failed == New || failure == Failure::All);
             else if (result == std::size_t{!good})
                 isAsDocumented = after == m_text && !isWrite;
             else if (isWrite) // is not noticed, and what has been written stays
@@ -207,18 +267,16 @@ protected:
 
 TEST_F(Faults, EachCallOfEachOperationFails)
 {
-    const auto countDescriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
+    const auto countDescriptors = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
     const auto descriptors = countDescriptors();
-    const std::tuple<bool, const char*, std::size_t> rounds[] = {
-        {true, "C", 10},
-        {false, "C.UTF-8", 10},
-        {false, "C", 110'000}, // takes several reads, and writes past the buffer
+    const std::tuple<Failure, const char*, std::size_t> rounds[] = {
+        {Failure::All, "C", 10},
+        {Failure::One, "C.UTF-8", 10},
+        {Failure::One, "C", 110'000}, // writes past the buffer
     };
-    for (const auto& [all, locale, length] : rounds) {
+    for (const auto& [kind, locale, length] : rounds) {
         const std::locale before = std::locale::global(std::locale(locale));
-        areAllToFail = all;
+        failure = kind;
         m_text = TextWith(length);
         for (const Operation& operation : Operations)
             FailEach(operation);
@@ -227,31 +285,22 @@ TEST_F(Faults, EachCallOfEachOperationFails)
     EXPECT_EQ(countDescriptors(), descriptors) << "a descriptor was left open";
 }
 
-TEST_F(Faults, EachOperationReadsItsFileOnce)
-{
-    for (const Operation& operation : Operations) {
-        opens = 0;
-        Run(operation);
-        EXPECT_EQ(opens, operation.Name != std::string("Create")) << operation.Name;
-    }
-}
-
 TEST_F(Faults, AnEditOfADocumentIsDoneOrNot)
 {
     const std::function<bool(INIDocument&)> edits[] = {
         [](auto& d) { return d.Load("/dev/null"); },
+        [](auto& d) { return d.Parse("[a text that needs memory]\nk=1\n"); },
         [](auto& d) { return d.SetValue("k", "a value that needs memory", "S"); },
-        [](auto& d) { return d.SetValue("x", "a value that needs memory", "X"); },
-        [](auto& d) { return d.AddSection("a name that needs memory"); },
+        [](auto& d) { return d.SetValue("x", "v", "a name that needs memory"); },
+        [](auto& d) { return d.DeleteSection("S"); },
         [](auto& d) { return d.RenameSection("S", "a name that needs memory"); },
-        [](auto& d) { return d.SetRecordComments("; comments that need memory", "k", "S"); },
+        [](auto& d) { return d.CommentSection(INICommentChar::Hash, "S"); },
+        [](auto& d) { return d.SetRecordComments("; comments that need\n; memory\n", "k", "S"); },
         [](auto& d) { return d.Sort(true); },
         [](auto& d) { return d = INIDocument(d), true; },
     };
     INIDocument original;
-    ASSERT_TRUE(original.Load(Write(m_text)));
-    for (int i = 0; i != 16; ++i) // the next edit looks for unused texts
-        original.SetValue("k", std::to_string(i), "S");
+    ASSERT_TRUE(original.Parse(m_text));
     for (const auto& edit : edits) {
         INIDocument edited = original;
         EXPECT_TRUE(edit(edited));
@@ -259,8 +308,9 @@ TEST_F(Faults, AnEditOfADocumentIsDoneOrNot)
         for (int n = 0; result != 1; ++n) {
             INIDocument document = original;
             result = Try(n, [&] { return edit(document); });
-            EXPECT_EQ(document.Content(), (result == 1 ? edited : original).Content())
+            EXPECT_EQ(document.Text(), (result == 1 ? edited : original).Text())
                 << "edit " << &edit - edits << ", call " << n;
+            EXPECT_TRUE(result == 1 || (edit(document) && document.Text() == edited.Text()));
         }
     }
 }
@@ -270,8 +320,202 @@ TEST_F(Faults, ADocumentReleasesTheTextsThatEditsReplace)
     INIDocument document;
     const long before = allocations;
     for (int i = 0; i != 10'000; ++i)
-        document.SetValue("k", std::to_string(i), "S");
+        document.SetValue("k", "a value that needs memory" + std::to_string(i), "S");
     EXPECT_LT(allocations - before, 1000);
+}
+
+/// What is saved to, made anew for each save.
+struct Target
+{
+    const char* Name;
+    std::size_t Length; ///< of its content; 0: there is none
+    void (*Make)(const std::string& path);
+};
+
+void MakeNothing(const std::string& /*path*/) {}
+void MakeLink(const std::string& path)
+{
+    if (fs::exists(path))
+        fs::rename(path, path + ".target");
+    fs::create_symlink("test.ini.target", path);
+}
+void MakeName(const std::string& path) { fs::create_hard_link(path, path + ".same"); }
+/// Attributes of a file, and an access list that new files inherit from its folder, where the file system has them.
+void MakeAttributes(const std::string& path)
+{
+    constexpr unsigned list[] = {2, 0x60001, ~0U, 0x60002, 1, 0x40004, ~0U, 0x60010, ~0U, 0x40020, ~0U};
+    setxattr(fs::path(path).parent_path().c_str(), "system.posix_acl_default", list, sizeof list, 0);
+    setxattr(path.c_str(), "user.note", "text", 4, 0);
+    EXPECT_TRUE(chown(path.c_str(), 1, 2) == 0 || geteuid() != 0);
+    chmod(path.c_str(), 02640);
+}
+
+constexpr Target Targets[] = {
+    {"file", 50, MakeNothing},
+    {"no file", 0, MakeNothing},
+    {"link", 50, MakeLink},
+    {"link to no file", 0, MakeLink},
+    {"attributes", 50, MakeAttributes},
+    {"shorter file with two names", 10, MakeName}, // written in place, which a kill may interrupt
+    {"longer file with two names", 90, MakeName},
+};
+
+class Saves : public Faults
+{
+protected:
+    /// @return the content of the file and the number of files in its folder.
+    std::pair<std::string, std::ptrdiff_t> Now() const
+    {
+        return {fs::exists(m_path) ? Read(m_path) : "none",
+                std::distance(fs::directory_iterator(m_folder), {})};
+    }
+
+    auto Make(const Target& target) const
+    {
+        fs::remove_all(m_folder);
+        fs::create_directory(m_folder);
+        if (target.Length != 0)
+            Write(std::string(target.Length, 'o'), "folder/test.ini");
+        target.Make(m_path);
+        return Now();
+    }
+
+    bool Save(const std::string& text)
+    {
+        INIDocument document;
+        return document.Parse(text) && document.Save(m_path, m_error);
+    }
+
+    std::string Load() const
+    {
+        INIDocument document;
+        document.Load(m_path);
+        return document.Text();
+    }
+
+    /// Calls a function in a process of its own, which ends with status 0 if that returns true.
+    template <class Function>
+    static void Start(Function function)
+    {
+        if (fork() == 0)
+            _exit(function() ? 0 : 1);
+    }
+
+    const std::string m_folder = Path("folder");
+    const std::string m_path = m_folder + "/test.ini";
+    const std::string m_new = std::string(50, 'n');
+    std::error_code m_error;
+};
+
+TEST_F(Saves, AreDoneOrNotWhicheverCallFails)
+{
+    constexpr std::string_view steps[] = {
+        "close of a new file", "fchmod", "fchown", "fremovexattr", "fsetxattr", "fsync",
+        "ftruncate",           "lseek",  "openat", "renameat",     "write"};
+    for (const Target& target : Targets)
+        for (const int error : {0, EPERM}) { // it goes wrong, or is not allowed
+            failed = New;
+            for (int n = 0; !failed.empty(); ++n) {
+                const auto before = Make(target);
+                failed = {};
+                errorOfAll = error;
+                const std::size_t result = Try(n, [&] { return Save(m_new); });
+                errorOfAll = 0;
+                const auto made = std::pair(m_new, before.second + (target.Length == 0));
+                const bool hasReason = result == Threw ? failed == New : bool(m_error) == (result == 0);
+                // What a new file may not have or do, the file has that is written in place.
+                const bool canOverwrite = error == EPERM && target.Length != 0 && target.Make != MakeName;
+                const bool isStep =
+                    std::ranges::count(steps, failed) != 0 && (failed != "openat" || error == 0);
+                EXPECT_TRUE(hasReason && Now() == (result == 1 ? made : before) &&
+                            (!isStep || result == canOverwrite))
+                    << target.Name << ", call " << n << " (" << failed << ") gave " << result;
+            }
+        }
+}
+
+TEST_F(Saves, LeaveOneContentWholeWhenTheyAreKilled)
+{
+    for (const Target& target : Targets)
+        for (int n = 0, status = -1; target.Make != MakeName && status != 0; ++n) {
+            const std::string before = Make(target).first;
+            Start([&] {
+                failure = Failure::Kill;
+                callsLeft = n;
+                return Save(m_new);
+            });
+            wait(&status);
+            const std::string after = Now().first;
+            EXPECT_TRUE(after == m_new || (after == before && status != 0)) << target.Name << ", call " << n;
+        }
+}
+
+TEST_F(Saves, AreNeverSeenInPart)
+{
+    const std::string texts[] = {std::string(10, 'a'), std::string(100'000, 'b')};
+    fs::create_directory(m_folder);
+    ASSERT_TRUE(Save(texts[0]));
+    Start([&] {
+        int saves = 0;
+        while (saves != 500 && Save(texts[saves % 2]))
+            ++saves;
+        return saves == 500;
+    });
+    int status = 0;
+    while (waitpid(-1, &status, WNOHANG) == 0) {
+        const std::string text = Load();
+        EXPECT_TRUE(text == texts[0] || text == texts[1]);
+    }
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Saves, GoStraightToWhatIsNoRegularFile)
+{
+    fs::create_directory(m_folder);
+    int pipes[2] = {};
+    ASSERT_EQ(pipe(pipes), 0);
+    const std::pair<std::string, bool> targets[] = {
+        {"/dev/fd/" + std::to_string(pipes[1]), true}, {"/dev/full", false}, {m_folder, false}};
+    for (const auto& [target, isDone] : targets) {
+        fs::create_symlink(target, m_path);
+        EXPECT_EQ(Save(m_new), isDone) << target;
+        EXPECT_TRUE(fs::remove(m_path));
+    }
+    std::string bytes(m_new.size(), '.');
+    EXPECT_EQ(read(pipes[0], bytes.data(), bytes.size()), std::ssize(m_new));
+    EXPECT_EQ(bytes, m_new);
+    close(pipes[0]);
+    close(pipes[1]);
+}
+
+TEST_F(Saves, KeepTheFileResumeInterruptedCallsAndTakeNoStandardDescriptor)
+{
+    const auto status = [&] {
+        struct stat found = {};
+        stat(m_path.c_str(), &found);
+        return std::tuple(found.st_mode, found.st_uid, found.st_gid, found.st_nlink, fs::is_symlink(m_path),
+                          listxattr(m_path.c_str(), nullptr, 0));
+    };
+    for (const Target& target : Targets) {
+        Make(target);
+        const auto before = status();
+        const int streams[] = {dup(0), dup(1), dup(2)};
+        for (const int stream : {0, 1, 2})
+            close(stream);
+        lowest = INT_MAX;
+        order = 0;
+        isReluctant = true;
+        const bool isDone = Save(m_new) && Load() == m_new && lowest > 2 && fcntl(1, F_GETFD) == -1;
+        isReluctant = false;
+        for (const int stream : {0, 1, 2}) {
+            dup2(streams[stream], stream);
+            close(streams[stream]);
+        }
+        EXPECT_EQ(order, target.Make == MakeName ? 1U : 123U);
+        EXPECT_TRUE(isDone && (target.Length == 0 || status() == before)) << target.Name;
+        EXPECT_TRUE(target.Length != 0 ||
+                    fs::status(m_path).permissions() == fs::status(Write("")).permissions());
+    }
 }
 
 TEST_F(Faults, EachRecordIsFlushed)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/filecheck/QMFileCheck.h"
+#include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
 #include "qmUtility/platform/Kernel.h"
 #include "tests/support/TemporaryFolder.h"
@@ -64,6 +65,41 @@ TEST_F(WindowsFile, IniLinesEndInCrLfOnDiskAndACtrlZDoesNotEndThem)
     EXPECT_TRUE(INIParser::SetValue(L"k", L"\u00E4\x1A", L"S", WidePath("test.ini")));
     EXPECT_EQ(bytes(), "; \x1A\r\n[S]\r\n; b\r\n; c\r\nk=\xE4\x1A\r\n\r\n#[T]\r\nl=2\r\n");
     EXPECT_EQ(INIParser::Content(file), "; \x1A\n[S]\n; b\n; c\nk=\xE4\x1A\n#[T]\nl=2\n");
+}
+
+TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile)
+{
+    const std::filesystem::path folder = WidePath("folder");
+    const std::filesystem::path path = folder / L"\u0416 \u20AC.ini"; // not in the code page
+    INIDocument document;
+    std::error_code error;
+    std::filesystem::create_directory(folder);
+    EXPECT_TRUE(!document.Load(folder, error) && error == std::errc::is_a_directory);
+    EXPECT_TRUE(!document.Load(path, error) && error == std::errc::no_such_file_or_directory);
+    EXPECT_TRUE(document.SetValue("k", "0", "S") && document.Save(path));
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_HIDDEN);
+
+    // A reader that lets others delete keeps the old content; one that only lets them write sees it change.
+    std::string saved = "0";
+    for (const DWORD share : {DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE},
+                              DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}, DWORD{FILE_SHARE_READ}}) {
+        void* const reader =
+            CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr);
+        document.SetValue("k", std::to_string(share), "S");
+        const bool isSaved = document.Save(path, error);
+        EXPECT_EQ(isSaved, share != FILE_SHARE_READ) << error.message();
+        char bytes[100] = {};
+        DWORD size = 0;
+        EXPECT_NE(ReadFile(reader, bytes, sizeof bytes, &size, nullptr), 0);
+        CloseHandle(reader);
+        INIDocument read;
+        EXPECT_TRUE(read.Load(path));
+        EXPECT_EQ(bytes, share == 7 ? "[S]\r\nk=0\r\n" : read.Text());
+        saved = isSaved ? std::to_string(share) : saved;
+        EXPECT_EQ(read.GetValue("k", "S"), saved);
+    }
+    EXPECT_EQ(GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_HIDDEN, DWORD{FILE_ATTRIBUTE_HIDDEN});
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
 }
 
 } // namespace

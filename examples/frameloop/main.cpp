@@ -22,6 +22,7 @@
 #include <cstddef>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -57,14 +58,13 @@ CString Widen(const std::string& text)
     return wide;
 }
 
-int ParseNumber(const std::string& name, const std::string& text, int min, int max)
+int ParsePositive(const std::string& name, const std::string& text)
 {
     int number = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end || number < min || number > max)
-        throw std::runtime_error(name + " must be a whole number from " + std::to_string(min) + " to " +
-                                 std::to_string(max));
+    if (error != std::errc() || stop != end || number < 1)
+        throw std::runtime_error(name + " must be a positive whole number");
     return number;
 }
 
@@ -84,9 +84,9 @@ Options ParseArguments(const std::vector<std::string>& arguments)
         if (word == "--help")
             options.Help = true;
         else if (word == "--frames" && i + 1 != arguments.size())
-            options.Frames = static_cast<unsigned long>(ParseNumber(word, arguments[++i], 1, INT_MAX));
+            options.Frames = static_cast<unsigned long>(ParsePositive(word, arguments[++i]));
         else if (word == "--seconds" && i + 1 != arguments.size())
-            options.Seconds = ParseNumber(word, arguments[++i], 1, INT_MAX);
+            options.Seconds = ParsePositive(word, arguments[++i]);
         else if (word[0] == '-')
             throw std::runtime_error("unknown or incomplete option '" + word + "'");
         else
@@ -96,48 +96,30 @@ Options ParseArguments(const std::vector<std::string>& arguments)
 }
 
 INIDocument LoadDocument(const std::string& file)
-try {
+{
     INIDocument document;
-    if (!document.Load(file))
-        throw std::runtime_error("cannot be read");
+    std::error_code error;
+    if (!document.Load(file, error))
+        throw std::system_error(error); // a file that cannot be read is never replaced
     return document;
-} catch (const std::out_of_range&) { // as the library reports it
-    throw std::runtime_error("a section header has no \"]\"");
 }
 
-struct Settings
-{
-    int FrameLimit; ///< per second; 0 for none
-    int Balls;
-};
-
-Settings LoadSettings(const std::string& file)
-{
-    const INIDocument document = LoadDocument(file);
-    const auto number = [&](const std::string& key, const std::string& section, int min, int max) {
-        return ParseNumber(key, document.GetValue(key, section), min, max);
-    };
-    return {number("FrameLimit", "Frames", 0, 1000), number("Balls", "Picture", 0, 1000)};
-}
-
-/// The current settings, reloaded when their file changes.
-class WatchedSettings
+/// The settings in a file, loaded again when it changes.
+class Settings
 {
 public:
-    /// @throws std::runtime_error when the settings cannot be loaded
-    explicit WatchedSettings(const std::string& file)
-        : m_file(file), m_watch(Widen(file)), m_settings(LoadSettings(file))
-    {}
+    /// @throws std::runtime_error when the file cannot be read, or a setting is out of range
+    explicit Settings(const std::string& file) : m_file(file), m_watch(Widen(file)) { Load(); }
 
-    const Settings& Get() const { return m_settings; }
+    int FrameLimit() const { return m_frameLimit; } ///< per second; 0 for none
+    int Balls() const { return m_balls; }
 
     /// Returns the settings as one line, or why those in the file are not in force.
     CString Describe() const
     {
         CString text;
         if (m_problem.empty())
-            text.Format(L"FrameLimit %d, Balls %d in %hs", m_settings.FrameLimit, m_settings.Balls,
-                        m_file.c_str());
+            text.Format(L"FrameLimit %d, Balls %d in %hs", m_frameLimit, m_balls, m_file.c_str());
         else
             text.Format(L"%hs: %hs", m_file.c_str(), m_problem.c_str());
         return text;
@@ -146,27 +128,37 @@ public:
     /// Loads the settings if the file has changed. A file that was written since the last call may be
     /// incomplete and is left to the next call; a file that is gone counts as modified until it is back.
     void Update()
-    {
-        const bool isModified = m_watch.CheckModified();
-        const bool isJustWritten = isModified && m_watch.ApplyChanges();
-        if ((isModified || m_wasModified) && !isJustWritten)
-            Load();
-        m_wasModified = isModified;
-    }
-
-private:
-    void Load()
     try {
-        m_settings = LoadSettings(m_file);
-        m_problem.clear();
+        const bool wasModified = m_isModified;
+        m_isModified = m_watch.CheckModified();
+        const bool isJustWritten = m_isModified && m_watch.ApplyChanges();
+        if ((m_isModified || wasModified) && !isJustWritten)
+            Load();
     } catch (const std::runtime_error& error) {
         m_problem = error.what();
     }
 
+private:
+    void Load()
+    {
+        const INIDocument document = LoadDocument(m_file);
+        const auto number = [&](const char* key, const char* section, int fallback) {
+            const std::optional<int> value = document.Get<int>(key, section);
+            if (value ? *value < 0 || *value > 1000 : document.RecordExists(key, section))
+                throw std::runtime_error(std::string(key) + " must be a whole number from 0 to 1000");
+            return value.value_or(fallback);
+        };
+        const int frameLimit = number("FrameLimit", "Frames", 60);
+        m_balls = number("Balls", "Picture", 5);
+        m_frameLimit = frameLimit;
+        m_problem.clear();
+    }
+
     std::string m_file;
-    CQMFileCheck m_watch; ///< before the settings, so that no change is missed
-    bool m_wasModified = false;
-    Settings m_settings;
+    CQMFileCheck m_watch; ///< constructed before the settings are loaded, so that no change is missed
+    bool m_isModified = false;
+    int m_frameLimit = 0;
+    int m_balls = 0;
     std::string m_problem;
 };
 
@@ -174,21 +166,22 @@ private:
 void SaveStatistics(const CQMFPSCounter& counter, double seconds, const std::string& file)
 {
     INIDocument document = LoadDocument(file);
-    const auto set = [&](const char* key, const std::string& value) {
-        document.SetValue(key, value, "Statistics");
+    const auto set = [&](const char* key, auto value) {
+        if (!document.SetValue(key, std::to_string(value), "Statistics"))
+            throw std::runtime_error(std::string(key) + " cannot be set");
     };
     const auto toSeconds = [&](auto ticks) {
-        return std::to_string(static_cast<double>(ticks) / static_cast<double>(counter.GetTickPeriod()));
+        return static_cast<double>(ticks) / static_cast<double>(counter.GetTickPeriod());
     };
-    // From the last to the first, since a new key becomes the first of its section.
-    set("LongestFrame", toSeconds(counter.GetTickMaximum()));
-    set("AverageFrame", toSeconds(counter.GetTickAverage()));
+    set("Frames", counter.GetTotalFrame());
+    set("Seconds", seconds);
+    set("FramesPerSecond", static_cast<double>(counter.GetTotalFrame()) / seconds);
     set("ShortestFrame", toSeconds(counter.GetTickMinimum()));
-    set("FramesPerSecond", std::to_string(static_cast<double>(counter.GetTotalFrame()) / seconds));
-    set("Seconds", std::to_string(seconds));
-    set("Frames", std::to_string(counter.GetTotalFrame()));
-    if (!document.Save(file))
-        throw std::runtime_error("cannot be written");
+    set("AverageFrame", toSeconds(counter.GetTickAverage()));
+    set("LongestFrame", toSeconds(counter.GetTickMaximum()));
+    std::error_code error;
+    if (!document.Save(file, error))
+        throw std::system_error(error);
 }
 
 constexpr int Rows = 12;
@@ -213,7 +206,7 @@ std::wstring DrawBalls(double seconds, int balls)
 
 void Run(const Options& options)
 {
-    WatchedSettings settings(options.File);
+    Settings settings(options.File);
     const CQMDebugTraceStartEndMarker marker(L"Frame loop", true, true, false);
     CQMFPSCounter counter(eQMFPSType_Instant);
     counter.Reset(); // forgets the empty frames that measured the counter's own cost
@@ -232,13 +225,13 @@ void Run(const Options& options)
             figures.Format(L"%.1f frames per second (mean %.1f, min %.1f, max %.1f)", counter.GetFPS(),
                            counter.GetFPSAverage(), counter.GetFPSMinimum(), counter.GetFPSMaximum());
         }
-        const auto [frameLimit, balls] = settings.Get();
-        const std::wstring picture = DrawBalls(std::chrono::duration<double>(now - start).count(), balls);
+        const std::wstring picture =
+            DrawBalls(std::chrono::duration<double>(now - start).count(), settings.Balls());
         CQMConsoleAPI::Log(L"%s%s%s\033[K\n%.79s\033[K\n", toTop.GetString(), picture.c_str(),
                            figures.GetString(), settings.Describe().GetString());
         toTop.Format(L"\033[%dA", Rows + 2);
-        if (frameLimit != 0) {
-            frameEnd = std::max(frameEnd + Clock::duration(1s) / frameLimit, Clock::now());
+        if (settings.FrameLimit() != 0) {
+            frameEnd = std::max(frameEnd + Clock::duration(1s) / settings.FrameLimit(), Clock::now());
             std::this_thread::sleep_until(frameEnd);
         }
         counter.End();

@@ -2,30 +2,47 @@
 #pragma once
 
 /// @file
-/// The grammar of INI files, read here and nowhere else, in two layers: `ScanLines` classifies the lines of a
-/// text, `Scan` makes records of them.
+/// The grammar of the lines of INI files, read here and nowhere else.
 
-#include "qmUtility/ini/INIParser.h"
+#include "qmUtility/ini/INIRecord.h"
 
-#include <stdexcept>
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
-#include <utility>
 
 namespace ini {
 
+/// @return whether the character is white space, which is space, tab, LF and CR only.
 template <class Char>
-using RecordView = INIParser::BasicRecordView<Char>;
-
-/// @return the text without white space at both ends. Of all characters only these four count as white space.
-template <class Char>
-std::basic_string_view<Char> Trimmed(std::basic_string_view<Char> text)
+constexpr bool IsBlank(Char c)
 {
-    const auto isBlank = [](Char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    while (!text.empty() && isBlank(text.front()))
+    return c <= ' ' && (c == ' ' || c == '\t' || c == '\n' || c == '\r');
+}
+
+/// @return the text without white space at its start.
+template <class Char>
+constexpr std::basic_string_view<Char> TrimmedFront(std::basic_string_view<Char> text)
+{
+    while (!text.empty() && IsBlank(text.front()))
         text.remove_prefix(1);
     return text;
+}
+
+/// @return the text without white space at its end.
+template <class Char>
+constexpr std::basic_string_view<Char> TrimmedBack(std::basic_string_view<Char> text)
+{
+    while (!text.empty() && IsBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+/// @return the text without white space at both ends.
+template <class Char>
+constexpr std::basic_string_view<Char> Trimmed(std::basic_string_view<Char> text)
+{
+    return TrimmedFront(TrimmedBack(text));
 }
 
 template <class Char>
@@ -34,7 +51,7 @@ bool IsCommentCharacter(Char c)
     return c == '#' || c == ';';
 }
 
-enum class LineKind
+enum class LineKind : std::uint8_t
 {
     Blank,
     Comment,
@@ -54,9 +71,9 @@ struct Line
     View Raw;             ///< the whole line with its newline
     View Text;            ///< the line trimmed
     Char Commented = ' '; ///< the character that comments out a header or key, else a space
-    View Section;         ///< name in a header
-    View Key;             ///< of a key line; also of a header with "=" in its name, whose first part this is
-    View Value;           ///< of the same lines
+    View Section = {};    ///< name in a header
+    View Key = {};        ///< of a key line; also of a header with "=" in its name, whose first part this is
+    View Value = {};      ///< of the same lines
     bool HasKey = false;  ///< whether `Key` and `Value` are set; either may be empty
 };
 
@@ -72,7 +89,7 @@ public:
 
     /// @return the first occurrence at or after `from`, or the end of the text. `from` never decreases
     ///   between calls.
-    const Char* From(const Char* from)
+    [[gnu::always_inline]] const Char* From(const Char* from)
     {
         if (m_found < from)
             m_found = Find(from);
@@ -92,91 +109,121 @@ private:
     const Char* m_found;
 };
 
-/// Calls `visit` with each `Line` of a text. Only lines that end in a newline count: what follows the last
-/// newline is not read.
-template <class Char, class Visitor>
+/// @return the characters from one place to another in the same text.
+template <class Char>
+std::basic_string_view<Char> Between(const Char* begin, const Char* end)
+{
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+/// Reads one line in the syntax `Common`.
+/// @param end of the line, where its newline is
+template <class Char>
+[[gnu::always_inline]] inline Line<Char> ReadCommon(std::basic_string_view<Char> raw, const Char* end,
+                                                    Finder<Char>& equals)
+{
+    using View = std::basic_string_view<Char>;
+    const View text = Trimmed(raw);
+    if (text.empty())
+        return {.Raw = raw, .Text = text};
+    const bool isCommented = IsCommentCharacter(text.front());
+    const View rest = isCommented ? TrimmedFront(text.substr(1)) : text;
+    // A comment character and blanks: prose, unless what follows is wholly a header, or has a key of one word.
+    const bool isStrict = isCommented && rest.data() != text.data() + 1;
+    const Line<Char> none = {
+        .Kind = isCommented ? LineKind::Comment : LineKind::Other, .Raw = raw, .Text = text};
+    const Char commented = isCommented ? text.front() : Char(' ');
+
+    if (!rest.empty() && rest.front() == '[') {
+        const std::size_t close = rest.find(']');
+        const View name = close != rest.npos ? Trimmed(rest.substr(1, close - 1)) : View();
+        if (!name.empty()) {
+            if (isCommented && (IsCommentCharacter(name.front()) || (isStrict && close != rest.size() - 1)))
+                return none;
+            return {LineKind::Header, raw, text, commented, name, {}, {}, false};
+        }
+    }
+    const Char* const split = equals.From(rest.data());
+    if (split >= rest.data() + rest.size())
+        return none;
+    const View key = TrimmedBack(Between(rest.data(), split));
+    if (key.empty() || (isCommented && (IsCommentCharacter(key.front()) ||
+                                        (isStrict && std::any_of(key.begin(), key.end(), IsBlank<Char>)))))
+        return none;
+    View value = TrimmedFront(Between(split + 1, rest.data() + rest.size()));
+    if (value.empty()) { // it stands behind the blanks, before the carriage returns that end the line
+        while (end[-1] == '\r')
+            --end;
+        value = {end, 0};
+    }
+    return {LineKind::Key, raw, text, commented, {}, key, value, false};
+}
+
+/// Reads one line in the syntax `Parser`.
+/// @param end of the line, where its newline is
+template <class Char>
+[[gnu::always_inline]] inline Line<Char> ReadParser(std::basic_string_view<Char> raw, const Char* end,
+                                                    Finder<Char>& bracket, Finder<Char>& equals)
+{
+    using View = std::basic_string_view<Char>;
+    const View text = Trimmed(raw);
+    if (text.empty())
+        return {.Raw = raw, .Text = text};
+    const bool isHeader = bracket.From(raw.data()) < end; // a "[" anywhere, even in the value of a key
+    bool hasKey = equals.From(raw.data()) < end;
+    const bool isCommented = IsCommentCharacter(text.front());
+    View rest = isCommented ? TrimmedFront(text.substr(1)) : text;
+    LineKind kind = hasKey ? LineKind::Key : isCommented ? LineKind::Comment : LineKind::Other;
+    View section;
+    if (isHeader) {
+        rest.remove_prefix(1); // any character; in a well-formed header, the "["
+        const std::size_t close = rest.find(']');
+        kind = close != View::npos ? LineKind::Header : LineKind::MalformedHeader;
+        rest = section = rest.substr(0, close);
+        hasKey = equals.From(rest.data()) < rest.data() + rest.size();
+    }
+    const Char* const split = hasKey ? equals.From(rest.data()) : nullptr;
+    return {kind,
+            raw,
+            text,
+            isCommented && kind != LineKind::Comment ? text.front() : Char(' '),
+            section,
+            hasKey ? Between(rest.data(), split) : View(),
+            hasKey ? Between(split + 1, rest.data() + rest.size()) : View(),
+            hasKey};
+}
+
+/// Calls `visit` with each `Line` of a text. A last line without a newline counts in the syntax `Common` only.
+template <INISyntax Syntax, class Char, class Visitor>
 void ScanLines(std::basic_string_view<Char> whole, Visitor&& visit)
 {
-    using View = std::basic_string_view<Char>;
-    const auto between = [](const Char* begin, const Char* end) {
-        return View(begin, static_cast<std::size_t>(end - begin));
-    };
+    constexpr bool isCommon = Syntax == INISyntax::Common;
     const Char* const textEnd = whole.data() + whole.size();
     Finder<Char> newline(whole, '\n');
-    Finder<Char> bracket(whole, '[');
+    Finder<Char> bracket(isCommon ? whole.substr(0, 0) : whole, '[');
     Finder<Char> equals(whole, '=');
 
-    const Char* end = nullptr;
-    for (const Char* begin = whole.data(); (end = newline.From(begin)) != textEnd; begin = end + 1) {
-        const View raw = between(begin, end + 1);
-        const View text = Trimmed(raw);
-        // The line is put together at the end: filled in step by step, it would be in memory and not in
-        // registers.
-        if (text.empty()) {
-            visit(Line<Char>{LineKind::Blank, raw, text, Char(' '), {}, {}, {}, false});
-            continue;
-        }
-        const bool isHeader = bracket.From(begin) < end; // a "[" anywhere, even in the value of a key
-        bool hasKey = equals.From(begin) < end;
-        const bool isCommented = IsCommentCharacter(text.front());
-        View rest = isCommented ? Trimmed(text.substr(1)) : text;
-        LineKind kind = hasKey ? LineKind::Key : isCommented ? LineKind::Comment : LineKind::Other;
-        View section;
-        if (isHeader) {
-            rest.remove_prefix(1); // any character; in a well-formed header, the "["
-            const std::size_t close = rest.find(']');
-            kind = close != View::npos ? LineKind::Header : LineKind::MalformedHeader;
-            rest = section = rest.substr(0, close);
-            hasKey = equals.From(rest.data()) < rest.data() + rest.size();
-        }
-        const Char* const split = hasKey ? equals.From(rest.data()) : nullptr;
-        visit(Line<Char>{kind, raw, text, isCommented ? text.front() : Char(' '), section,
-                         hasKey ? between(rest.data(), split) : View(),
-                         hasKey ? between(split + 1, rest.data() + rest.size()) : View(), hasKey});
-    }
-}
-
-/// Calls `visit` with the `RecordView` of each record of a text. Its `Comments` is the range of the text that
-/// holds the comment lines; see `NormalizedComments`.
-/// @throws std::out_of_range for a malformed header
-template <class Char, class Visitor>
-void Scan(std::basic_string_view<Char> text, Visitor&& visit)
-{
-    using View = std::basic_string_view<Char>;
-    View section;
-    View comments; // from the first pending comment to the newline of the last
-    ScanLines(text, [&](const Line<Char>& line) {
-        if (line.Kind == LineKind::Blank)
-            return; // comments stay pending
-        if (line.Kind == LineKind::Comment) {
-            const Char* const begin = comments.empty() ? line.Text.data() : comments.data();
-            comments = {begin, static_cast<std::size_t>(line.Raw.data() + line.Raw.size() - begin)};
+    for (const Char* begin = whole.data(); begin != textEnd;) {
+        const Char* const end = newline.From(begin);
+        if (!isCommon && end == textEnd)
             return;
-        }
-        if (line.Kind == LineKind::MalformedHeader)
-            throw std::out_of_range("invalid string position");
-        if (line.Kind == LineKind::Other && !comments.empty())
-            return; // else it makes a record, empty in all its fields
-        if (line.Kind == LineKind::Header) {
-            section = line.Section;
-            if (line.HasKey)
-                comments = {}; // the comments above a header with "=" in its name are lost
-        }
-        visit(RecordView<Char>{std::exchange(comments, {}), line.Commented,
-                               line.Kind == LineKind::Other ? View() : section, line.Key, line.Value});
-    });
+        const auto raw = Between(begin, end == textEnd ? end : end + 1);
+        begin += raw.size();
+        if constexpr (isCommon)
+            visit(ReadCommon(raw, end, equals));
+        else
+            visit(ReadParser(raw, end, bracket, equals));
+    }
 }
 
-/// Calls `visit` with each line, trimmed, of a range of comment lines that `Scan` has found. The range may
-/// also hold blank lines and lines that made no record; they are skipped.
-template <class Char, class Visitor>
-void EachComment(std::basic_string_view<Char> range, Visitor visit)
+/// @return how many characters at the start of a text are a byte order mark: U+FEFF, or the bytes that encode it.
+template <class Char>
+std::size_t ByteOrderMarkSize(std::basic_string_view<Char> text)
 {
-    for (std::size_t end = 0; (end = range.find('\n')) != range.npos; range.remove_prefix(end + 1)) {
-        const auto line = Trimmed(range.substr(0, end));
-        if (!line.empty() && IsCommentCharacter(line.front()))
-            visit(line);
-    }
+    constexpr Char bytes[] = {Char(0xEF), Char(0xBB), Char(0xBF)};
+    if (text.substr(0, 3) == std::basic_string_view<Char>(bytes, 3))
+        return 3;
+    return sizeof(Char) > 1 && !text.empty() && text.front() == Char(0xFEFF) ? 1 : 0;
 }
 
 } // namespace ini

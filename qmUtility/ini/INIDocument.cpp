@@ -1,138 +1,55 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/ini/INIDocument.h"
 
-#include "qmUtility/ini/ScanFile.h"
+#include "qmUtility/ini/DocumentLines.h"
+#include "qmUtility/ini/TextFile.h"
 
-#include <algorithm>
-#include <array>
-#include <system_error>
-#include <tuple>
-#include <unordered_set>
-#include <utility>
+#include <charconv>
+#include <sstream>
 
-using ini::IsRecord;
-using ini::IsSection;
+using ini::LineKind;
+using ini::LineNumber;
+using ini::NameNumber;
 
-namespace {
-
-/// A file that is rewritten. Nothing is allocated once it is open: running out of memory between the old
-/// content and the new one would lose both. After a write that fails nothing more is written, so that what is
-/// there has no gaps.
 template <class Char>
-class Output
+struct BasicINIDocument<Char>::State
 {
-public:
-    Output(const std::basic_string<Char>& path, const std::locale& locale)
-        : m_file(platform::SystemPath(path)), m_encoding(locale)
+    State(INISyntax syntax, const std::locale& locale)
+        : Locale(locale), Content(std::make_unique<Lines>(syntax, platform::Buffer<Char>(0)))
     {}
 
-    bool IsOpen() const { return m_file.IsOpen(); }
-
-    Output& operator<<(std::basic_string_view<Char> text)
+    /// Replaces the content.
+    /// @return false when this is no text, and nothing is changed.
+    bool Read(platform::Buffer<Char> text)
     {
-        for (std::size_t end = 0; (end = text.find(Char('\n'))) != text.npos; text.remove_prefix(end + 1)) {
-            Append(text.substr(0, end));
-            for (const Char c : platform::Newline)
-                Append({&c, 1});
-        }
-        Append(text);
-        return *this;
+        if (Content->IsCommon() && View(text).find(Char()) != View::npos)
+            return false;
+        Content = std::make_unique<Lines>(Content->Syntax(), std::move(text));
+        return true;
     }
 
-    Output& operator<<(Char c) { return *this << std::basic_string_view<Char>(&c, 1); }
-
-    void Flush() { m_file.Write({m_record.data(), std::exchange(m_end, m_record.data())}); }
-
-    void Finish()
-    {
-        m_end = m_encoding.Finish(m_end, m_record.data() + m_record.size());
-        Flush();
-    }
-
-private:
-    void Append(std::basic_string_view<Char> text)
-    {
-        while (m_end = m_encoding.Encode(text, m_end, m_record.data() + m_record.size()), !text.empty())
-            Flush();
-    }
-
-    std::array<char, 4096> m_record; ///< what is written next
-    char* m_end = m_record.data();
-    platform::File m_file;
-    ini::Encoding<Char> m_encoding;
+    std::locale Locale;
+    std::unique_ptr<Lines> Content;
 };
 
-/// A text in memory that takes the place of an `Output`.
 template <class Char>
-struct TextOutput
-{
-    std::basic_string<Char> Text = {};
+BasicINIDocument<Char>::BasicINIDocument(INISyntax syntax, const std::locale& locale)
+    : m_state(std::make_unique<State>(syntax, locale))
+{}
 
-    template <class Piece>
-    TextOutput& operator<<(Piece piece)
-    {
-        Text += piece;
-        return *this;
-    }
-    void Flush() {}
-};
-
-/// The two widths of a saved file differ intentionally: the narrow form begins every active line with a space;
-/// the wide one does not, and has an empty line between a section's comments and its header, for each section
-/// but the first.
-/// @param isSaved false for `Content`, which has neither.
-template <class Char, class Target>
-void WriteRecords(const std::vector<INIParser::BasicRecordView<Char>>& records, bool isSaved, Target& out)
+template <class Char>
+BasicINIDocument<Char>::BasicINIDocument(const BasicINIDocument& other)
+    : BasicINIDocument(other.GetLines().Syntax(), other.m_state ? other.m_state->Locale : std::locale())
 {
-    const bool isIndented = isSaved && std::is_same_v<Char, char>;
-    const bool isSpaced = isSaved && !isIndented;
-    bool isFirstSection = true;
-    for (const auto& record : records) {
-        const bool isSection = record.Key.empty();
-        out << record.Comments;
-        if (isSection && !std::exchange(isFirstSection, false) && isSpaced)
-            out << Char('\n');
-        if (isIndented || record.Commented != ' ')
-            out << record.Commented;
-        if (isSection)
-            out << Char('[') << record.Section << Char(']');
-        else
-            out << record.Key << Char('=') << record.Value;
-        out << Char('\n');
-        out.Flush(); // for each record, so that what is written survives the host
-    }
+    Parse(other.Text());
 }
 
-/// @return whether a range of comment lines is as `NormalizedComments` makes it.
-template <class Char>
-bool IsNormalized(std::basic_string_view<Char> comments)
-{
-    std::size_t size = 0;
-    ini::EachComment(comments, [&](auto line) { size += line.size() + 1; });
-    return size == comments.size();
-}
-
-template <class Char>
-INIParser::BasicRecord<Char> Copy(const INIParser::BasicRecordView<Char>& record)
-{
-    using String = std::basic_string<Char>;
-    return {String(record.Comments), record.Commented, String(record.Section), String(record.Key),
-            String(record.Value)};
-}
-
-} // namespace
-
-template <class Char>
-BasicINIDocument<Char>::BasicINIDocument() = default;
-template <class Char>
-BasicINIDocument<Char>::BasicINIDocument(const BasicINIDocument&) = default;
 template <class Char>
 BasicINIDocument<Char>::BasicINIDocument(BasicINIDocument&&) noexcept = default;
 template <class Char>
 BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(const BasicINIDocument& other)
 {
-    *this = BasicINIDocument(other); // all or nothing
-    return *this;
+    return *this = BasicINIDocument(other); // all or nothing
 }
 template <class Char>
 BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(BasicINIDocument&&) noexcept = default;
@@ -140,302 +57,277 @@ template <class Char>
 BasicINIDocument<Char>::~BasicINIDocument() = default;
 
 template <class Char>
-bool BasicINIDocument<Char>::Load(const String& path)
+auto BasicINIDocument<Char>::GetState() -> State&
 {
-    std::error_code ignored;
-    auto bytes = platform::File::Read(platform::SystemPath(path), ignored);
+    if (!m_state)
+        *this = BasicINIDocument();
+    return *m_state;
+}
+
+template <class Char>
+auto BasicINIDocument<Char>::EditLines() -> Lines&
+{
+    return *GetState().Content;
+}
+
+template <class Char>
+auto BasicINIDocument<Char>::GetLines() const -> const Lines&
+{
+    static const Lines empty(INISyntax::Common, platform::Buffer<Char>(0));
+    return m_state ? *m_state->Content : empty;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Load(const std::filesystem::path& path, std::error_code& error)
+{
+    auto bytes = platform::File::Read(platform::SystemPath(path), error);
     if (!bytes)
         return false;
-
-    BasicINIDocument loaded; // with the current global locale
-    auto decoded = ini::Encoding<Char>(loaded.m_locale).Decode(std::move(*bytes));
-    if (!decoded)
-        return false;
-    const View text = *decoded;
-    loaded.m_text = std::move(decoded->Data);
-    constexpr std::size_t bytesPerRecord = 32; // less than in most files, so that the list seldom grows
-    loaded.m_records.reserve(text.size() / bytesPerRecord);
-    ini::Scan(text, [&](RecordView record) {
-        if (!IsNormalized(record.Comments))
-            record.Comments = loaded.Keep(ini::NormalizedComments<Char>(record.Comments));
-        loaded.m_records.push_back(record);
-    });
-    *this = std::move(loaded);
-    return true;
+    State& state = GetState();
+    auto text = ini::Encoding<Char>(state.Locale).Decode(std::move(*bytes));
+    if (!text || !state.Read(std::move(*text)))
+        error = std::make_error_code(std::errc::illegal_byte_sequence);
+    return !error;
 }
 
 template <class Char>
-bool BasicINIDocument<Char>::Save(const String& path) const
+bool BasicINIDocument<Char>::Load(const std::filesystem::path& path)
 {
-    Output<Char> file(path, m_locale);
-    if (!file.IsOpen())
-        return false;
-    WriteRecords(m_records, true, file);
-    file.Finish();
-    return true;
+    std::error_code ignored;
+    return Load(path, ignored);
 }
 
 template <class Char>
-std::basic_string<Char> BasicINIDocument<Char>::SavedText() const
+bool BasicINIDocument<Char>::Parse(View text)
 {
-    TextOutput<Char> text;
-    WriteRecords(m_records, true, text);
-    return std::move(text.Text);
+    platform::Buffer<Char> copy(text.size());
+    copy.Size = text.copy(copy.Data.get(), text.size());
+    return GetState().Read(std::move(copy));
 }
 
 template <class Char>
-std::basic_string<Char> BasicINIDocument<Char>::Content() const
+auto BasicINIDocument<Char>::Text() const -> String
 {
-    TextOutput<Char> text;
-    WriteRecords(m_records, false, text);
-    return std::move(text.Text);
+    return GetLines().Text();
 }
 
 template <class Char>
-bool BasicINIDocument<Char>::Sort(bool descending)
+bool BasicINIDocument<Char>::Save(const std::filesystem::path& path, std::error_code& error) const
 {
-    using Pointers = std::vector<const RecordView*>; // moved faster than records
-    const auto sortBy = [descending](Pointers& records, View RecordView::*field) {
-        std::sort(records.begin(), records.end(), [=](const RecordView* a, const RecordView* b) {
-            return descending ? b->*field < a->*field : a->*field < b->*field;
-        });
-    };
-    struct Run // of keys of one section, contiguous in the file: there are fewer runs to sort than keys
-    {
-        View Section;
-        const RecordView* Begin;
-        const RecordView* End;
-    };
-    std::vector<Run> runs;
-    Pointers headers;
-    for (const RecordView& record : m_records)
-        if (record.Key.empty())
-            headers.push_back(&record);
-        else if (!runs.empty() && runs.back().End == &record && runs.back().Section == record.Section)
-            ++runs.back().End;
-        else
-            runs.push_back({record.Section, &record, &record + 1});
-    if (headers.empty())
-        return false;
+    const std::locale locale = m_state ? m_state->Locale : std::locale();
+    const auto bytes = ini::Encoding<Char>(locale).TryEncode(Text());
+    if (bytes)
+        return platform::File::Replace(platform::SystemPath(path), *bytes, error);
+    error = std::make_error_code(std::errc::illegal_byte_sequence);
+    return false;
+}
 
-    sortBy(headers, &RecordView::Section);
-    std::sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) {
-        return std::tie(a.Section, a.Begin) < std::tie(b.Section, b.Begin); // keys stay in file order
-    });
+template <class Char>
+bool BasicINIDocument<Char>::Save(const std::filesystem::path& path) const
+{
+    std::error_code ignored;
+    return Save(path, ignored);
+}
 
-    // Each header takes the keys of its name from the whole file. So keys are written once for each header of
-    // their section: twice for a section with two, and not at all for a section with none.
-    Records sorted;
-    sorted.reserve(m_records.size());
-    Pointers keys;
-    const auto isBefore = [](const Run& run, View section) { return run.Section < section; };
-    for (const RecordView* header : headers) {
-        keys.clear();
-        for (auto run = std::lower_bound(runs.begin(), runs.end(), header->Section, isBefore);
-             run != runs.end() && run->Section == header->Section; ++run)
-            for (const RecordView* key = run->Begin; key != run->End; ++key)
-                keys.push_back(key);
-        sortBy(keys, &RecordView::Key);
-        sorted.push_back(*header);
-        for (const RecordView* key : keys)
-            sorted.push_back(*key);
+// Lookups
+
+namespace {
+
+/// @return the line of the first active record, or 0.
+template <class Char>
+LineNumber Find(const ini::DocumentLines<Char>& lines, std::basic_string_view<Char> key,
+                std::basic_string_view<Char> section)
+{
+    const NameNumber number = lines.NumberOf(section);
+    return key.empty() ? lines.FindHeader(number) : lines.FindKey(key, number, true);
+}
+
+} // namespace
+
+template <class Char>
+auto BasicINIDocument<Char>::ViewOf(const Lines& lines, std::uint32_t line) -> RecordView
+{
+    RecordView view;
+    view.m_lines = &lines;
+    view.m_line = line;
+    if (line != 0 && lines[line].Kind != LineKind::Other) { // which makes an empty record
+        view.Commented = lines[line].Commented;
+        view.Section = lines.NameOf(lines[line].Section());
+        view.Key = lines[line].Key();
+        view.Value = lines[line].Value();
     }
-    m_records = std::move(sorted);
-    return true;
+    return view;
 }
 
 template <class Char>
-std::vector<INIParser::BasicRecord<Char>> BasicINIDocument<Char>::GetRecord(View key, View section) const
+void BasicINIDocument<Char>::Advance(RecordView& record)
 {
-    const auto at = std::find_if(begin(), end(), IsRecord<Char>(key, section));
-    if (at == end())
-        return {};
-    return {Copy(*at)};
+    const Lines& lines = *record.m_lines;
+    LineNumber line = lines.Next(record.m_line);
+    while (line != 0 && !lines[line].IsRecord)
+        line = lines.Next(line);
+    record = ViewOf(lines, line);
 }
 
 template <class Char>
-std::basic_string<Char> BasicINIDocument<Char>::GetValue(View key, View section) const
+auto BasicINIDocument<Char>::CommentsOf(const Lines& lines, std::uint32_t line) -> String
 {
-    const auto at = std::find_if(begin(), end(), IsRecord<Char>(key, section));
-    return at != end() ? String(at->Value) : String();
+    String comments;
+    if (lines[line].IsHeader() && lines[line].HasKey)
+        return comments; // which `Parser` loses
+    for (LineNumber above = lines.FirstComment(line); above != line; above = lines.Next(above))
+        if (lines[above].IsComment())
+            (comments += lines[above].Text()) += Char('\n');
+    return comments;
 }
 
 template <class Char>
-std::vector<INIParser::BasicRecord<Char>> BasicINIDocument<Char>::GetSection(View section) const
+auto BasicINIDocument<Char>::Copy(const RecordView& record) -> Record
+{
+    return {record.Comments(), record.Commented, String(record.Section), String(record.Key),
+            String(record.Value)};
+}
+
+template <class Char>
+auto BasicINIDocument<Char>::begin() const -> Iterator
+{
+    Iterator first;
+    first.m_record.m_lines = &GetLines();
+    return ++first;
+}
+
+template <class Char>
+auto BasicINIDocument<Char>::FindValue(View key, View section) const -> std::optional<View>
+{
+    const LineNumber line = Find(GetLines(), key, section);
+    return line != 0 ? std::optional(GetLines()[line].Value()) : std::nullopt;
+}
+
+template <class Char>
+auto BasicINIDocument<Char>::GetValue(View key, View section, View fallback) const -> String
+{
+    return String(FindValue(key, section).value_or(fallback));
+}
+
+template <class Char>
+auto BasicINIDocument<Char>::GetRecord(View key, View section) const -> std::optional<Record>
+{
+    const LineNumber line = Find(GetLines(), key, section);
+    return line != 0 ? std::optional(Copy(ViewOf(GetLines(), line))) : std::nullopt;
+}
+
+template <class Char>
+auto BasicINIDocument<Char>::GetSection(View section) const -> std::vector<Record>
 {
     std::vector<Record> keys;
-    IsSection<Char> isSection(section);
-    for (const RecordView& record : m_records)
-        if (!record.Key.empty() && isSection(record))
+    for (const RecordView& record : *this)
+        if (record.Commented == ' ' && !record.Key.empty() && record.Section == section)
             keys.push_back(Copy(record));
     return keys;
 }
 
 template <class Char>
-std::vector<std::basic_string<Char>> BasicINIDocument<Char>::GetSectionNames() const
+auto BasicINIDocument<Char>::GetSectionNames() const -> std::vector<String>
 {
+    const Lines& lines = GetLines();
     std::vector<String> names;
-    for (const RecordView& record : m_records)
-        if (record.Key.empty())
-            names.emplace_back(record.Section);
+    for (LineNumber line = lines.First(); line != 0; line = lines.Next(line))
+        if (lines[line].IsActiveHeader() && lines.FindHeader(lines[line].Nearest) == line)
+            names.emplace_back(lines[line].Name());
     return names;
 }
 
 template <class Char>
 bool BasicINIDocument<Char>::RecordExists(View key, View section) const
 {
-    return std::any_of(begin(), end(), IsRecord<Char>(key, section));
+    return Find(GetLines(), key, section) != 0;
 }
 
 template <class Char>
 bool BasicINIDocument<Char>::SectionExists(View section) const
 {
-    return std::any_of(begin(), end(), IsSection<Char>(section));
+    return GetLines().HasSection(GetLines().NumberOf(section));
 }
 
+// Values
+
+namespace {
+
+/// @return the text when it consists of these characters only, else nothing.
 template <class Char>
-bool BasicINIDocument<Char>::SetValue(String key, String value, String section)
+std::string Ascii(std::basic_string_view<Char> text, std::string_view characters)
 {
-    DropUnusedTexts();
-    const auto ofSection = std::find_if(m_records.begin(), m_records.end(), IsSection<Char>(section));
-    if (ofSection == m_records.end()) {
-        const RecordView header = {{}, Char(' '), Keep(std::move(section)), {}, {}};
-        RecordView record = header;
-        record.Key = Keep(std::move(key));
-        record.Value = Keep(std::move(value));
-        m_records.insert(m_records.end(), {header, record});
-        return true;
+    std::string ascii;
+    for (const Char c : text) {
+        if (c <= 0 || c > 0x7F || characters.find(static_cast<char>(c)) == characters.npos)
+            return {};
+        ascii += static_cast<char>(c);
     }
-    const auto at = std::find_if(ofSection, m_records.end(), IsRecord<Char>(key, section));
-    if (at != m_records.end())
-        at->Value = Keep(std::move(value));
-    else // the first key of its section, not the last
-        m_records.insert(ofSection + 1,
-                         {{}, Char(' '), ofSection->Section, Keep(std::move(key)), Keep(std::move(value))});
-    return true;
+    return ascii;
 }
 
-template <class Char>
-bool BasicINIDocument<Char>::AddSection(String section)
+template <class Number>
+bool ReadInteger(const std::string& text, Number& number)
 {
-    DropUnusedTexts();
-    m_records.push_back({{}, Char(' '), Keep(std::move(section)), {}, {}});
-    return true;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end && !text.empty();
 }
 
-template <class Char>
-bool BasicINIDocument<Char>::DeleteRecord(String key, String section)
+/// The stream's conversion takes decimal and scientific notation, whatever the C library's locale.
+template <class Number>
+bool ReadFloating(const std::string& text, Number& number)
 {
-    const auto at = std::find_if(m_records.begin(), m_records.end(), IsRecord<Char>(key, section));
-    if (at == m_records.end())
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    if (text.empty() || text.front() == '+' || !(stream >> number) || !stream.eof())
         return false;
-    m_records.erase(at);
+    const std::size_t digits = text.find_first_of("123456789");
+    return number != 0 || digits == text.npos || digits > text.find_first_of("Ee"); // else it is too small
+}
+
+} // namespace
+
+template <class Char>
+bool BasicINIDocument<Char>::Read(View text, bool& value)
+{
+    std::string word = Ascii(text, "01EFLNORSTUAYefalnorstuy");
+    for (char& c : word)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    value = word == "true" || word == "yes" || word == "on" || word == "1";
+    return value || word == "false" || word == "no" || word == "off" || word == "0";
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Read(View text, long long& value)
+{
+    return ReadInteger(Ascii(text, "-0123456789"), value);
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Read(View text, unsigned long long& value)
+{
+    return ReadInteger(Ascii(text, "0123456789"), value);
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Read(View text, float& value)
+{
+    return ReadFloating(Ascii(text, "+-.0123456789Ee"), value);
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Read(View text, double& value)
+{
+    return ReadFloating(Ascii(text, "+-.0123456789Ee"), value);
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Read(View text, String& value)
+{
+    value = text;
     return true;
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::DeleteSection(String section)
-{
-    std::erase_if(m_records, IsSection<Char>(section));
-    return true;
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::RenameSection(String oldName, String newName)
-{
-    DropUnusedTexts();
-    return ChangeSection(oldName,
-                         [name = Keep(std::move(newName))](RecordView& record) { record.Section = name; });
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::CommentRecord(INIParser::CommentChar character, String key, String section)
-{
-    return ChangeRecord(key, section,
-                        [character](RecordView& record) { record.Commented = static_cast<Char>(character); });
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::CommentSection(Char character, String section)
-{
-    return ChangeSection(section, [character](RecordView& record) { record.Commented = character; });
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::UnCommentRecord(String key, String section)
-{
-    return ChangeRecord(key, section, [](RecordView& record) { record.Commented = Char(' '); });
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::UnCommentSection(String section)
-{
-    return ChangeSection(section, [](RecordView& record) { record.Commented = Char(' '); });
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::SetRecordComments(String comments, String key, String section)
-{
-    DropUnusedTexts();
-    // The newline that is appended depends on the length of the text alone: a text that ends in one gets
-    // another, and a text of a single character gets none.
-    if (comments.size() >= 2)
-        comments += Char('\n');
-    return ChangeRecord(key, section,
-                        [&](RecordView& record) { record.Comments = Keep(std::move(comments)); });
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::SetSectionComments(String comments, String section)
-{
-    return SetRecordComments(std::move(comments), {}, std::move(section)); // a header has an empty key
-}
-
-/// Changes the first record of a key and section.
-template <class Char>
-template <class Change>
-bool BasicINIDocument<Char>::ChangeRecord(View key, View section, Change change)
-{
-    const auto at = std::find_if(m_records.begin(), m_records.end(), IsRecord<Char>(key, section));
-    if (at == m_records.end())
-        return false;
-    change(*at);
-    return true;
-}
-
-/// Changes every record of a section. Succeeds if there is none.
-template <class Char>
-template <class Change>
-bool BasicINIDocument<Char>::ChangeSection(View section, Change change)
-{
-    IsSection<Char> isSection(section);
-    for (RecordView& record : m_records)
-        if (isSection(record))
-            change(record);
-    return true;
-}
-
-/// @return a view of a text that the document keeps from now on.
-template <class Char>
-std::basic_string_view<Char> BasicINIDocument<Char>::Keep(String text)
-{
-    return *m_kept.emplace_back(std::make_shared<const String>(std::move(text)));
-}
-
-/// Releases the texts that edits have replaced, once the number of kept texts has doubled since the last time.
-template <class Char>
-void BasicINIDocument<Char>::DropUnusedTexts()
-{
-    if (m_kept.size() < m_dropAt)
-        return;
-    std::unordered_set<const Char*> unused;
-    for (const auto& text : m_kept)
-        unused.insert(text->data());
-    for (const RecordView& record : m_records)
-        for (const View field : {record.Comments, record.Section, record.Key, record.Value})
-            unused.erase(field.data());
-    std::erase_if(m_kept, [&](const auto& text) { return unused.count(text->data()) != 0; });
-    m_dropAt = 2 * m_kept.size() + FewTexts;
 }
 
 template class BasicINIDocument<char>;

@@ -2,136 +2,307 @@
 #pragma once
 
 /// @file
-/// An INI file in memory: read once, looked up and edited many times, written once.
+/// An INI file in memory: read once, looked up and edited many times, saved safely.
 
 #include "qmUtility/Export.h"
-#include "qmUtility/ini/INIParser.h"
+#include "qmUtility/ini/INIRecord.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+#include <limits>
 #include <locale>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
-/// An INI file in memory: the list of its records, in file order. Use it instead of `INIParser`, whose
-/// operations read the file on each call, for several lookups or edits of one file.
+namespace ini {
+template <class Char>
+class DocumentLines;
+} // namespace ini
+
+/// An INI file in memory: a text, and the records that it holds.
 ///
-/// **Operations** are those of `INIParser` without the path, in both widths: what is said there about names,
-/// keys, results and the form of a saved file holds here as well.
+///     INIDocument settings;
+///     std::error_code error;
+///     if (!settings.Load("app.ini", error) && error != std::errc::no_such_file_or_directory)
+///         ...                                                   // there is a file, which cannot be read
+///     const int width = settings.Get<int>("Width", "Window").value_or(800);
+///     settings.SetValue("Width", "1024", "Window");             // changes these bytes, and no others
+///     const bool isSaved = settings.Save("app.ini", error);     // the old file or the new one, whole
 ///
-/// **Edits** change the list in memory only, and their effect is not parsed: a value with a "[" stays as it
-/// is until the document is saved and loaded, where its line becomes a header.
+/// **The text** is kept as it is. An edit changes the bytes that it is about, and no others: comments, blank
+/// lines, indentation and newlines stay. At every moment the records are those that a new document reads from
+/// `Text()`.
 ///
-/// **Characters.** `WINIDocument` converts by the global C++ locale as it is at `Load` (for a document that
-/// was never loaded: at construction) and saves by the same one. `INIDocument` keeps bytes as they are.
+/// **Names** match when they have the same code units. Of several matches the first in the file counts.
+/// Lookups see active records only; iteration visits the commented-out ones, too. An empty key names the
+/// section's header in a lookup; an empty section name is that of the keys above the first header.
 ///
-/// **Complexity.** `Load`, `Save` and `Content` take linear time in the size of the file, lookups and edits
-/// in the number of records, `Sort` n log n in that of its result. Replaced texts are released after some
-/// further edits.
+/// **Edits** return true when they were made. They return false, with nothing changed, when there is no such
+/// record or section, and when the result would not be read back as asked, or would change how another record
+/// is read: a "=" in a key, a newline, "]" in a section name, blanks at the ends, and the like. Arguments may
+/// be views into the document itself.
+///
+/// **Characters.** `INIDocument` keeps bytes as they are; `WINIDocument` converts by the locale that it is
+/// constructed with.
+///
+/// **Complexity.** `Load`, `Parse`, `Text` and `Save` take linear time in the size of the text. Many lookups of
+/// values, and many `SetValue` and `AddSection`, take constant time each on average; everything else is at most
+/// linear in the number of lines, `Sort` n log n.
 ///
 /// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it
-/// was.
+/// was. A line of 2^32 characters or more throws std::length_error.
 ///
 /// **Threads.** Several threads may read a document that none edits. Copies are independent of one another.
+///
+/// docs/ini-format.md describes both syntaxes and the layout of new lines.
 template <class Char>
 class QMUTILITY_API BasicINIDocument
 {
-public:
-    using String = std::basic_string<Char>;      ///< a text of this width
-    using View = std::basic_string_view<Char>;   ///< an argument of this width, not kept
-    using Record = INIParser::BasicRecord<Char>; ///< a copy of a record
-    /// Views into the document, valid until it is next edited, loaded, assigned or destroyed.
-    using RecordView = INIParser::BasicRecordView<Char>;
+    using Lines = ini::DocumentLines<Char>;
 
-    BasicINIDocument();                                  ///< an empty file
-    BasicINIDocument(const BasicINIDocument& other);     ///< shares the loaded text, which never changes
-    BasicINIDocument(BasicINIDocument&& other) noexcept; ///< leaves an empty file behind
+public:
+    using String = std::basic_string<Char>;    ///< a text of this width
+    using View = std::basic_string_view<Char>; ///< an argument of this width, not kept
+    using Record = BasicINIRecord<Char>;       ///< a copy of a record
+
+    class Iterator;
+
+    /// A record as views into the document, valid until its next edit.
+    class RecordView
+    {
+    public:
+        Char Commented = Char(' '); ///< see `BasicINIRecord`
+        View Section;               ///< see `BasicINIRecord`
+        View Key;                   ///< see `BasicINIRecord`
+        View Value;                 ///< see `BasicINIRecord`
+
+        String Comments() const { return CommentsOf(*m_lines, m_line); } ///< see `BasicINIRecord`
+
+    private:
+        friend class BasicINIDocument;
+        friend class Iterator;
+        const Lines* m_lines = nullptr;
+        std::uint32_t m_line = 0;
+    };
+
+    /// A forward iterator over the records in file order, valid until the next edit.
+    class Iterator
+    {
+    public:
+        using iterator_category = std::input_iterator_tag;  ///< for algorithms of C++17: it holds its record
+        using iterator_concept = std::forward_iterator_tag; ///< for those of C++20
+        using value_type = RecordView;                      ///< what it holds
+        using difference_type = std::ptrdiff_t;             ///< of two iterators
+        using pointer = const RecordView*;                  ///< of `operator->`
+        using reference = RecordView;                       ///< of `operator*`
+
+        reference operator*() const { return m_record; } ///< @return the record.
+        pointer operator->() const { return &m_record; } ///< @return the record, until the iterator changes.
+        Iterator& operator++() { return Advance(m_record), *this; } ///< Moves to the next record.
+        /// Moves to the next record. @return the former place.
+        Iterator operator++(int)
+        {
+            const Iterator before = *this;
+            ++*this;
+            return before;
+        }
+        /// @return whether both are at the same record of the same document.
+        bool operator==(const Iterator& other) const { return m_record.m_line == other.m_record.m_line; }
+        bool operator!=(const Iterator& other) const { return !(*this == other); } ///< the opposite of `==`
+
+    private:
+        friend class BasicINIDocument;
+        RecordView m_record;
+    };
+
+    /// Constructs an empty document.
+    /// @param syntax of its text.
+    /// @param locale converts between the bytes of files and `wchar_t`; the default is the global one.
+    explicit BasicINIDocument(INISyntax syntax = INISyntax::Common,
+                              const std::locale& locale = std::locale());
+    BasicINIDocument(const BasicINIDocument& other);     ///< takes linear time
+    BasicINIDocument(BasicINIDocument&& other) noexcept; ///< leaves a default-constructed document behind
     BasicINIDocument& operator=(const BasicINIDocument& other);     ///< see the copy constructor
-    BasicINIDocument& operator=(BasicINIDocument&& other) noexcept; ///< leaves an empty file behind
+    BasicINIDocument& operator=(BasicINIDocument&& other) noexcept; ///< see the move constructor
     ~BasicINIDocument();
 
-    /// @name Whole files
+    /// @name Files and text
     /// @{
 
-    /// Replaces the document by a file.
-    /// @return false when the file cannot be opened, read to its end, or decoded; the document is then as it
-    ///   was.
-    /// @throws std::out_of_range ("invalid string position") for a header line without a "]" after its first
-    ///   character.
-    bool Load(const String& path);
+    /// Replaces the text by that of a file.
+    /// @param path of the file.
+    /// @param error the reason of a failure: `no_such_file_or_directory`, `is_a_directory`, `permission_denied`,
+    ///   `illegal_byte_sequence` for what the locale cannot decode and, in the syntax `Common`, for a file with
+    ///   a NUL (UTF-16 has them), or any other of the system; cleared on success.
+    /// @return false when the file cannot be opened, read to its end or decoded; the document is as it was.
+    /// @throws INIFormatError for a malformed header, in the syntax `Parser` only; the document is as it was.
+    bool Load(const std::filesystem::path& path, std::error_code& error);
+    bool Load(const std::filesystem::path& path); ///< @overload
 
-    /// Writes the document to a file, in place; a missing file is created.
-    /// @return false when the file cannot be opened for writing. Errors after that are not detected.
-    bool Save(const String& path) const;
+    /// Replaces the text.
+    /// @return false for a text with a NUL in the syntax `Common`; the document is as it was.
+    /// @throws INIFormatError as `Load` does.
+    bool Parse(View text);
 
-    /// @return the text that `Save` encodes and writes, with "\n" for each newline.
-    String SavedText() const;
+    /// @return the text, as `Save` encodes it.
+    String Text() const;
 
-    /// @return the document as text; see `INIParser::Content`.
-    String Content() const;
-
-    /// Sorts sections and keys; see `INIParser::Sort`.
-    /// @return false, and nothing is changed, when there is no section record.
-    bool Sort(bool descending);
+    /// Replaces a file by the text, or creates it. At every moment, whatever fails and whoever is killed, the
+    /// path names the old content whole or the new content whole: a temporary file beside the old one, with
+    /// its mode and owner, takes its place. Symbolic links are followed.
+    ///
+    /// A file that a new one could not replace without a loss is written in place: one with other hard links,
+    /// with an owner or access list that cannot be given to another file, or in a folder that cannot be written
+    /// to. Its old content is put back when that fails, but a process that is killed meanwhile can leave a
+    /// mixture. What is no regular file is written to directly.
+    /// @param path of the file.
+    /// @param error the reason of a failure, `illegal_byte_sequence` for a character that the locale cannot
+    ///   encode; cleared on success.
+    /// @return false when the text is not saved; the file is then as it was.
+    bool Save(const std::filesystem::path& path, std::error_code& error) const;
+    bool Save(const std::filesystem::path& path) const; ///< @overload
 
     /// @}
     /// @name Lookups
     /// @{
 
-    std::vector<Record> GetRecord(View key, View section) const; ///< see `INIParser::GetRecord`
-    String GetValue(View key, View section) const;               ///< see `INIParser::GetValue`
-    std::vector<Record> GetSection(View section) const;          ///< see `INIParser::GetSection`
-    std::vector<String> GetSectionNames() const;                 ///< see `INIParser::GetSectionNames`
-    bool RecordExists(View key, View section) const;             ///< see `INIParser::RecordExists`
-    bool SectionExists(View section) const;                      ///< see `INIParser::SectionExists`
+    /// @return the value of the first active record of this key and section, else the fallback.
+    String GetValue(View key, View section, View fallback = {}) const;
 
-    /// Iterates over all records in file order.
-    typename std::vector<RecordView>::const_iterator begin() const { return m_records.begin(); }
-    typename std::vector<RecordView>::const_iterator end() const { return m_records.end(); } ///< see `begin`
+    /// Reads a value as a number, a truth value or a text.
+    /// @tparam T `bool` (true/false, yes/no, on/off, 1/0, in any case), an integer (decimal digits, after a "-"
+    ///   if it is signed), `float` or `double` (decimal, with a point and an exponent if need be), or `String`.
+    /// @return nothing when the record is missing, or its value is out of range or not wholly such a value.
+    template <class T>
+    std::optional<T> Get(View key, View section) const;
+
+    /// @return the first active record of this key and section.
+    std::optional<Record> GetRecord(View key, View section) const;
+    /// @return the active key records of the section, in file order.
+    std::vector<Record> GetSection(View section) const;
+    /// @return the names of the active headers, in file order, each once.
+    std::vector<String> GetSectionNames() const;
+    /// @return whether there is an active record of this key and section.
+    bool RecordExists(View key, View section) const;
+    /// @return whether there is an active header of this name; for the empty name, also whether there is an active
+    ///   key above the first header.
+    bool SectionExists(View section) const;
+
+    /// Iterates over all records in file order, commented-out ones included.
+    Iterator begin() const;
+    Iterator end() const { return {}; } ///< see `begin`
 
     /// @}
     /// @name Edits
-    /// All return true, except `DeleteRecord`, `CommentRecord`, `UnCommentRecord`, `SetRecordComments` and
-    /// `SetSectionComments`, which return false, and change nothing, when there is no such record.
+    /// See above for what they have in common.
     /// @{
 
-    bool SetValue(String key, String value, String section); ///< see `INIParser::SetValue`
-    bool AddSection(String section);                         ///< see `INIParser::AddSection`
-    bool DeleteRecord(String key, String section);           ///< see `INIParser::DeleteRecord`
-    bool DeleteSection(String section);                      ///< see `INIParser::DeleteSection`
-    bool RenameSection(String oldName, String newName);      ///< see `INIParser::RenameSection`
-    bool CommentRecord(INIParser::CommentChar character, String key,
-                       String section);                  ///< see `INIParser::CommentRecord`
-    bool CommentSection(Char character, String section); ///< see `INIParser::CommentSection`
-    bool UnCommentRecord(String key, String section);    ///< see `INIParser::UnCommentRecord`
-    bool UnCommentSection(String section);               ///< see `INIParser::UnCommentSection`
-    bool SetRecordComments(String comments, String key,
-                           String section);                   ///< see `INIParser::SetRecordComments`
-    bool SetSectionComments(String comments, String section); ///< see `INIParser::SetSectionComments`
+    /// Sets the value of the first active record of this key and section. A missing key becomes a new line below
+    /// a commented-out record of the same name, else below the last key of its section, laid out as that one; a
+    /// missing section is added first.
+    /// @return false also for an empty key, and for a value that ignored lines continue.
+    bool SetValue(View key, View value, View section);
+
+    /// Adds a header at the end, after an empty line.
+    /// @return false also when the section exists, and for an empty name.
+    bool AddSection(View section);
+
+    /// Removes the first active record of this key and section with its comments and the lines that continue it.
+    /// @return false also when one of those is a record.
+    bool DeleteRecord(View key, View section);
+
+    /// Removes the active headers of the section and everything that stands below them, up to the comments of the
+    /// next header; for the empty name, the keys above the first header with their comments.
+    bool DeleteSection(View section);
+
+    /// Changes the name in the section's active headers.
+    /// @return false also when a section `to` exists.
+    bool RenameSection(View from, View to);
+
+    /// Comments out the first active record of this key and section.
+    /// @return false also for a value that ignored lines continue.
+    bool CommentRecord(INICommentChar character, View key, View section);
+
+    /// Comments out the section's active headers and records; see `CommentRecord`.
+    bool CommentSection(INICommentChar character, View section);
+
+    /// Makes the first commented-out record of this key, which would then be in this section, active.
+    /// @return false also for a value that ignored lines would continue.
+    bool UnCommentRecord(View key, View section);
+
+    /// Makes the section's commented-out headers and records active; see `UnCommentRecord`.
+    bool UnCommentSection(View section);
+
+    /// Replaces the comments above the first active record of this key and section.
+    /// @param comments the lines, each with its "#" or ";" and without outer blanks; the last newline may be
+    ///   missing. Empty removes the comments.
+    /// @param key of the record.
+    /// @param section its name.
+    bool SetRecordComments(View comments, View key, View section);
+
+    /// Replaces the comments above the section's first active header, as `SetRecordComments` does.
+    bool SetSectionComments(View comments, View section);
+
+    /// Sorts the sections by name and the keys between two headers by name, code unit by code unit; equal names
+    /// keep their order. Each record moves with its comments. What is above the first header and what is below
+    /// the last record stay where they are, and so do headings that an empty line sets apart from the keys.
+    /// @return false if the text would then begin with a byte order mark.
+    bool Sort(bool descending);
 
     /// @}
 
 private:
-    using Records = std::vector<RecordView>;
-    enum : std::size_t
-    {
-        FewTexts = 16 ///< not worth looking for unused ones
-    };
+    struct State;
 
-    QMUTILITY_PRIVATE View Keep(String text);
-    QMUTILITY_PRIVATE void DropUnusedTexts();
-    template <class Change>
-    QMUTILITY_PRIVATE bool ChangeRecord(View key, View section, Change change);
-    template <class Change>
-    QMUTILITY_PRIVATE bool ChangeSection(View section, Change change);
+    QMUTILITY_PRIVATE State& GetState();
+    QMUTILITY_PRIVATE Lines& EditLines();
+    QMUTILITY_PRIVATE const Lines& GetLines() const;
+    QMUTILITY_PRIVATE static RecordView ViewOf(const Lines& lines, std::uint32_t line);
+    QMUTILITY_PRIVATE static Record Copy(const RecordView& record);
+    QMUTILITY_PRIVATE bool ChangeRecord(Char commented, View key, View section);
+    QMUTILITY_PRIVATE bool ChangeSection(Char commented, View section);
+    QMUTILITY_PRIVATE bool SetComments(std::uint32_t line, View comments);
 
-    Records m_records;                                 ///< views into the texts below
-    std::shared_ptr<const Char[]> m_text;              ///< what was loaded; never changed, so copies share it
-    std::vector<std::shared_ptr<const String>> m_kept; ///< texts of edits; never changed either
-    std::size_t m_dropAt = FewTexts;                   ///< number of kept texts to look for unused ones at
-    std::locale m_locale;                              ///< converts between bytes and `wchar_t`
+    static String CommentsOf(const Lines& lines, std::uint32_t line);
+    static void Advance(RecordView& record);
+    std::optional<View> FindValue(View key, View section) const;
+    static bool Read(View text, bool& value);
+    static bool Read(View text, long long& value);
+    static bool Read(View text, unsigned long long& value);
+    static bool Read(View text, float& value);
+    static bool Read(View text, double& value);
+    static bool Read(View text, String& value);
+
+    std::unique_ptr<State> m_state; ///< null in a document that was moved from
 };
+
+template <class Char>
+template <class T>
+std::optional<T> BasicINIDocument<Char>::Get(View key, View section) const
+{
+    constexpr bool isInteger = std::is_integral_v<T> && !std::is_same_v<T, bool>;
+    static_assert(!std::is_same_v<T, char> && !std::is_same_v<T, wchar_t> && !std::is_same_v<T, char16_t> &&
+                      !std::is_same_v<T, char32_t>,
+                  "a character is neither a number nor a text");
+    using Widest = std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>;
+
+    const std::optional<View> text = FindValue(key, section);
+    std::conditional_t<isInteger, Widest, T> value{};
+    if (!text || !Read(*text, value))
+        return std::nullopt;
+    if constexpr (isInteger)
+        if (value < std::numeric_limits<T>::min() || value > std::numeric_limits<T>::max())
+            return std::nullopt;
+    return static_cast<T>(std::move(value));
+}
 
 extern template class QMUTILITY_API BasicINIDocument<char>;
 extern template class QMUTILITY_API BasicINIDocument<wchar_t>;

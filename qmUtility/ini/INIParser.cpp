@@ -1,97 +1,299 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/ini/INIParser.h"
 
-#include "qmUtility/ini/INIDocument.h"
+#include "qmUtility/ini/Records.h"
+#include "qmUtility/ini/TextFile.h"
+#include "qmUtility/platform/File.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <locale>
+#include <string_view>
+#include <system_error>
+#include <type_traits>
+#include <unordered_map>
 #include <utility>
+
+/// The records of a file, in file order, as views into the text that was read and into the arguments of an edit.
+template <class Char>
+struct INIParser::List
+{
+    using View = std::basic_string_view<Char>;
+    using RecordView = ini::RecordView<Char>;
+
+    /// Calls `change` with the iterator of the first record of a key and section.
+    /// @return whether there is one.
+    template <class Change>
+    bool ChangeRecord(View key, View section, Change change)
+    {
+        const auto at = std::find_if(Records.begin(), Records.end(), [=](const RecordView& record) {
+            return record.Section == section && record.Key == key;
+        });
+        if (at == Records.end())
+            return false;
+        change(at);
+        return true;
+    }
+
+    /// Calls `change` with each record of a section, if there are any.
+    template <class Change>
+    bool ChangeSection(View section, Change change)
+    {
+        for (RecordView& record : Records)
+            if (record.Section == section)
+                change(record);
+        return true;
+    }
+
+    bool SetValue(View key, View value, View section)
+    {
+        if (ChangeRecord(key, section, [=](auto at) { at->Value = value; }))
+            return true;
+        auto at = std::find_if(Records.begin(), Records.end(),
+                               [=](const RecordView& record) { return record.Section == section; });
+        if (at == Records.end())
+            at = Records.insert(at, {{}, Char(' '), section, {}, {}});
+        Records.insert(at + 1,
+                       {{}, Char(' '), section, key, value}); // the first key of its section, not the last
+        return true;
+    }
+
+    ini::Encoding<Char> Encoding{std::locale()};
+    platform::Buffer<Char> Text{0};
+    std::vector<RecordView> Records;
+};
 
 INIParser::INIParser() = default;
 INIParser::INIParser(const INIParser&) = default;
 INIParser& INIParser::operator=(const INIParser&) = default;
 INIParser::~INIParser() = default;
 
-bool INIParser::Load(std::string path, INIDocument& document) { return document.Load(path); }
-bool INIParser::Load(std::wstring path, WINIDocument& document) { return document.Load(path); }
-bool INIParser::Save(std::string path, const INIDocument& document) { return document.Save(path); }
-bool INIParser::Save(std::wstring path, const WINIDocument& document) { return document.Save(path); }
-
-template <class Char, class... Parameters, class... Arguments>
-bool INIParser::Edit(const std::basic_string<Char>& path,
-                     bool (BasicINIDocument<Char>::*operation)(Parameters...), Arguments&&... arguments)
+template <class Char>
+bool INIParser::Load(std::basic_string<Char> path, List<Char>& list)
 {
-    BasicINIDocument<Char> document;
-    return Load(path, document) && (document.*operation)(std::forward<Arguments>(arguments)...) &&
-           Save(path, document);
+    std::error_code error;
+    auto bytes = platform::File::Read(platform::SystemPath(path), error);
+    if (!bytes)
+        return false;
+    auto text = list.Encoding.Decode(std::move(*bytes));
+    if (!text)
+        return false;
+    list.Text = std::move(*text);
+    list.Records.clear();
+    constexpr std::size_t charactersPerRecord = 32; // fewer than in most files, so that the list seldom grows
+    list.Records.reserve(list.Text.Size / charactersPerRecord);
+    ini::Scan(std::basic_string_view<Char>(list.Text),
+              [&](const auto& record) { list.Records.push_back(record); });
+    for (auto& record : list.Records)
+        record.Comments = ini::TidyComments(list.Text.Data.get(), record.Comments);
+    return true;
 }
 
-bool INIParser::Create(std::string path) { return Save(path, INIDocument()); }
+namespace {
+
+/// Appends a record as text.
+/// @param isIndented whether an active record's line begins with a space
+/// @param isSpaced whether an empty line stands between the comments and the line
+template <class Char>
+void AppendRecord(std::basic_string<Char>& text, const ini::RecordView<Char>& record, bool isIndented,
+                  bool isSpaced)
+{
+    text += record.Comments;
+    if (isSpaced)
+        text += Char('\n');
+    if (isIndented || record.Commented != ' ')
+        text += record.Commented;
+    if (record.Key.empty())
+        ((text += Char('[')) += record.Section) += Char(']');
+    else
+        ((text += record.Key) += Char('=')) += record.Value;
+    text += Char('\n');
+}
+
+/// Appends bytes with the newlines of the system's text files.
+void AppendLines(std::string& text, std::string_view bytes)
+{
+    for (std::size_t end = 0; (end = bytes.find('\n')) != bytes.npos; bytes.remove_prefix(end + 1))
+        (text += bytes.substr(0, end)) += platform::Newline;
+    text += bytes;
+}
+
+} // namespace
+
+/// The two widths of a saved file differ intentionally: the narrow form begins every active line with a space;
+/// the wide one does not, and has an empty line between a section's comments and its header, for each section
+/// but the first.
+template <class Char>
+bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list)
+{
+    // All bytes are made before the file is opened: running out of memory between the old content and the new
+    // one would lose both.
+    constexpr bool isNarrow = std::is_same_v<Char, char>;
+    std::string bytes;
+    bytes.reserve(list.Text.Size + 2 * list.Records.size()); // nearly always enough
+    std::vector<std::size_t> ends;                           // of the records
+    ends.reserve(list.Records.size() + 1);
+    std::basic_string<Char> text;
+    auto encoding = list.Encoding;
+    std::array<char, 4096> piece;
+    bool isFirstSection = true;
+    for (const auto& record : list.Records) {
+        const bool isSpaced = record.Key.empty() && !std::exchange(isFirstSection, false) && !isNarrow;
+        text.clear();
+        AppendRecord(text, record, isNarrow, isSpaced);
+        for (std::basic_string_view<Char> rest = text; !rest.empty();) {
+            const char* const end = encoding.Encode(rest, piece.data(), piece.data() + piece.size());
+            AppendLines(bytes, {piece.data(), end});
+        }
+        ends.push_back(bytes.size());
+    }
+    bytes.append(piece.data(), encoding.Finish(piece.data(), piece.data() + piece.size()));
+    ends.push_back(bytes.size());
+
+    platform::File file{platform::SystemPath(path)};
+    if (!file.IsOpen())
+        return false;
+    std::size_t begin = 0;
+    for (const std::size_t end : ends) { // a write for each record, so that what is written survives the host
+        file.Write({bytes.data() + begin, end - begin});
+        begin = end;
+    }
+    return true;
+}
+
+bool INIParser::Create(std::string path) { return Save(path, List<char>()); }
 
 std::string INIParser::Content(std::string path)
 {
-    INIDocument document;
-    return Load(path, document) ? document.Content() : std::string();
+    List<char> list;
+    std::string text;
+    if (Load(path, list))
+        for (const auto& record : list.Records)
+            AppendRecord(text, record, false, false);
+    return text;
 }
 
-bool INIParser::Sort(std::string path, bool descending) { return Edit(path, &INIDocument::Sort, descending); }
+bool INIParser::Sort(std::string path, bool descending)
+{
+    List<char> list;
+    if (!Load(path, list))
+        return false;
+
+    using RecordView = ini::RecordView<char>;
+    using Pointers = std::vector<const RecordView*>; // moved faster than records
+    const auto sortBy = [descending](Pointers& records, std::string_view RecordView::*field) {
+        std::sort(records.begin(), records.end(), [=](const RecordView* a, const RecordView* b) {
+            return descending ? b->*field < a->*field : a->*field < b->*field;
+        });
+    };
+    Pointers headers;
+    std::unordered_map<std::string_view, Pointers> keys; // of each section, in file order
+    for (const RecordView& record : list.Records)
+        (record.Key.empty() ? headers : keys[record.Section]).push_back(&record);
+    if (headers.empty())
+        return false;
+
+    sortBy(headers, &RecordView::Section);
+    for (auto& [section, ofSection] : keys)
+        sortBy(ofSection, &RecordView::Key);
+
+    // Each header takes the keys of its name from the whole file. So keys are written once for each header of
+    // their section: twice for a section with two, and not at all for a section with none.
+    std::vector<RecordView> sorted;
+    sorted.reserve(list.Records.size());
+    for (const RecordView* header : headers) {
+        sorted.push_back(*header);
+        for (const RecordView* key : keys[header->Section])
+            sorted.push_back(*key);
+    }
+    list.Records = std::move(sorted);
+    return Save(path, list);
+}
 
 bool INIParser::SetValue(std::string key, std::string value, std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::SetValue, std::move(key), std::move(value), std::move(section));
+    List<char> list;
+    return Load(path, list) && list.SetValue(key, value, section) && Save(path, list);
 }
 
 bool INIParser::SetValue(std::wstring key, std::wstring value, std::wstring section, std::wstring path)
 {
-    return Edit(path, &WINIDocument::SetValue, std::move(key), std::move(value), std::move(section));
+    List<wchar_t> list;
+    return Load(path, list) && list.SetValue(key, value, section) && Save(path, list);
 }
 
 bool INIParser::AddSection(std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::AddSection, std::move(section));
+    List<char> list;
+    if (!Load(path, list))
+        return false;
+    list.Records.push_back({{}, ' ', section, {}, {}});
+    return Save(path, list);
 }
 
 bool INIParser::DeleteRecord(std::string key, std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::DeleteRecord, std::move(key), std::move(section));
+    List<char> list;
+    return Load(path, list) && list.ChangeRecord(key, section, [&](auto at) { list.Records.erase(at); }) &&
+           Save(path, list);
 }
 
 bool INIParser::DeleteSection(std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::DeleteSection, std::move(section));
+    List<char> list;
+    if (!Load(path, list))
+        return false;
+    std::erase_if(list.Records, [&](const auto& record) { return record.Section == section; });
+    return Save(path, list);
 }
 
 bool INIParser::RenameSection(std::string oldName, std::string newName, std::string path)
 {
-    return Edit(path, &INIDocument::RenameSection, std::move(oldName), std::move(newName));
+    List<char> list;
+    return Load(path, list) && list.ChangeSection(oldName, [&](auto& record) { record.Section = newName; }) &&
+           Save(path, list);
 }
 
 bool INIParser::CommentRecord(CommentChar character, std::string key, std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::CommentRecord, character, std::move(key), std::move(section));
+    List<char> list;
+    const auto comment = [=](auto at) { at->Commented = static_cast<char>(character); };
+    return Load(path, list) && list.ChangeRecord(key, section, comment) && Save(path, list);
 }
 
 bool INIParser::CommentSection(char character, std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::CommentSection, character, std::move(section));
+    List<char> list;
+    const auto comment = [=](auto& record) { record.Commented = character; };
+    return Load(path, list) && list.ChangeSection(section, comment) && Save(path, list);
 }
 
 bool INIParser::UnCommentRecord(std::string key, std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::UnCommentRecord, std::move(key), std::move(section));
+    List<char> list;
+    const auto restore = [](auto at) { at->Commented = ' '; };
+    return Load(path, list) && list.ChangeRecord(key, section, restore) && Save(path, list);
 }
 
 bool INIParser::UnCommentSection(std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::UnCommentSection, std::move(section));
+    return CommentSection(' ', std::move(section), std::move(path));
 }
 
 bool INIParser::SetRecordComments(std::string comments, std::string key, std::string section,
                                   std::string path)
 {
-    return Edit(path, &INIDocument::SetRecordComments, std::move(comments), std::move(key),
-                std::move(section));
+    // The newline that is appended depends on the length of the text alone: a text that ends in one gets
+    // another, and a text of a single character gets none.
+    if (comments.size() >= 2)
+        comments += '\n';
+    List<char> list;
+    const auto replace = [&](auto at) { at->Comments = comments; };
+    return Load(path, list) && list.ChangeRecord(key, section, replace) && Save(path, list);
 }
 
 bool INIParser::SetSectionComments(std::string comments, std::string section, std::string path)
 {
-    return Edit(path, &INIDocument::SetSectionComments, std::move(comments), std::move(section));
+    return SetRecordComments(std::move(comments), {}, std::move(section), std::move(path));
 }

@@ -5,16 +5,13 @@
 /// Reading and editing INI files named by their path.
 
 #include "qmUtility/Export.h"
+#include "qmUtility/ini/INIRecord.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
-template <class Char>
-class BasicINIDocument;
-
-/// Reads and edits INI files named by their path. Every operation is a static member function. For several
-/// lookups or edits of one file use `BasicINIDocument`, which reads and writes it once.
+/// Reads and edits INI files named by their path. Every operation is a static member function. For an
+/// application's settings use `INIDocument`, which is read once, edited many times and saved safely.
 ///
 /// **Operations.** Each call reads the whole file once. One that edits changes the list of records in memory
 /// and writes the whole file back. Nothing is kept between calls.
@@ -46,8 +43,8 @@ class BasicINIDocument;
 /// then writes nothing, and true from `RecordExists` and `SectionExists`. Errors after the file is open for
 /// writing, such as a full disk, are not reported.
 ///
-/// @throws std::out_of_range ("invalid string position") from every operation that reads, when the file holds
-///   a header line without a "]" after its first character; the file is unchanged.
+/// @throws INIFormatError from every operation that reads, when the file holds a header line without a "]"
+///   after its first character; the file is unchanged.
 /// @throws std::bad_alloc when memory runs out; the file is unchanged.
 ///
 /// **Threads.** Any thread may call; there is no shared state. Nothing protects a file from two writers: the
@@ -55,49 +52,13 @@ class BasicINIDocument;
 class QMUTILITY_API INIParser
 {
 public:
-    /// One record of a file: a section header line, or a key line. It is a section record when `Key` is
-    /// empty.
-    template <class Char>
-    struct BasicRecord
-    {
-        /// The comment lines above the record, each with its "#" or ";" and followed by one "\n"; written
-        /// back verbatim.
-        std::basic_string<Char> Comments;
-        /// A space when the record is active, else the character that comments it out.
-        Char Commented = Char(' ');
-        /// The section's name; for a key record, the name of the section that it belongs to, empty above the
-        /// first header.
-        std::basic_string<Char> Section;
-        /// The text before the first "=", untrimmed; empty for a section record.
-        std::basic_string<Char> Key;
-        /// The text after the first "=", untrimmed; empty for a section record.
-        std::basic_string<Char> Value;
-    };
+    using Record = BasicINIRecord<char>;     ///< of the narrow form
+    using WRecord = BasicINIRecord<wchar_t>; ///< of the wide form
+    using CommentChar = INICommentChar;      ///< what `CommentRecord` takes
 
-    using Record = BasicRecord<char>;     ///< of the narrow form
-    using WRecord = BasicRecord<wchar_t>; ///< of the wide form
-
-    /// A record whose fields are views; see `BasicINIDocument`.
-    template <class Char>
-    struct BasicRecordView
-    {
-        std::basic_string_view<Char> Comments; ///< see `BasicRecord`
-        Char Commented = Char(' ');            ///< see `BasicRecord`
-        std::basic_string_view<Char> Section;  ///< see `BasicRecord`
-        std::basic_string_view<Char> Key;      ///< see `BasicRecord`
-        std::basic_string_view<Char> Value;    ///< see `BasicRecord`
-    };
-
-    /// The characters that comment out a record in a file; the values are the characters' codes.
-    enum CommentChar : int
-    {
-        Hash = '#',      ///< as in "#Width=800"
-        Semicolon = ';', ///< as in ";Width=800"
-    };
-
-    INIParser();                            ///< has no use: an instance has no state
-    INIParser(const INIParser&);            ///< does nothing
-    INIParser& operator=(const INIParser&); ///< does nothing
+    INIParser(); ///< Instances are stateless.
+    INIParser(const INIParser&);
+    INIParser& operator=(const INIParser&);
     virtual ~INIParser();
 
     /// @name Whole files
@@ -174,20 +135,20 @@ public:
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool DeleteRecord(std::string key, std::string section, std::string path);
 
-    /// Removes every record of the section with the comments above them. A section without records is no
-    /// failure.
+    /// Removes every record of the section with the comments above them. Returns true even if the section has
+    /// no records.
     static bool DeleteSection(std::string section, std::string path);
 
-    /// Gives every record of section `oldName` the section name `newName`, which may already exist. A section
-    /// without records is no failure.
+    /// Gives every record of section `oldName` the section name `newName`, which may already exist. Returns
+    /// true even if the section has no records.
     static bool RenameSection(std::string oldName, std::string newName, std::string path);
 
     /// Comments out the first record of this key and section, or changes the character that comments it out.
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool CommentRecord(CommentChar character, std::string key, std::string section, std::string path);
 
-    /// Comments out every record of the section, its headers included. A section without records is no
-    /// failure.
+    /// Comments out every record of the section, its headers included. Returns true even if the section has no
+    /// records.
     /// @param character stored as given: one that is neither "#" nor ";" comes back as part of the line.
     /// @param section its name.
     /// @param path of the file.
@@ -197,8 +158,8 @@ public:
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool UnCommentRecord(std::string key, std::string section, std::string path);
 
-    /// Makes every record of the section active, its headers included. A section without records is no
-    /// failure.
+    /// Makes every record of the section active, its headers included. Returns true even if the section has no
+    /// records.
     static bool UnCommentSection(std::string section, std::string path);
 
     /// Replaces the comments above the first record of this key and section.
@@ -218,14 +179,11 @@ public:
     /// @}
 
 private:
-    QMUTILITY_PRIVATE static bool Load(std::string path, BasicINIDocument<char>& document);
-    QMUTILITY_PRIVATE static bool Load(std::wstring path, BasicINIDocument<wchar_t>& document);
-    QMUTILITY_PRIVATE static bool Save(std::string path, const BasicINIDocument<char>& document);
-    QMUTILITY_PRIVATE static bool Save(std::wstring path, const BasicINIDocument<wchar_t>& document);
+    template <class Char>
+    struct QMUTILITY_PRIVATE List;
 
-    /// Loads the file, calls an operation of the document, and saves the document when that returned true.
-    template <class Char, class... Parameters, class... Arguments>
-    QMUTILITY_PRIVATE static bool Edit(const std::basic_string<Char>& path,
-                                       bool (BasicINIDocument<Char>::*operation)(Parameters...),
-                                       Arguments&&... arguments);
+    template <class Char>
+    QMUTILITY_PRIVATE static bool Load(std::basic_string<Char> path, List<Char>& list);
+    template <class Char>
+    QMUTILITY_PRIVATE static bool Save(std::basic_string<Char> path, const List<Char>& list);
 };

@@ -1,106 +1,204 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/ini/INIParser.h"
-#include "qmUtility/ini/ScanFile.h"
+#include "qmUtility/ini/Records.h"
+#include "qmUtility/ini/TextFile.h"
+#include "qmUtility/platform/File.h"
 
-#include <optional>
+#include <algorithm>
+#include <cstddef>
+#include <locale>
+#include <system_error>
+#include <type_traits>
+#include <utility>
 
-using ini::IsRecord;
-using ini::IsSection;
-using ini::String;
+// Only the answer is copied. In the wide form, where each byte is the `wchar_t` of the same value, bytes are
+// scanned and only the answer is converted.
 
 namespace {
 
-/// Calls `visit` with the first record of the file that matches. The rest of the file is scanned all the
-/// same, so that a malformed header is reported whatever is asked.
-/// @return whether there is such a record; nothing when the file cannot be read
-template <class Char, class Matches, class Visitor>
-std::optional<bool> VisitFirst(const String<Char>& path, Matches matches, Visitor visit)
+template <class Char>
+using String = std::basic_string<Char>;
+
+template <class Char>
+using View = std::basic_string_view<Char>;
+
+/// @return the `wchar_t` of a byte; any other character unchanged.
+template <class Char, class From>
+Char Widen(From c)
+{
+    return static_cast<Char>(static_cast<std::make_unsigned_t<From>>(c));
+}
+
+template <class Char, class From>
+String<Char> Copy(View<From> text)
+{
+    String<Char> copy(text.size(), Char());
+    std::transform(text.begin(), text.end(), copy.begin(), Widen<Char, From>);
+    return copy;
+}
+
+template <class Char, class From>
+BasicINIRecord<Char> Copy(const ini::RecordView<From>& record)
+{
+    String<Char> comments = Copy<Char>(record.Comments);
+    comments.resize(ini::TidyComments<Char>(comments.data(), comments).size());
+    return {std::move(comments), Widen<Char>(record.Commented), Copy<Char>(record.Section),
+            Copy<Char>(record.Key), Copy<Char>(record.Value)};
+}
+
+template <class Char, class From>
+bool Equal(View<Char> name, View<From> field)
+{
+    if constexpr (std::is_same_v<Char, From>)
+        return name == field;
+    else
+        return std::equal(name.begin(), name.end(), field.begin(), field.end(),
+                          [](Char a, From b) { return a == Widen<Char>(b); });
+}
+
+/// Calls `visit` with the records of a section that has a name, without the comments above its headers. Passes
+/// over the text between the headers of other sections.
+/// @throws INIFormatError for a malformed header in any section
+template <class Char, class From, class Visitor>
+void ScanSection(View<From> text, View<Char> section, Visitor& visit)
+{
+    constexpr std::size_t none = View<From>::npos;
+    bool isInSection = false;
+    std::size_t begin = 0; // of the last header line
+    for (std::size_t next = 0;;) {
+        const std::size_t bracket = text.find('[', next);
+        const std::size_t end = bracket != none ? text.find('\n', bracket) : none;
+        const std::size_t line = end != none ? text.rfind('\n', bracket) + 1 : text.size(); // `none` + 1 is 0
+        if (isInSection)
+            ini::Scan(text.substr(begin, line - begin), visit);
+        if (end == none)
+            return;
+        next = end + 1;
+        ini::ScanLines<INISyntax::Parser>(text.substr(line, next - line), [&](const ini::Line<From>& header) {
+            if (header.Kind == ini::LineKind::MalformedHeader)
+                ini::ThrowMalformed(text, header.Raw.data());
+            isInSection = Equal(section, header.Section);
+        });
+        begin = line;
+    }
+}
+
+/// Calls `visit` with records of a file: at least with those of a section, or with all of them for an empty
+/// name. Only the latter have the comments above a header.
+/// @return false, with nothing called, when the file cannot be opened, read to its end, or decoded
+/// @throws INIFormatError for a malformed header, whatever the section
+template <class Char, class Visitor>
+bool ScanFile(const String<Char>& path, View<Char> section, Visitor visit)
+{
+    const auto scan = [&](auto text) {
+        if (section.empty())
+            ini::Scan(text, visit);
+        else
+            ScanSection(text, section, visit);
+        return true;
+    };
+    std::error_code error;
+    auto bytes = platform::File::Read(platform::SystemPath(path), error);
+    if (!bytes)
+        return false;
+    const ini::Encoding<Char> encoding{std::locale()};
+    if (encoding.BytesAreCharacters())
+        return scan(View<char>(*bytes));
+    const auto text = encoding.Decode(std::move(*bytes));
+    return text && scan(View<Char>(*text));
+}
+
+/// Calls `visit` with the first record of a key and section.
+/// @return whether there is one. A file that cannot be read is said to hold whatever is asked for; callers rely
+///   on it.
+template <class Char, class Visitor>
+bool VisitFirst(View<Char> key, View<Char> section, const String<Char>& path, Visitor visit)
 {
     bool isFound = false;
-    // A copy of `matches` in the callback stays in registers.
-    const bool isRead = ini::ScanFile(path, [&, matches](const auto& record) mutable {
-        if (!isFound && matches(record)) {
+    // An empty key names a header, which comes with its comments.
+    const bool isRead = ScanFile(path, key.empty() ? key : section, [&](const auto& record) {
+        if (!isFound && Equal(key, record.Key) && Equal(section, record.Section)) {
             isFound = true;
             visit(record);
         }
     });
-    return isRead ? std::optional(isFound) : std::nullopt;
+    return isFound || !isRead;
 }
 
 template <class Char>
-auto CopyRecord(const String<Char>& key, const String<Char>& section, const String<Char>& path)
+auto CopyRecord(View<Char> key, View<Char> section, const String<Char>& path)
 {
-    std::vector<INIParser::BasicRecord<Char>> found;
-    VisitFirst(path, IsRecord<Char>(key, section),
-               [&](const auto& record) { found.push_back(ini::ToRecord<Char>(record)); });
+    std::vector<BasicINIRecord<Char>> found;
+    VisitFirst(key, section, path, [&](const auto& record) { found.push_back(Copy<Char>(record)); });
     return found;
 }
 
 template <class Char>
-String<Char> CopyValue(const String<Char>& key, const String<Char>& section, const String<Char>& path)
+String<Char> CopyValue(View<Char> key, View<Char> section, const String<Char>& path)
 {
     String<Char> value;
-    VisitFirst(path, IsRecord<Char>(key, section),
-               [&](const auto& record) { value = ini::Copy<Char>(record.Value); });
+    VisitFirst(key, section, path, [&](const auto& record) { value = Copy<Char>(record.Value); });
     return value;
 }
 
-/// A file that cannot be read is said to hold whatever is asked for; callers rely on it.
-template <class Char, class Matches>
-bool Exists(const String<Char>& path, Matches matches)
+template <class Char>
+bool HasSection(View<Char> section, const String<Char>& path) // or cannot be read
 {
-    return VisitFirst(path, matches, [](const auto&) {}).value_or(true);
+    bool isFound = false;
+    const bool isRead =
+        ScanFile(path, section, [&](const auto& record) { isFound |= Equal(section, record.Section); });
+    return isFound || !isRead;
 }
 
 } // namespace
 
 std::vector<INIParser::Record> INIParser::GetRecord(std::string key, std::string section, std::string path)
 {
-    return CopyRecord(key, section, path);
+    return CopyRecord<char>(key, section, path);
 }
 
 std::vector<INIParser::WRecord> INIParser::GetRecord(std::wstring key, std::wstring section,
                                                      std::wstring path)
 {
-    return CopyRecord(key, section, path);
+    return CopyRecord<wchar_t>(key, section, path);
 }
 
 std::string INIParser::GetValue(std::string key, std::string section, std::string path)
 {
-    return CopyValue(key, section, path);
+    return CopyValue<char>(key, section, path);
 }
 
 std::wstring INIParser::GetValue(std::wstring key, std::wstring section, std::wstring path)
 {
-    return CopyValue(key, section, path);
+    return CopyValue<wchar_t>(key, section, path);
 }
 
 bool INIParser::RecordExists(std::string key, std::string section, std::string path)
 {
-    return Exists(path, IsRecord<char>(key, section));
+    return VisitFirst<char>(key, section, path, [](const auto&) {});
 }
 
 bool INIParser::RecordExists(std::wstring key, std::wstring section, std::wstring path)
 {
-    return Exists(path, IsRecord<wchar_t>(key, section));
+    return VisitFirst<wchar_t>(key, section, path, [](const auto&) {});
 }
 
 bool INIParser::SectionExists(std::string section, std::string path)
 {
-    return Exists(path, IsSection<char>(section));
+    return HasSection<char>(section, path);
 }
 
 bool INIParser::SectionExists(std::wstring section, std::wstring path)
 {
-    return Exists(path, IsSection<wchar_t>(section));
+    return HasSection<wchar_t>(section, path);
 }
 
 std::vector<INIParser::Record> INIParser::GetSection(std::string section, std::string path)
 {
     std::vector<Record> keys;
-    ini::ScanFile(path, [&, isSection = IsSection<char>(section)](const auto& record) mutable {
-        if (!record.Key.empty() && isSection(record))
-            keys.push_back(ini::ToRecord<char>(record));
+    ScanFile<char>(path, section, [&](const auto& record) {
+        if (!record.Key.empty() && record.Section == section)
+            keys.push_back(Copy<char>(record));
     });
     return keys;
 }
@@ -108,7 +206,7 @@ std::vector<INIParser::Record> INIParser::GetSection(std::string section, std::s
 std::vector<std::string> INIParser::GetSectionNames(std::string path)
 {
     std::vector<std::string> names;
-    ini::ScanFile(path, [&](const auto& record) {
+    ScanFile<char>(path, {}, [&](const auto& record) {
         if (record.Key.empty())
             names.emplace_back(record.Section);
     });

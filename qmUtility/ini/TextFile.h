@@ -26,6 +26,8 @@ class Encoding<char>
 public:
     explicit Encoding(const std::locale& /*locale*/) {}
 
+    static bool BytesAreCharacters() { return true; }
+
     static std::optional<platform::Buffer<char>> Decode(platform::Buffer<char> bytes) { return bytes; }
 
     char* Encode(std::string_view& text, char* to, char* end)

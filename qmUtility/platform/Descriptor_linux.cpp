@@ -18,27 +18,28 @@ class StandardStreamsTaken
 public:
     StandardStreamsTaken()
     {
-        const std::lock_guard lock(mutex);
-        ++users;
+        const std::lock_guard lock(m_mutex);
+        ++m_users;
         for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
             if (fcntl(stream, F_GETFD) == -1)
-                placeholders.at(static_cast<std::size_t>(stream)) = open("/", O_PATH | O_CLOEXEC);
+                m_placeholders.at(static_cast<std::size_t>(stream)) = open("/", O_PATH | O_CLOEXEC);
     }
     ~StandardStreamsTaken()
     {
-        const std::lock_guard lock(mutex);
-        if (--users == 0)
-            for (int& placeholder : placeholders)
+        const int error = errno;
+        const std::lock_guard lock(m_mutex);
+        if (--m_users == 0)
+            for (int& placeholder : m_placeholders)
                 if (placeholder != -1)
                     close(std::exchange(placeholder, -1));
+        errno = error;
     }
     StandardStreamsTaken(const StandardStreamsTaken&) = delete;
 
 private:
-    static inline std::mutex mutex;
-    static inline int users =
-        0; ///< a thread's placeholders must last until the others have opened their files
-    static inline std::array<int, 3> placeholders{-1, -1, -1};
+    static inline std::mutex m_mutex;
+    static inline int m_users = 0; ///< the placeholders stay until every thread has opened its file
+    static inline std::array<int, 3> m_placeholders{-1, -1, -1};
 };
 
 } // namespace

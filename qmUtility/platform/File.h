@@ -25,11 +25,18 @@ inline constexpr std::string_view Newline = "\r\n";
 inline constexpr std::string_view Newline = "\n";
 #endif
 
+/// Tells the system that all of a block of new memory will be written. A large one then comes in large pages where the
+/// system has them: else its pages take longer than what is written.
+void ExpectUse(void* memory, std::size_t size);
+
 /// Characters in memory that are not initialised before they are filled.
 template <class Char>
 struct Buffer
 {
-    explicit Buffer(std::size_t capacity) : Data(std::make_unique_for_overwrite<Char[]>(capacity)) {}
+    explicit Buffer(std::size_t capacity) : Data(std::make_unique_for_overwrite<Char[]>(capacity))
+    {
+        ExpectUse(Data.get(), capacity * sizeof(Char));
+    }
 
     operator std::basic_string_view<Char>() const { return {Data.get(), Size}; }
 

@@ -3,6 +3,7 @@
 #include "qmUtility/platform/File.h"
 
 #include <linux/magic.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <sys/xattr.h>
@@ -157,7 +158,7 @@ bool Find(std::string path, Place& place)
             return errno == EINVAL || errno == ENOENT; // no link, or no file
         struct statfs system;
         if (fstatfs(place.Folder, &system) == 0 && system.f_type == PROC_SUPER_MAGIC)
-            return true; // the links to open files in /proc only look as if they had a target
+            return true; // a link to an open file only looks as if it had a target
         path.assign(target, static_cast<std::size_t>(size));
     }
     errno = ELOOP;
@@ -284,38 +285,48 @@ bool ReplaceAt(const Place& place, int old, const struct stat& status, std::stri
 /// @return whether an error says that something may not be done, as opposed to one that says that it went wrong.
 bool IsRefusal(int error)
 {
-    for (const int refusal : {EACCES, EPERM, EROFS, EBUSY, EXDEV, EINVAL, EOPNOTSUPP})
-        if (error == refusal)
-            return true;
-    return false;
+    constexpr int refusals[] = {EACCES, EPERM, EROFS, EBUSY, EXDEV, EINVAL, EOPNOTSUPP};
+    return std::ranges::count(refusals, error) != 0;
 }
 
 bool ReplaceContent(const SystemPath& path, std::string_view bytes)
 {
     // What may not be written in place may not be replaced.
     const Descriptor old(OpenDescriptor(path.Get(), O_WRONLY));
+    if (old < 0 && errno != ENOENT)
+        return false;
     struct stat status = {};
-    if (old < 0 ? errno != ENOENT : fstat(old, &status) != 0)
+    if (old >= 0 && fstat(old, &status) != 0)
         return false;
     if (old >= 0 && !S_ISREG(status.st_mode))
         return WriteAll(old, bytes);
-
     Place place;
     if (!Find(path.Get(), place))
         return false;
     if (old < 0)
         return ReplaceAt(place, old, status, bytes);
 
-    // A link to an open file in /proc has another place, and the file may have been replaced since it was opened.
-    struct stat there;
-    const bool isThere = fstatat(place.Folder, place.Name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
-                         there.st_dev == status.st_dev && there.st_ino == status.st_ino;
-    const bool isAlone = isThere && status.st_nlink == 1;
-    return (isAlone && ReplaceAt(place, old, status, bytes)) ||
-           ((!isAlone || IsRefusal(errno)) && Overwrite(path, old, bytes));
+    // The name may be a link to an open file in /proc, or by now that of another file.
+    struct stat named;
+    const bool canMove = status.st_nlink == 1 &&
+                         fstatat(place.Folder, place.Name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+                         named.st_dev == status.st_dev && named.st_ino == status.st_ino;
+    return (canMove && ReplaceAt(place, old, status, bytes)) ||
+           ((!canMove || IsRefusal(errno)) && Overwrite(path, old, bytes));
 }
 
 } // namespace
+
+void ExpectUse(void* memory, std::size_t size)
+{
+    constexpr std::uintptr_t largePage = std::uintptr_t{1}
+                                         << 21; // of the processors in use; a wrong guess is harmless
+    const auto address = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t begin = (address + largePage - 1) & ~(largePage - 1);
+    const std::uintptr_t end = (address + size) & ~(largePage - 1);
+    if (begin < end)
+        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
 
 std::optional<Buffer<char>> File::Read(const SystemPath& path, std::error_code& error)
 {

@@ -188,7 +188,7 @@ public:
     explicit operator bool() const { return bool(m_file); }
     operator HANDLE() const { return m_file; }
 
-    /// Moves the file to where there is none.
+    /// Takes the place of no file.
     bool Move()
     {
         m_isThere = !m_file.Close() || ::MoveFileExW(m_name.c_str(), m_target.c_str(),
@@ -196,7 +196,8 @@ public:
         return !m_isThere;
     }
 
-    /// Replaces the other file, and keeps what the file system stores about it.
+    /// Takes the place of the other file, and of what the file system stores about it. For an instant the path names
+    /// neither.
     bool Replace()
     {
         m_isThere = !m_file.Close() ||
@@ -219,57 +220,61 @@ private:
     bool m_isThere = false;
 };
 
-/// Replaces a file in its place.
-bool ReplaceAt(HANDLE old, DWORD attributes, std::string_view bytes)
+/// Replaces a file in its place, or creates one.
+/// @param old the file that is replaced, if any.
+bool ReplaceAt(const std::wstring& target, const Handle& old, DWORD attributes, std::string_view bytes)
 {
-    const std::wstring target =
-        GetPath([=](wchar_t* path, DWORD size) { return ::GetFinalPathNameByHandleW(old, path, size, 0); });
-    std::vector<char> security = SecurityOf(old);
-    if (target.empty() || security.empty())
+    std::vector<char> security = old ? SecurityOf(old) : std::vector<char>();
+    if (target.empty() || (old && security.empty()))
         return false;
     constexpr DWORD kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ENCRYPTED |
                            FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-    Temporary file(target, security.data(), attributes & kept);
-    return file && WriteAll(file, bytes) && Synchronise(file) && file.Replace();
+    Temporary file(target, old ? security.data() : nullptr, attributes & kept);
+    return file && WriteAll(file, bytes) && Synchronise(file) && (old ? file.Replace() : file.Move());
 }
 
 /// @return whether an error says that something may not be done, as opposed to one that says that it went wrong.
 bool IsRefusal(DWORD error)
 {
-    for (const DWORD refusal : {ERROR_INVALID_FUNCTION, ERROR_ACCESS_DENIED, ERROR_SHARING_VIOLATION,
-                                ERROR_NOT_SUPPORTED, ERROR_INVALID_PARAMETER, ERROR_UNABLE_TO_REMOVE_REPLACED,
-                                ERROR_INVALID_OWNER, ERROR_PRIVILEGE_NOT_HELD})
-        if (error == refusal)
-            return true;
-    return false;
+    constexpr DWORD refusals[] = {ERROR_INVALID_FUNCTION,  ERROR_ACCESS_DENIED,
+                                  ERROR_SHARING_VIOLATION, ERROR_NOT_SUPPORTED,
+                                  ERROR_INVALID_PARAMETER, ERROR_UNABLE_TO_REMOVE_REPLACED,
+                                  ERROR_INVALID_OWNER,     ERROR_PRIVILEGE_NOT_HELD};
+    return std::ranges::count(refusals, error) != 0;
 }
 
 bool ReplaceContent(const SystemPath& path, std::string_view bytes)
 {
     // What may not be written in place may not be replaced.
     const Handle old(Open(path, GENERIC_WRITE, OPEN_EXISTING));
-    if (!old) {
-        // A link without a target is not replaced.
-        if (::GetLastError() != ERROR_FILE_NOT_FOUND ||
-            ::GetFileAttributesW(path.Get()) != INVALID_FILE_ATTRIBUTES)
-            return false;
-        const std::wstring target = GetPath(
-            [&](wchar_t* full, DWORD size) { return ::GetFullPathNameW(path.Get(), size, full, nullptr); });
-        Temporary file(target, nullptr, FILE_ATTRIBUTE_NORMAL);
-        return file && WriteAll(file, bytes) && Synchronise(file) && file.Move();
+    const DWORD error = ::GetLastError();
+    const DWORD attributes = ::GetFileAttributesW(path.Get());
+    const bool isFound = attributes != INVALID_FILE_ATTRIBUTES;
+    if (!old && (error != ERROR_FILE_NOT_FOUND || isFound)) { // a link without a target is not replaced
+        ::SetLastError(error);
+        return false;
     }
-    if (::GetFileType(old) != FILE_TYPE_DISK)
+    if (old && ::GetFileType(old) != FILE_TYPE_DISK)
         return WriteAll(old, bytes);
 
+    const bool isLink = isFound && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    const std::wstring target = GetPath([&](wchar_t* full, DWORD size) {
+        return isLink ? ::GetFinalPathNameByHandleW(old, full, size, 0)
+                      : ::GetFullPathNameW(path.Get(), size, full, nullptr);
+    });
+    if (!old)
+        return ReplaceAt(target, old, 0, bytes);
     BY_HANDLE_FILE_INFORMATION information;
     if (::GetFileInformationByHandle(old, &information) == 0)
         return false;
     const bool isAlone = information.nNumberOfLinks == 1;
-    return (isAlone && ReplaceAt(old, information.dwFileAttributes, bytes)) ||
+    return (isAlone && ReplaceAt(target, old, information.dwFileAttributes, bytes)) ||
            ((!isAlone || IsRefusal(::GetLastError())) && Overwrite(path, old, bytes));
 }
 
 } // namespace
+
+void ExpectUse(void* /*memory*/, std::size_t /*size*/) {} // large pages need a privilege
 
 std::optional<Buffer<char>> File::Read(const SystemPath& path, std::error_code& error)
 {

@@ -29,4 +29,8 @@ enum class Stream
 /// @throws std::bad_alloc
 void Write(Stream stream, std::wstring_view text);
 
+/// Makes standard input and output of the C++ library pass bytes unchanged, as they do on Linux. On Windows they
+/// convert newlines otherwise.
+void UseBinaryStreams();
+
 } // namespace platform

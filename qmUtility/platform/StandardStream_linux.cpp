@@ -46,3 +46,5 @@ void platform::Write(Stream stream, std::wstring_view text)
     pthread_sigmask(SIG_SETMASK, &mask, nullptr);
     errno = before;
 }
+
+void platform::UseBinaryStreams() {}

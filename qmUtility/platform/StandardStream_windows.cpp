@@ -3,6 +3,7 @@
 #include "qmUtility/platform/StandardStream.h"
 #include "qmUtility/platform/Utf8.h"
 
+#include <fcntl.h>
 #include <io.h>
 
 #include <string>
@@ -25,4 +26,10 @@ void platform::Write(Stream stream, std::wstring_view text)
         bytes += c;
     }
     ::WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &ignored, nullptr);
+}
+
+void platform::UseBinaryStreams()
+{
+    for (const int stream : {0, static_cast<int>(Stream::Output)})
+        ::_setmode(stream, _O_BINARY);
 }

@@ -37,7 +37,7 @@ public:
 private:
     SystemPath(std::wstring_view path, wchar_t separator);
 
-    static constexpr std::size_t Capacity = 32 * 1024; ///< more than the longest path of any system
+    static constexpr std::size_t Capacity = 32'768; ///< more than the longest path of any system
     Char m_converted[Capacity];
     const Char* m_path; ///< the caller's text or `m_converted`
 };

@@ -22,7 +22,7 @@ SystemPath::SystemPath(std::wstring_view path, wchar_t separator) : m_path(m_con
     const auto withSlash = [=](wchar_t c) { return c == separator ? L'/' : c; };
     const auto joined = std::accumulate(path.begin(), path.end(), char32_t{}, std::bit_or<char32_t>());
     char* to = m_converted;
-    if (path.find(L'\0') == path.npos) {
+    if (path.find(L'\0') == std::wstring_view::npos) {
         if (joined < 0x80)
             to = std::transform(path.begin(), path.end(), to,
                                 [&](wchar_t c) { return static_cast<char>(withSlash(c)); });

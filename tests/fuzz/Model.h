@@ -5,11 +5,12 @@
 /// The expected behaviour, written for clarity rather than speed. The fuzzers compare the library with it; the
 /// two share only the record.
 
-#include "qmUtility/ini/INIDocument.h"
+#include "qmUtility/ini/INIRecord.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -23,9 +24,18 @@ inline void Require(bool holds, const char* what)
     std::abort();
 }
 
+inline bool operator==(const BasicINIRecord<char>& a, const BasicINIRecord<char>& b)
+{
+    return a.Comments == b.Comments && a.Commented == b.Commented && a.Section == b.Section &&
+           a.Key == b.Key && a.Value == b.Value;
+}
+
 namespace model {
 
-using Record = INIParser::Record;
+struct Record : BasicINIRecord<char>
+{
+    bool IsHeader = false; ///< whether its line begins a section
+};
 using Records = std::vector<Record>;
 
 inline bool Has(const std::string& text, char c) { return text.find(c) != std::string::npos; }
@@ -36,6 +46,7 @@ inline std::string Trim(const std::string& text)
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\n\r") - first + 1);
 }
 
+/// Reads as `INIParser` does.
 /// @throws std::out_of_range for a header without a "]"
 inline Records Load(const std::string& text)
 {
@@ -62,6 +73,7 @@ inline Records Load(const std::string& text)
                 throw std::out_of_range("invalid string position");
             line.erase(line.find(']'));
             section = line;
+            record.IsHeader = true;
             record.Section = section;
             record.Comments = pending;
             pending.clear();
@@ -79,6 +91,62 @@ inline Records Load(const std::string& text)
     return records;
 }
 
+constexpr auto ByteOrderMark = "\xEF\xBB\xBF";
+
+/// What a line of the common syntax says, if it is not commented out.
+/// @return a header, a key, or a record without names for any other line.
+inline Record Meaning(const std::string& line)
+{
+    Record record;
+    if (line[0] == '[' && Has(line, ']'))
+        record.Section = Trim(line.substr(1, line.find(']') - 1));
+    record.IsHeader = !record.Section.empty();
+    if (!record.IsHeader && Has(line, '=')) {
+        record.Key = Trim(line.substr(0, line.find('=')));
+        record.Value = record.Key.empty() ? "" : Trim(line.substr(line.find('=') + 1));
+    }
+    return record;
+}
+
+/// Reads as most programs do.
+inline Records LoadCommon(const std::string& text)
+{
+    Records records;
+    std::string active; // the section of active keys
+    std::string any;    // the section of commented-out ones
+    std::string pending;
+    std::istringstream lines(text.substr(text.starts_with(ByteOrderMark) ? 3 : 0));
+    for (std::string line; std::getline(lines, line);) {
+        line = Trim(line);
+        const bool isMarked = line.starts_with('#') || line.starts_with(';');
+        const std::string rest = isMarked ? Trim(line.substr(1)) : line;
+        Record record = rest.empty() ? Record() : Meaning(rest);
+        const std::string name = record.Section + record.Key;
+        if (isMarked) {
+            const bool isDirect = rest.size() + 1 == line.size();
+            const bool isPlain = record.IsHeader ? rest.find(']') + 1 == rest.size()
+                                                 : name.find_first_of(" \t\r") == std::string::npos;
+            if (name.empty() || name[0] == '#' || name[0] == ';' || (!isDirect && !isPlain)) {
+                pending += line + '\n';
+                continue;
+            }
+            record.Commented = line[0];
+        }
+        if (!name.empty()) {
+            if (record.IsHeader)
+                any = name;
+            if (record.IsHeader && !isMarked)
+                active = name;
+            if (!record.IsHeader)
+                record.Section = isMarked ? any : active;
+            record.Comments = pending;
+            records.push_back(record);
+        }
+        pending.clear();
+    }
+    return records;
+}
+
 /// The text of the records, with what stands before an active line.
 inline std::string Text(const Records& records, const std::string& active)
 {
@@ -91,14 +159,6 @@ inline std::string Text(const Records& records, const std::string& active)
 
 inline std::string Save(const Records& records) { return Text(records, " "); }
 inline std::string Content(const Records& records) { return Text(records, ""); }
-
-inline bool Equal(const Records& a, const Records& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const Record& x, const Record& y) {
-        return x.Comments == y.Comments && x.Commented == y.Commented && x.Section == y.Section &&
-               x.Key == y.Key && x.Value == y.Value;
-    });
-}
 
 inline auto Find(Records& records, const std::string& key, const std::string& section)
 {
@@ -115,9 +175,9 @@ inline auto Find(Records& records, const std::string& section)
 inline void SetValue(Records& records, const std::string& key, const std::string& value,
                      const std::string& section)
 {
-    const Record added = {{}, ' ', section, key, value};
+    const Record added = {{{}, ' ', section, key, value}};
     if (Find(records, section) == records.end()) {
-        records.push_back({{}, ' ', section, {}, {}});
+        records.push_back({{{}, ' ', section, {}, {}}});
         records.push_back(added);
     } else if (Find(records, key, section) == records.end())
         records.insert(Find(records, section) + 1, added);

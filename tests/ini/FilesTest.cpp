@@ -93,27 +93,6 @@ TEST_F(Files, AGlobalLocaleConvertsTheWideForm)
     }
 }
 
-/// Fails to read.
-struct Failing : std::codecvt<char, char, std::mbstate_t>
-{
-    result do_in(std::mbstate_t& /*state*/, const char* /*from*/, const char* /*end*/, const char*& /*read*/,
-                 char* /*to*/, char* /*toEnd*/, char*& /*written*/) const override
-    {
-        return error;
-    }
-    bool do_always_noconv() const noexcept override { return false; }
-};
-
-TEST_F(Files, TheNarrowFormKeepsBytesWhateverTheLocale)
-{
-    const std::string path = Write("[S]\nk=\xE4\n");
-    ConvertBy(new Failing);
-    EXPECT_EQ(INIParser::GetValue("k", "S", path), "\xE4");
-    EXPECT_TRUE(INIParser::SetValue("l", "1", "S", path));
-    std::locale::global(std::locale::classic());
-    EXPECT_EQ(Read(path), " [S]\n l=1\n k=\xE4\n");
-}
-
 TEST_F(Files, WidePathsAreUnicodeWhateverTheLocale)
 {
     const auto utf8 = std::filesystem::u8path("Gr\u00F6\u00DFe \u20AC \U0001F600.ini");
@@ -137,6 +116,21 @@ TEST_F(Files, ARewriteKeepsTheFileAndItsLinks)
     EXPECT_TRUE(std::filesystem::is_symlink(Path("link.ini")));
     EXPECT_EQ(Read(path) + Read(Path("same.ini")), " [S]\n k=2\n [S]\n k=2\n");
     EXPECT_TRUE(INIParser::Create(path) && std::filesystem::is_empty(path));
+}
+
+TEST_F(Files, ACharacterThatANulOrTheEndCutsShortIsUndecodable)
+{
+    using namespace std::string_literals;
+    std::locale::global(std::locale("C.UTF-8"));
+    const std::wstring wide = WidePath("test.ini");
+    for (const std::string& text : {"[S]\nx=1\nk=\xE2\x82\0\xAC\n"s, "[S]\nx=1\n\xE2\x82"s}) {
+        const std::string path = Write(text);
+        EXPECT_EQ(INIParser::GetValue(L"x", L"S", wide), L"");
+        EXPECT_FALSE(INIParser::SetValue(L"x", L"2", L"S", wide));
+        EXPECT_EQ(Read(path), text);
+    }
+    Write("[S]\nk=\0\xE2\x82\xAC\n"s);
+    EXPECT_EQ(INIParser::GetValue(L"k", L"S", wide), L"\0\u20AC"s);
 }
 
 TEST_F(Files, FilesWithoutASizeLoadWhole)

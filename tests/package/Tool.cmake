@@ -11,15 +11,23 @@ set(ENV{PATH} "${ROOT}/bin:$ENV{PATH}")
 expect("^qmini [0-9.]+[-a-z]*\n$" qmini --version)
 find_program(BASH bash)
 if(BASH)
+  # complete <line> <its words as bash splits them>
   set(complete "source '${ROOT}/share/bash-completion/completions/qmini'
-    complete() { COMP_WORDS=(\"$@\") && COMP_CWORD=$(($# - 1)) && _qmini && echo \"\${COMPREPLY[*]}\" || true
-    }\n")
-  expect("^sections show set sort\n$" "${BASH}" -c "${complete} complete qmini s")
-  expect("^--activate\n$" "${BASH}" -c "${complete} complete qmini set --a")
-  expect("^Old. one\n$" "${BASH}" -c "${complete} complete qmini keys <(echo '[Old one]') O")
+    complete() {
+      COMP_LINE=\$1 COMP_POINT=\${#1} COMP_WORDS=(\"\${@:2}\") COMP_CWORD=$(($# - 2))
+      _qmini && echo \"\${COMPREPLY[*]}\" || true
+    }
+    file=$(mktemp) && trap 'rm \"$file\"' EXIT && printf '[Old one]\\na:b=\\na:c=\\n' >\"$file\"\n")
+  expect("^sections set sort\n$" "${BASH}" -c "${complete} complete 'qmini s' qmini s")
+  expect("^--dry-run\n$" "${BASH}" -c "${complete} complete 'qmini set --d' qmini set --d")
+  expect("^Old. one\n$" "${BASH}" -c "${complete} complete \"qmini keys $file O\" qmini keys \"$file\" O")
+  expect("^Old one\n$" "${BASH}" -c "${complete} complete \"qmini keys $file 'O\" qmini keys \"$file\" \"'O\"")
+  expect("^b c\n$" "${BASH}" -c
+    "${complete} complete \"qmini get $file 'Old one' a:\" qmini get \"$file\" \"'Old one'\" a :")
+  expect("^.# .;\n$" "${BASH}" -c "${complete} complete 'qmini comment f S --with ' qmini comment f S --with ''")
 endif()
 find_program(MAN man)
 if(MAN)
-  expect("edit FILE" "${MAN}" -l "${ROOT}/share/man/man1/qmini.1.gz")
+  expect("edit FILE.*COMMON OPTIONS" "${MAN}" -l "${ROOT}/share/man/man1/qmini.1.gz")
   expect("^$" sh -c "exec man --warnings -l \"$0\" 2>&1 >/dev/null" "${ROOT}/share/man/man1/qmini.1.gz")
 endif()

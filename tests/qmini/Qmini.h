@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "qmini/Command.h"
+#include "qmini/Qmini.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <sstream>
@@ -15,7 +15,8 @@ protected:
 
     /// @param call its words, each followed by a bar, which is optional after a last word that is not empty;
     ///   then, after a "<", the standard input
-    int Run(const std::string& call)
+    /// @return the exit code, and what was printed on standard output and standard error
+    static std::pair<int, std::string> Run(const std::string& call)
     {
         std::istringstream in(call);
         std::string line;
@@ -26,9 +27,6 @@ protected:
             arguments.push_back(word);
         std::ostringstream out;
         const int code = qmini::Run(arguments, {in, out, out});
-        m_said = out.str();
-        return code;
+        return {code, out.str()};
     }
-
-    std::string m_said;
 };

@@ -1,175 +1,135 @@
 // SPDX-License-Identifier: MIT
-#include "qmini/Check.h"
+/// @file
+/// What there is to say about texts: remarks on lines, and differences.
 
-#include "qmUtility/ini/Grammar.h"
+#include "qmini/Qmini.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <map>
-#include <optional>
-#include <utility>
 
 namespace qmini {
 
+using ini::LineKind;
+
 namespace {
 
-using ini::LineKind;
-using ini::Trimmed;
-using Line = ini::Line<char>;
-
-/// Reads a file's lines one after another and collects what there is to say about them.
-class Checker
+/// @return what is unusual about a line in itself; empty when there is nothing
+std::string Remark(const NumberedLine& line)
 {
-public:
-    Checker(Kind least, std::vector<Finding>& findings) : m_least(least), m_findings(findings) {}
+    const std::size_t close = line.Text.find(']');
+    if (line.Continues == NumberedLine::AfterBackslash)
+        return "continuation line: the line above ends in a backslash";
+    if (line.Continues == NumberedLine::Indented)
+        return "continuation line: it is indented deeper than the key above";
+    if (line.Text.starts_with('[') && close == line.Text.npos)
+        return "header without \"]\"";
+    if (line.Kind == LineKind::Other)
+        return "neither a header nor a key nor a comment";
+    if (line.Kind == LineKind::Header && close + 1 != line.Text.size())
+        return "text after \"]\": " + Quoted(ini::Trimmed(line.Text.substr(close + 1)));
+    return {};
+}
 
-    void Read(const Line& line)
-    {
-        ++m_number;
-        switch (line.Kind) {
-        case LineKind::Blank:
-            return;
-        case LineKind::Comment:
-            if (!m_comments)
-                m_comments = m_number;
-            return;
-        case LineKind::MalformedHeader:
-            Add(Kind::Malformed, {"header without \"]\": no operation can read the file"});
-            return;
-        case LineKind::Other:
-            Add(Kind::Loss, {m_comments ? "neither a header nor a key: dropped by an edit"
-                                        : "neither a header nor a key: an edit turns it into the header "
-                                          "\"[]\", which takes the keys below"});
-            return;
-        case LineKind::Header:
-            m_section = line.Section;
-            AddHeader(line);
-            AddDuplicate(line.HasKey ? line.Key : std::string_view());
-            break;
-        case LineKind::Key:
-            AddKey(line);
-            break;
-        }
-        AddContinuation(line);
-        m_comments.reset();
-    }
+/// @return what `INIParser` reads in place of a line; empty when it reads the same
+std::string Difference(const NumberedLine& line, const NumberedLine& parsed)
+{
+    if (parsed.Kind == LineKind::MalformedHeader)
+        return "INIParser cannot read the file: \"[\" without \"]\"";
+    if (parsed.Kind == LineKind::Header &&
+        (line.Kind != LineKind::Header || parsed.HasKey || parsed.Section != line.Section))
+        return "INIParser reads the header of section " + Quoted(parsed.Section);
+    if (parsed.Kind == LineKind::Key &&
+        (line.Kind != LineKind::Key || parsed.Key != line.Key || parsed.Value != line.Value))
+        return "INIParser reads key " + Quoted(parsed.Key) + " with value " + Quoted(parsed.Value);
+    return {};
+}
 
-    /// @param rest what follows the last newline
-    void Finish(std::string_view rest)
-    {
-        if (m_comments)
-            m_findings.push_back(
-                {*m_comments, Kind::Loss, "comments below the last record: lost by an edit"});
-        ++m_number;
-        if (!Trimmed(rest).empty())
-            Add(Kind::Loss, {"last line without a newline: not read, and lost by an edit"});
-    }
+using Lines = std::vector<std::string_view>;
 
-private:
-    void Add(Kind kind, std::initializer_list<std::string_view> parts)
-    {
-        if (kind < m_least)
-            return;
-        m_findings.push_back({m_number, kind, {}});
-        for (const std::string_view part : parts)
-            m_findings.back().Text += part;
-    }
+/// The lines of a text, each with its newline: a last line without one differs from the same line with one.
+Lines SplitLines(std::string_view text)
+{
+    Lines lines;
+    for (; !text.empty(); text.remove_prefix(lines.back().size()))
+        lines.push_back(text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1));
+    return lines;
+}
 
-    void AddHeader(const Line& line)
-    {
-        const char first = *(line.Section.data() - 1); // the character that the library takes for the "["
-        const std::string_view after(line.Section.data() + line.Section.size() + 1,
-                                     line.Text.data() + line.Text.size());
-        if (first != '[')
-            Add(Kind::Loss, {line.Commented != ' ' ? "comment with \"[\"" : "\"[\" inside the line",
-                             ": read as the header of section \"", line.Section, "\""});
-        else if (Trimmed(line.Section) != line.Section)
-            Add(Kind::Oddity,
-                {"blanks inside the brackets belong to the section's name: \"", line.Section, "\""});
-        if (first == '[' && !after.empty())
-            Add(Kind::Loss, {"text after \"]\": lost by an edit: \"", Trimmed(after), "\""});
-        if (m_comments && line.HasKey)
-            Add(Kind::Loss, {"comments above a header with \"=\" in its name: lost by an edit"});
-        if (!line.Key.empty())
-            Add(Kind::Loss,
-                {"header with \"=\" in its name: an edit turns it into the key line \"", line.Section, "\"",
-                 line.Section.find('[') != std::string_view::npos
-                     ? ", after which no operation can read the file"
-                     : ""});
-    }
-
-    void AddKey(const Line& line)
-    {
-        if (line.Key.empty()) {
-            Add(Kind::Loss,
-                {"no key before \"=\": an edit turns the line into the header \"[", m_section, "]\""});
-            return; // the library takes it for a header already
-        }
-        if (line.Commented != ' ' && Trimmed(line.Key).find_first_of(" \t") != std::string_view::npos)
-            Add(Kind::Oddity, {"comment with \"=\": read as the commented-out key \"", line.Key, "\""});
-        else if (Trimmed(line.Key) != line.Key || Trimmed(line.Value) != line.Value)
-            Add(Kind::Oddity, {"blanks next to \"=\" belong to the key and the value: \"", line.Key,
-                               "\" and \"", line.Value, "\""});
-        AddDuplicate(line.Key);
-    }
-
-    /// Commented-out records count: lookups find them, too.
-    void AddDuplicate(std::string_view key)
-    {
-        if (m_least > Kind::Oddity)
-            return;
-        const auto [first, isNew] = m_firstLines.try_emplace({m_section, key}, m_number);
-        if (isNew)
-            return;
-        const std::string line = std::to_string(first->second);
-        if (key.empty())
-            Add(Kind::Oddity, {"duplicate section \"", m_section, "\": the first header is in line ", line});
-        else
-            Add(Kind::Oddity, {"duplicate key \"", key, "\" in section \"", m_section,
-                               "\": lookups and edits find the one in line ", line});
-    }
-
-    /// Notes the first line that an edit indents below a key, once for the file.
-    void AddContinuation(const Line& line)
-    {
-        if (m_hasContinuation || line.Commented != ' ')
-            return;
-        m_hasContinuation = m_hasActiveKey && line.Text.data() == line.Raw.data();
-        if (m_hasContinuation)
-            Add(Kind::Note, {"an edit indents active lines by a space: readers that know continuation lines "
-                             "join this line to the key above"});
-        m_hasActiveKey = m_hasActiveKey || line.Kind == LineKind::Key;
-    }
-
-    Kind m_least;
-    std::vector<Finding>& m_findings;
-    std::size_t m_number = 0;
-    std::string_view m_section;
-    std::optional<std::size_t> m_comments; ///< the first of the comment lines that wait for a record
-    bool m_hasActiveKey = false;
-    bool m_hasContinuation = false;
-    std::map<std::pair<std::string_view, std::string_view>, std::size_t> m_firstLines; ///< header: key empty
-};
+/// @return one side of a hunk's header. A side without lines is at the line before it.
+std::string Range(std::ptrdiff_t linesAbove, std::ptrdiff_t lines)
+{
+    return std::to_string(linesAbove + (lines != 0)) + ',' + std::to_string(lines);
+}
 
 } // namespace
 
-std::vector<Finding> Check(std::string_view text, Kind least)
+std::vector<std::pair<std::size_t, std::string>> Check(std::string_view text)
 {
-    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
-        return {{1, Kind::Loss, "UTF-16 byte order mark: only encodings that extend ASCII are known"}};
-    std::vector<Finding> findings;
-    if (text.starts_with("\xEF\xBB\xBF"))
-        findings.push_back({1, Kind::Loss, "byte order mark: read as text, and moved by an edit"});
-    if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
-        findings.push_back({1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + nul, '\n')),
-                            Kind::Loss, "NUL byte: this is no text, or one in UTF-16"});
+    std::vector<std::pair<std::size_t, std::string>> findings;
+    const auto add = [&](std::size_t line, const std::string& remark) {
+        if (!remark.empty())
+            findings.emplace_back(line, remark);
+    };
+    const bool hasMark = ini::ByteOrderMarkSize(text) != 0;
+    add(1, hasMark ? "byte order mark: INIParser reads it as text" : "");
 
-    Checker checker(least, findings);
-    ini::ScanLines(text, [&](const Line& line) { checker.Read(line); });
-    checker.Finish(text.substr(text.rfind('\n') + 1));
-    std::erase_if(findings, [least](const Finding& finding) { return finding.What < least; });
-    std::ranges::stable_sort(findings, {}, &Finding::Line);
+    // The first active and the first commented-out line of each name
+    std::map<std::pair<std::string_view, std::string_view>, std::pair<std::size_t, std::size_t>> firstLines;
+    std::vector<NumberedLine> parsed;
+    EachLine(text, INISyntax::Parser, [&](const NumberedLine& line) { parsed.push_back(line); });
+    EachLine(text, INISyntax::Common, [&](const NumberedLine& line) {
+        add(line.Number, Remark(line));
+        if (line.Kind == LineKind::Header || line.Kind == LineKind::Key) {
+            auto& [active, commentedOut] = firstLines[{line.Within, line.Key}];
+            const bool isActive = line.Commented == ' ';
+            const std::string name = (line.Key.empty() ? "" : "key " + Quoted(line.Key) + " in ") +
+                                     "section " + Quoted(line.Within);
+            if (isActive && active != 0)
+                add(line.Number, "duplicate " + name + ": first in line " + std::to_string(active));
+            else if (isActive && commentedOut != 0)
+                add(line.Number,
+                    name + ": INIParser finds commented-out line " + std::to_string(commentedOut));
+            auto& first = isActive ? active : commentedOut;
+            first = first != 0 ? first : line.Number;
+        }
+        if (line.Number > parsed.size())
+            add(line.Number, "last line without a newline: INIParser does not read it");
+        else if (!hasMark || line.Number != 1)
+            add(line.Number, Difference(line, parsed[line.Number - 1]));
+    });
     return findings;
+}
+
+std::string UnifiedDifference(const std::string& name, std::string_view before, std::string_view after)
+{
+    if (before == after)
+        return {};
+    const Lines left = SplitLines(before);
+    const Lines right = SplitLines(after);
+    const auto [leftBegin, rightBegin] = std::ranges::mismatch(left, right);
+    auto leftEnd = left.end();
+    auto rightEnd = right.end();
+    while (leftEnd != leftBegin && rightEnd != rightBegin && leftEnd[-1] == rightEnd[-1])
+        --leftEnd, --rightEnd;
+    constexpr std::ptrdiff_t context = 3;
+    const auto first = leftBegin - std::min(context, leftBegin - left.begin());
+    const auto last = leftEnd + std::min(context, left.end() - leftEnd);
+
+    // A tab ends a name that holds blanks, so that `patch` takes all of it.
+    const std::string end = name.find(' ') == name.npos ? "\n" : "\t\n";
+    const std::ptrdiff_t growth = (rightEnd - rightBegin) - (leftEnd - leftBegin);
+    std::string text = "--- " + name + end + "+++ " + name + end + "@@ -" +
+                       Range(first - left.begin(), last - first) + " +" +
+                       Range(first - left.begin(), last - first + growth) + " @@\n";
+    const auto append = [&](char mark, auto begin, auto to) {
+        for (; begin != to; ++begin)
+            (text += mark).append(*begin) += begin->ends_with('\n') ? "" : "\n\\ No newline at end of file\n";
+    };
+    append(' ', first, leftBegin);
+    append('-', leftBegin, leftEnd);
+    append('+', rightBegin, rightEnd);
+    append(' ', leftEnd, last);
+    return text;
 }
 
 } // namespace qmini

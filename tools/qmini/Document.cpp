@@ -1,113 +1,182 @@
 // SPDX-License-Identifier: MIT
-#include "qmini/Document.h"
-
-#include "qmUtility/ini/Grammar.h"
-#include "qmini/Check.h"
-#include "qmini/Difference.h"
+#include "qmUtility/platform/FileLock.h"
+#include "qmini/Qmini.h"
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
+#include <istream>
 #include <ostream>
-#include <stdexcept>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace qmini {
 
 namespace {
 
-std::string Message(const Input& input, const Finding& finding)
+bool IsSimilar(std::string_view a, std::string_view b)
 {
-    return input.Name() + ':' + std::to_string(finding.Line) + ": " + finding.Text;
+    const auto lower = [](unsigned char c) { return std::tolower(c); };
+    return std::ranges::equal(ini::Trimmed(a), ini::Trimmed(b), {}, lower, lower);
+}
+
+/// Waits up to five seconds for the lock of a file.
+void Lock(platform::FileLock& lock, const std::string& file, std::ostream& err)
+{
+    const std::filesystem::path path(file);
+    std::error_code error;
+    for (int tries = 0; !lock.TryLock(platform::SystemPath(path), error); ++tries) {
+        if (error)
+            throw Failure(Failed, "cannot edit " + file + ": " + error.message());
+        if (tries == 500)
+            throw Failure(Failed, "cannot edit " + file + ": another program has locked it");
+        if (tries == 100)
+            Say(err, "waiting for another program that has locked " + file);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
 }
 
 } // namespace
 
-INIDocument Load(const Input& input)
+void EachLine(std::string_view text, INISyntax syntax, const std::function<void(const NumberedLine&)>& visit)
 {
-    INIDocument document;
-    try {
-        if (document.Load(input.Path()))
-            return document;
-        ReadFile(input.Path()); // which says why not
-    } catch (const std::out_of_range&) {
-        for (const Finding& finding : Check(ReadFile(input.Path()), Kind::Malformed))
-            throw Failure(Failed, Message(input, finding));
-    }
-    throw Failure(Failed, "cannot read " + input.Name());
+    using ini::LineKind;
+    const bool isCommon = syntax == INISyntax::Common;
+    if (isCommon)
+        text.remove_prefix(ini::ByteOrderMarkSize(text));
+    NumberedLine line;
+    std::string_view anySection;
+    std::string_view activeSection;
+    std::size_t indentation = text.npos; // of the key that deeper lines continue
+    bool isAfterBackslash = false;
+    const auto read = [&](const ini::Line<char>& scanned) {
+        static_cast<ini::Line<char>&>(line) = scanned;
+        ++line.Number;
+        const bool isActive = line.Commented == ' ';
+        if (line.Kind == LineKind::Header) {
+            anySection = line.Section;
+            if (isActive || !isCommon)
+                activeSection = line.Section;
+        }
+        line.Within = isActive ? activeSection : anySection;
+        const bool isKey = line.Kind == LineKind::Key && isActive;
+        const bool canContinue = isCommon && (isKey || line.Kind == LineKind::Other);
+        const auto own = static_cast<std::size_t>(line.Text.data() - line.Raw.data());
+        line.Continues = canContinue && own > indentation  ? NumberedLine::Indented
+                         : canContinue && isAfterBackslash ? NumberedLine::AfterBackslash
+                                                           : NumberedLine::None;
+        if (line.Continues == NumberedLine::None)
+            indentation = isKey ? own : text.npos;
+        // The last of an odd number of backslashes is escaped by none.
+        const std::size_t backslashes = line.Text.size() - (line.Text.find_last_not_of('\\') + 1);
+        isAfterBackslash = (isKey || line.Continues != NumberedLine::None) && backslashes % 2 != 0;
+        visit(line);
+    };
+    if (isCommon)
+        ini::ScanLines<INISyntax::Common>(text, read);
+    else
+        ini::ScanLines<INISyntax::Parser>(text, read);
 }
 
-std::optional<std::string> SimilarName(const INIDocument& document, std::string_view key,
-                                       std::string_view section, bool ignoresCase)
+bool IsActiveKey(const NumberedLine& line, const Call& call)
 {
-    const auto isSame = [ignoresCase](unsigned char a, unsigned char b) {
-        return a == b || (ignoresCase && std::tolower(a) == std::tolower(b));
-    };
-    const auto wanted = ini::Trimmed(key.empty() ? section : key);
-    for (const auto& record : document) {
-        const std::string_view name = key.empty() ? record.Section : record.Key;
-        if ((key.empty() || (record.Section == section && !name.empty())) &&
-            std::ranges::equal(ini::Trimmed(name), wanted, isSame))
-            return std::string(name);
+    return line.Kind == ini::LineKind::Key && line.Commented == ' ' && line.Key == call.Key &&
+           line.Within == call.Section;
+}
+
+std::string ReadAll(std::istream& standardInput)
+{
+    std::string text;
+    for (char block[1 << 16]; standardInput.good();) {
+        standardInput.read(block, sizeof block);
+        text.append(block, static_cast<std::size_t>(standardInput.gcount()));
     }
+    if (standardInput.bad())
+        throw Failure(Failed, "cannot read standard input");
+    return text;
+}
+
+platform::Buffer<char> ReadText(const Call& call, std::istream& standardInput)
+{
+    std::optional<platform::Buffer<char>> text;
+    if (call.File == "-") {
+        const std::string input = ReadAll(standardInput);
+        text.emplace(input.size());
+        text->Size = input.copy(text->Data.get(), input.size());
+    } else {
+        const std::filesystem::path path(call.File);
+        std::error_code error;
+        text = platform::File::Read(platform::SystemPath(path), error);
+        if (!text)
+            throw Failure(Failed, "cannot read " + call.File + ": " + error.message());
+    }
+    if (!call.Parser && std::string_view(*text).find('\0') != std::string_view::npos)
+        throw Failure(Failed, "cannot read " + call.FileName() + ": binary file or UTF-16?");
+    return std::move(*text);
+}
+
+INIDocument ReadDocument(const Call& call, std::string_view text)
+{
+    INIDocument document(call.Syntax());
+    try {
+        document.Parse(text);
+    } catch (const INIFormatError& error) {
+        const std::string line = std::to_string(error.Line());
+        throw Failure(Failed, call.FileName() + ':' + line + ": header without \"]\"");
+    }
+    return document;
+}
+
+std::optional<INIDocument::RecordView> FindCommentedOut(const INIDocument& document, std::string_view key,
+                                                        std::string_view section)
+{
+    for (const auto& record : document)
+        if (record.Commented != ' ' && record.Key == key && record.Section == section)
+            return record;
     return std::nullopt;
 }
 
-void Require(const INIDocument& document, std::string_view key, std::string_view section,
-             const std::string& file)
+void Require(const INIDocument& document, const Call& call)
 {
-    const bool hasSection = document.SectionExists(section);
-    if (hasSection && (key.empty() || document.RecordExists(key, section)))
+    const bool hasSection = document.SectionExists(call.Section);
+    if (call.Key.empty() ? hasSection : document.RecordExists(call.Key, call.Section))
         return;
-    if (!hasSection)
-        key = {};
-    const std::string where = "section " + Quoted(section);
-    const auto similar = SimilarName(document, key, section, true);
-    throw Failure(Failed,
-                  "no " + (key.empty() ? where + " in " : "key " + Quoted(key) + " in " + where + " of ") +
-                      file + (similar ? "; did you mean " + Quoted(*similar) + '?' : ""));
-}
-
-std::optional<bool> IsCommentedOut(const INIDocument& document, std::string_view key,
-                                   std::string_view section)
-{
-    const auto isKey = [&](const auto& record) { return record.Key == key && record.Section == section; };
-    const auto first = std::find_if(document.begin(), document.end(), isKey);
-    if (first == document.end() || first->Commented == ' ')
-        return std::nullopt;
-    return std::any_of(first, document.end(),
-                       [&](const auto& record) { return record.Commented == ' ' && isKey(record); });
+    std::string_view key = call.Key;
+    if (!hasSection && !FindCommentedOut(document, key, call.Section))
+        key = {}; // it is the section that is missing
+    const std::string where = "section " + Quoted(call.Section);
+    const std::string what =
+        (key.empty() ? where + " in " : "key " + Quoted(key) + " in " + where + " of ") + call.FileName();
+    if (FindCommentedOut(document, key, call.Section))
+        throw Failure(Failed, what + " is commented out");
+    for (const auto& record : document)
+        if (key.empty() ? IsSimilar(record.Section, call.Section)
+                        : record.Section == call.Section && IsSimilar(record.Key, key))
+            throw Failure(Failed, "no " + what + "; did you mean " +
+                                      Quoted(key.empty() ? record.Section : record.Key) + '?');
+    throw Failure(Failed, "no " + what);
 }
 
 void EditFile(const Call& call, const Streams& streams, const std::function<void(Editing&)>& edit)
 {
-    RequireNoSafetyCopy(call.File); // or the file may be half an edit
-    const Input input(call.File, streams.In);
     const bool isFilter = call.File == "-";
-    if (input.IsCopy() && !isFilter)
-        throw Failure(Failed, "cannot edit " + call.File + ": not a regular file");
-
-    const std::string before = ReadFile(input.Path());
-    Editing editing;
-    for (const Finding& finding : Check(before, Kind::Loss)) {
-        if (finding.What == Kind::Malformed)
-            throw Failure(call.Force ? Failed : Refused, Message(input, finding));
-        editing.Objections.push_back(Message(input, finding));
-    }
-    editing.Document = Load(input);
+    platform::FileLock lock;
+    std::error_code error;
+    const auto status = std::filesystem::status(call.File, error);
+    if (!isFilter && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw Failure(Failed, "cannot edit " + call.File + ": no regular file");
+    if (!isFilter && !call.DryRun)
+        Lock(lock, call.File, streams.Err);
+    const auto before = ReadText(call, streams.In);
+    Editing editing{before, ReadDocument(call, before), false, {}};
     edit(editing);
-    const std::string text = editing.Document.SavedText();
-
     if (call.DryRun)
-        streams.Out << UnifiedDifference(input.Name(), ReadFile(input.Path(), {}), text);
-    if (!editing.Objections.empty() && !call.Force)
-        throw Failure(Refused, input.Name() + ": refused (--force does it anyway, --dry-run shows it):",
-                      std::move(editing.Objections));
-    if (call.DryRun)
-        return;
-    if (isFilter)
-        streams.Out << text;
-    else
-        Rewrite(call.File, before, text);
+        streams.Out << UnifiedDifference(call.FileName(), before, editing.Document.Text());
+    else if (isFilter)
+        streams.Out << editing.Document.Text();
+    else if (!editing.Document.Save(call.File, error))
+        throw Failure(Failed, "cannot write " + call.File + ": " + error.message());
 }
 
 } // namespace qmini

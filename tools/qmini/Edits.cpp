@@ -2,11 +2,9 @@
 /// @file
 /// The commands that edit a file.
 
-#include "qmUtility/ini/Grammar.h"
-#include "qmini/Command.h"
-#include "qmini/Document.h"
+#include "qmini/Qmini.h"
 
-#include <set>
+#include <algorithm>
 #include <sstream>
 #include <utility>
 
@@ -14,126 +12,182 @@ namespace qmini {
 
 namespace {
 
-/// @throws Failure when the text holds one of the characters
-void Forbid(std::string_view characters, std::string_view text, const std::string& message)
+/// Rejects what many readers take for the end of a line, and a NUL.
+void RejectControlCharacters(std::string_view text)
 {
-    if (text.find_first_of(characters) != std::string_view::npos)
-        throw Failure(Misused, message);
+    if (const std::size_t at = text.find_first_of(std::string_view("\n\r\0", 3)); at != text.npos)
+        throw Failure(Misused, Quoted(OneLine(text)) + " holds a " +
+                                   (text[at] == '\n'   ? "newline"
+                                    : text[at] == '\r' ? "carriage return"
+                                                       : "NUL"));
 }
 
-/// Makes sure that a header with this name would be read back with the same name.
-void RequireSectionName(std::string_view name)
+/// Makes sure that a file can hold a section, and a key with a value in it.
+/// @param key empty for the section alone
+void RequireReadable(INISyntax syntax, const std::string& section, const std::string& key,
+                     const std::string& value)
 {
-    Forbid("]=\n", name, "a section name cannot hold \"]\", \"=\" or a newline");
+    for (const std::string& text : {section, key, value})
+        RejectControlCharacters(text);
+    INIDocument file(syntax);
+    if (!(section.empty() && !key.empty()) && !file.AddSection(section))
+        throw Failure(Misused, Quoted(section) + " cannot be the name of a section");
+    if (!key.empty() && !file.SetValue(key, "0", section))
+        throw Failure(Misused, Quoted(key) + " cannot be the name of a key");
+    if (!key.empty() && !file.SetValue(key, value, section))
+        throw Failure(Misused, Quoted(value) + " cannot be a value");
 }
 
 void RequireNoSection(const std::string& name, const Call& call, const INIDocument& document)
 {
+    RequireReadable(call.Syntax(), name, {}, {});
     if (document.SectionExists(name))
-        throw Failure(Failed, "section " + Quoted(name) + " exists already in " + call.File);
+        throw Failure(Failed, "section " + Quoted(name) + " exists already in " + call.FileName());
 }
 
-/// Makes sure that a key line with this key and value would be read back as the same.
-void RequireKeyAndValue(std::string_view key, std::string_view value)
-{
-    Forbid("[=\n", key, "a key cannot hold \"[\", \"=\" or a newline");
-    Forbid("#; \t\r", key.substr(0, 1), "a key cannot begin with \"#\", \";\" or a blank");
-    Forbid("[\n", value, "a value cannot hold \"[\" or a newline");
-    Forbid(" \t\r", value.substr(value.size() - !value.empty()), "a value cannot end with a blank");
-}
-
-/// @return the text as comment lines
-std::string CommentLines(const std::string& text)
+/// @return the text of a note as comment lines
+std::string CommentLines(const Call& call)
 {
     std::string comments;
-    std::istringstream lines(text);
+    std::istringstream lines(call.Text);
     for (std::string line; std::getline(lines, line);) {
-        Forbid("[=", line, "a comment cannot hold \"[\" or \"=\": it would be read as a record");
-        if (!comments.empty())
-            comments += '\n';
-        comments += line.find_first_of("#;") == 0 ? line : "; " + line;
+        line = ini::Trimmed(std::string_view(line));
+        RejectControlCharacters(line);
+        comments += (line.find_first_of("#;") == 0 ? "" : line.empty() ? ";" : "; ") + line + '\n';
     }
-    if (comments.size() == 1)
-        comments += ' '; // the library appends a newline to texts of two characters or more
+    INIDocument file(call.Syntax());
+    if (!file.SetValue("0", "0", {}) || !file.SetRecordComments(comments, "0", {}))
+        throw Failure(Misused, "a note cannot hold a line that reads as a commented-out header or key");
     return comments;
+}
+
+/// Refuses an edit of a key whose value goes on in the next line, or that is active a second time.
+/// @param isRefused whether the document does not make the edit, and a line that is nothing may be why
+void RefuseUnlessPlain(const Call& call, std::string_view text, bool mayRepeat, bool isRefused = false)
+{
+    std::size_t first = 0; // line of the key
+    EachLine(text, call.Syntax(), [&](const NumberedLine& line) {
+        const bool isNothing = line.Kind == ini::LineKind::Other && line.Continues == NumberedLine::Indented;
+        const auto refuse = [&](const std::string& why) {
+            throw Failure(Refused, call.FileName() + ':' + std::to_string(line.Number) + ": " + why +
+                                       Quoted(call.Key) +
+                                       (isNothing || call.Force ? "" : "; --force edits the first line"));
+        };
+        if (first != 0 && line.Number == first + 1 && line.Continues != NumberedLine::None &&
+            (isRefused || !isNothing))
+            refuse("continues the value of key ");
+        if (!IsActiveKey(line, call))
+            return;
+        if (first != 0 && !mayRepeat)
+            refuse("one of several lines of key ");
+        first = first != 0 ? first : line.Number;
+    });
+}
+
+/// @return the keys of which `RefuseUnlessPlain` may refuse an edit
+std::set<std::pair<std::string, std::string>> FindUnusual(std::string_view text, INISyntax syntax)
+{
+    std::set<std::pair<std::string, std::string>> unusual;
+    std::set<std::pair<std::string_view, std::string_view>> names;
+    std::pair<std::string_view, std::string_view> last;
+    EachLine(text, syntax, [&](const NumberedLine& line) {
+        if (line.Continues != NumberedLine::None)
+            unusual.emplace(last);
+        if (line.Kind == ini::LineKind::Key && line.Commented == ' ') {
+            last = {line.Within, line.Key};
+            if (!names.insert(last).second)
+                unusual.emplace(last);
+        }
+    });
+    return unusual;
+}
+
+/// Makes sure that the line of the call's key, if it is there, is all of it.
+void RequirePlain(const Call& call, Editing& editing, bool mayRepeat)
+{
+    if (call.Force || call.Key.empty())
+        return;
+    if (!editing.IsBatch)
+        return RefuseUnlessPlain(call, editing.Before, mayRepeat);
+    if (!editing.Unusual)
+        editing.Unusual = FindUnusual(editing.Document.Text(), call.Syntax());
+    if (editing.Unusual->contains({call.Section, call.Key}))
+        RefuseUnlessPlain(call, editing.Document.Text(), mayRepeat);
+}
+
+/// Refuses an edit that the document does not make.
+[[noreturn]] void Refuse(const Call& call, const INIDocument& document)
+{
+    if (!call.Key.empty())
+        RefuseUnlessPlain(call, document.Text(), true, true);
+    else if (call.Section.empty())
+        throw Failure(Failed, "the keys above the first header have no header");
+    throw Failure(Refused, call.FileName() + ": refused, since another line would be read differently");
+}
+
+/// Makes sure that an edit of what is there and active was made.
+void RequireDone(bool isDone, const Call& call, const INIDocument& document)
+{
+    if (isDone)
+        return;
+    Require(document, call);
+    Refuse(call, document);
 }
 
 /// @return the words of a line. A word in quotes, single or double, may hold blanks and the other quote.
 std::vector<std::string> SplitWords(std::string_view line)
 {
-    constexpr std::string_view blanks = " \t\r";
     std::vector<std::string> words;
-    for (std::size_t at = 0; (at = line.find_first_not_of(blanks, at)) != std::string_view::npos;) {
-        words.emplace_back();
-        while (at < line.size() && blanks.find(line[at]) == std::string_view::npos) {
-            const char quote = line[at];
-            if (quote != '"' && quote != '\'') {
-                words.back() += line[at++];
-                continue;
-            }
-            const std::size_t end = line.find(quote, at + 1);
-            if (end == std::string_view::npos)
-                throw Failure(Misused, std::string("no closing ") + quote);
-            words.back() += line.substr(at + 1, end - at - 1);
-            at = end + 1;
-        }
+    bool isWord = false;
+    std::optional<char> quote;
+    for (const char c : line) {
+        const bool isBlank = !quote && (c == ' ' || c == '\t');
+        if (!isBlank && !isWord)
+            words.emplace_back();
+        isWord = !isBlank;
+        if (!quote && (c == '"' || c == '\''))
+            quote = c;
+        else if (c == quote)
+            quote.reset();
+        else if (isWord)
+            words.back() += c;
     }
+    if (quote)
+        throw Failure(Misused, std::string("no closing ") + *quote);
     return words;
-}
-
-/// Makes sure that there is what the call names, and objects to a commented-out key that hides an active one.
-void RequireTarget(const Call& call, Editing& editing)
-{
-    Require(editing.Document, call.Key, call.Section, call.File);
-    if (!call.Key.empty() && IsCommentedOut(editing.Document, call.Key, call.Section) == true)
-        editing.Objections.push_back("key " + Quoted(call.Key) + " is commented out, an active one follows");
 }
 
 } // namespace
 
 void Set(const Call& call, Editing& editing)
 {
-    RequireSectionName(call.Section);
-    RequireKeyAndValue(call.Key, call.Text);
-    INIDocument& document = editing.Document;
-    const auto commentedOut = IsCommentedOut(document, call.Key, call.Section);
-    if (commentedOut && !call.Activate && !call.KeepCommented)
-        editing.Objections.push_back("key " + Quoted(call.Key) + " is commented out" +
-                                     (*commentedOut ? ", an active one follows" : "") +
-                                     ": say --activate or --keep-commented");
-    if (!document.RecordExists(call.Key, call.Section))
-        if (const auto similar = SimilarName(document, call.Key, call.Section, false))
-            editing.Objections.push_back("no key " + Quoted(call.Key) +
-                                         ", but one that differs in blanks: " + Quoted(*similar));
-    document.SetValue(call.Key, call.Text, call.Section);
-    if (call.Activate)
-        document.UnCommentRecord(call.Key, call.Section);
+    RequireReadable(call.Syntax(), call.Section, call.Key, call.Text);
+    RequirePlain(call, editing, false);
+    if (!editing.Document.SetValue(call.Key, call.Text, call.Section))
+        Refuse(call, editing.Document);
 }
 
 void Add(const Call& call, Editing& editing)
 {
-    RequireSectionName(call.Section);
     RequireNoSection(call.Section, call, editing.Document);
-    editing.Document.AddSection(call.Section);
+    if (!editing.Document.AddSection(call.Section))
+        Refuse(call, editing.Document);
 }
 
 void Delete(const Call& call, Editing& editing)
 {
-    RequireTarget(call, editing);
-    if (call.Key.empty())
-        editing.Document.DeleteSection(call.Section);
-    else
-        editing.Document.DeleteRecord(call.Key, call.Section);
+    INIDocument& document = editing.Document;
+    RequirePlain(call, editing, false);
+    RequireDone(call.Key.empty() ? document.DeleteSection(call.Section)
+                                 : document.DeleteRecord(call.Key, call.Section),
+                call, document);
 }
 
 void Rename(const Call& call, Editing& editing)
 {
-    if (call.Section.empty())
-        throw Failure(Misused, "keys above the first header have no header that could be renamed");
-    RequireSectionName(call.NewSection);
-    Require(editing.Document, {}, call.Section, call.File);
     RequireNoSection(call.NewSection, call, editing.Document);
-    editing.Document.RenameSection(call.Section, call.NewSection);
+    RequireDone(editing.Document.RenameSection(call.Section, call.NewSection), call, editing.Document);
+    editing.Unusual.reset();
 }
 
 void Comment(const Call& call, Editing& editing)
@@ -141,72 +195,66 @@ void Comment(const Call& call, Editing& editing)
     const std::string with = call.With.value_or("#");
     if (with != "#" && with != ";")
         throw Failure(Misused, "--with takes \"#\" or \";\"");
-    RequireTarget(call, editing);
-    if (call.Key.empty())
-        editing.Document.CommentSection(with.front(), call.Section);
-    else
-        editing.Document.CommentRecord(INIParser::CommentChar(with.front()), call.Key, call.Section);
+    const auto character = static_cast<INICommentChar>(with.front());
+    INIDocument& document = editing.Document;
+    RequirePlain(call, editing, true);
+    RequireDone(call.Key.empty() ? document.CommentSection(character, call.Section)
+                                 : document.CommentRecord(character, call.Key, call.Section),
+                call, document);
 }
 
 void Uncomment(const Call& call, Editing& editing)
 {
-    RequireTarget(call, editing);
-    if (call.Key.empty())
-        editing.Document.UnCommentSection(call.Section);
+    INIDocument& document = editing.Document;
+    if (!(call.Key.empty() ? document.UnCommentSection(call.Section)
+                           : document.UnCommentRecord(call.Key, call.Section))) {
+        if (FindCommentedOut(document, call.Key, call.Section))
+            Refuse(call, document);
+        Require(document, call);
+        throw Failure(Failed, Quoted(call.Key.empty() ? call.Section : call.Key) + " is active");
+    }
+    if (editing.Unusual && !call.Key.empty())
+        editing.Unusual->emplace(call.Section, call.Key);
     else
-        editing.Document.UnCommentRecord(call.Key, call.Section);
+        editing.Unusual.reset();
 }
 
-void Sort(const Call& call, Editing& editing)
-{
-    std::set<std::pair<std::string_view, std::string_view>> names;
-    for (const auto& record : editing.Document) {
-        if (!record.Key.empty() && !names.contains({record.Section, {}}))
-            editing.Objections.push_back("key " + Quoted(record.Key) + " has no header: sorting drops it");
-        if (!names.emplace(record.Section, record.Key).second)
-            editing.Objections.push_back(
-                record.Key.empty()
-                    ? "section " + Quoted(record.Section) + " is duplicate: sorting doubles its keys"
-                    : "key " + Quoted(record.Key) + " in section " + Quoted(record.Section) +
-                          " is duplicate: sorting may change which is first");
-    }
-    if (!editing.Document.Sort(call.Descending))
-        throw Failure(Failed, "no sections to sort in " + call.File);
-}
+void Sort(const Call& call, Editing& editing) { editing.Document.Sort(call.Descending); }
 
 void Note(const Call& call, Editing& editing)
 {
-    const std::string comments = CommentLines(call.Text);
-    RequireTarget(call, editing);
-    if (!editing.Document.RecordExists(call.Key, call.Section)) // only a header can be missing here
-        throw Failure(Failed, "no header of section " + Quoted(call.Section) + " in " + call.File);
-    editing.Document.SetRecordComments(comments, call.Key, call.Section);
+    const std::string comments = CommentLines(call);
+    INIDocument& document = editing.Document;
+    RequireDone(call.Key.empty() ? document.SetSectionComments(comments, call.Section)
+                                 : document.SetRecordComments(comments, call.Key, call.Section),
+                call, document);
 }
 
 void EditBatch(const Call& call, const Streams& streams)
 {
     if (call.File == "-")
         throw Failure(Misused, "edit takes its commands from standard input, and so cannot edit it");
+    std::istringstream lines(ReadAll(streams.In)); // before the file is locked
     EditFile(call, streams, [&](Editing& editing) {
-        std::size_t number = 0;
-        for (std::string line; std::getline(streams.In, line);) {
-            const std::string where = "line " + std::to_string(++number) + ": ";
-            const std::size_t former = editing.Objections.size();
+        editing.IsBatch = true;
+        std::string line;
+        for (std::size_t number = 1; std::getline(lines, line); ++number) {
             try {
+                if (line.ends_with('\r'))
+                    line.pop_back();
                 const auto words = SplitWords(line);
                 if (words.empty() || words.front().starts_with('#'))
                     continue;
-                auto [command, edit] = Parse(words, false);
+                auto [command, edit] = ReadCall(words, false);
                 edit.File = call.File;
+                edit.Parser = call.Parser;
+                edit.Force = call.Force;
                 command->Edit(edit, editing);
             } catch (const Failure& failure) {
-                throw Failure(failure.Code, where + failure.what(), failure.Details);
+                throw Failure(failure.Code, "line " + std::to_string(number) + ": " + failure.what(),
+                              failure.Usage);
             }
-            for (std::size_t i = former; i != editing.Objections.size(); ++i)
-                editing.Objections[i].insert(0, where);
         }
-        if (streams.In.bad())
-            throw Failure(Failed, "cannot read standard input");
     });
 }
 

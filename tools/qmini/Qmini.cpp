@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "qmini/Document.h"
+/// @file
+/// The command line, and the help on it.
+
+#include "qmini/Qmini.h"
 
 #include <algorithm>
 #include <cctype>
-#include <exception>
-#include <functional>
 #include <iomanip>
 #include <iterator>
-#include <new>
 #include <ostream>
 #include <sstream>
 
@@ -15,34 +15,66 @@ namespace qmini {
 
 namespace {
 
-constexpr std::string_view SeeHelp = "; \"qmini --help\" lists the commands";
+constexpr std::string_view Help =
+#include "qmini/Help.txt"
+    ;
 
-/// The words that stand for arguments in a usage line, and where such an argument goes.
-constexpr std::pair<std::string_view, std::string Call::*> Fields[] = {
-    {"FILE", &Call::File}, {"SECTION", &Call::Section}, {"OLD", &Call::Section}, {"NEW", &Call::NewSection},
-    {"[KEY]", &Call::Key}, {"KEY", &Call::Key},         {"VALUE", &Call::Text},  {"TEXT", &Call::Text},
+constexpr Command Commands[] = {
+    {"get", Get, {}},       {"keys", Keys, {}},       {"sections", Sections, {}},
+    {"list", List, {}},     {"check", CheckFile, {}}, {"set", {}, Set},
+    {"create", Create, {}}, {"add", {}, Add},         {"delete", {}, Delete},
+    {"rename", {}, Rename}, {"comment", {}, Comment}, {"uncomment", {}, Uncomment},
+    {"sort", {}, Sort},     {"note", {}, Note},       {"edit", EditBatch, {}},
 };
 
-[[noreturn]] void ThrowMisuse(const Command& command, const std::string& message)
+/// The words that stand for arguments in a usage line, and where such an argument goes.
+constexpr std::pair<std::string_view, std::string Call::*> Arguments[] = {
+    {"FILE", &Call::File},   {"SECTION", &Call::Section}, {"[SECTION]", &Call::Section},
+    {"OLD", &Call::Section}, {"NEW", &Call::NewSection},  {"KEY", &Call::Key},
+    {"[KEY]", &Call::Key},   {"VALUE", &Call::Text},      {"TEXT", &Call::Text},
+};
+
+constexpr std::pair<std::string_view, bool Call::*> Flags[] = {
+    {"--commented", &Call::Commented}, {"-z", &Call::EndsWithNul},          {"--json", &Call::Json},
+    {"--quiet", &Call::Quiet},         {"--descending", &Call::Descending}, {"--dry-run", &Call::DryRun},
+    {"--force", &Call::Force},         {"--parser", &Call::Parser},
+};
+
+constexpr std::pair<std::string_view, std::optional<std::string> Call::*> OptionsWithValue[] = {
+    {"--default", &Call::Default}, {"--with", &Call::With}};
+
+/// @return where the table has something for a name, or null
+template <class Table>
+auto Find(const Table& table, std::string_view name)
 {
-    throw Failure(Misused, std::string(command.Name) + ": " + message, {"usage: " + Usage(command)});
+    const auto at = std::ranges::find(table, name, [](const auto& entry) { return entry.first; });
+    return at != std::end(table) ? at->second : nullptr;
 }
 
-/// @return the text without control characters, which the names of a file may hold
-std::string OneLine(std::string_view text)
+/// @return the help on a command, which begins with its usage line
+std::string_view HelpOn(std::string_view command)
 {
-    std::string line(text);
-    std::ranges::replace_if(
-        line, [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
-    return line;
+    const std::size_t begin = Help.find("usage: qmini " + std::string(command) + ' ');
+    return Help.substr(begin, Help.find("\n\n\n", begin) + 1 - begin);
+}
+
+std::string Usage(std::string_view command)
+{
+    return std::string(HelpOn(command).substr(0, HelpOn(command).find('\n')));
+}
+
+[[noreturn]] void ThrowMisuse(std::string_view command, const std::string& message)
+{
+    throw Failure(Misused, std::string(command) + ": " + message, Usage(command));
 }
 
 /// Puts the arguments where the call has them.
-void Assign(Call& call, const Command& command, const std::vector<std::string>& arguments, bool hasFile)
+void Assign(Call& call, std::string_view command, const std::vector<std::string>& arguments, bool hasFile)
 {
-    std::istringstream words{std::string(command.Arguments)};
-    std::vector<std::string> places(std::next(std::istream_iterator<std::string>(words), hasFile ? 0 : 1),
-                                    {});
+    std::istringstream usage(Usage(command));
+    std::vector<std::string> places(std::istream_iterator<std::string>(usage), {});
+    places.erase(places.begin(), places.begin() + (hasFile ? 3 : 4)); // usage: qmini COMMAND [FILE]
+    std::erase_if(places, [](const std::string& place) { return Find(Arguments, place) == nullptr; });
     if (arguments.size() < places.size())
         std::erase_if(places, [](const std::string& place) { return place.front() == '['; });
     if (arguments.size() < places.size())
@@ -50,109 +82,96 @@ void Assign(Call& call, const Command& command, const std::vector<std::string>& 
     if (arguments.size() > places.size())
         ThrowMisuse(command, "one argument too many: " + Quoted(arguments[places.size()]));
     for (std::size_t i = 0; i != places.size(); ++i) {
-        const auto field =
-            std::ranges::find(Fields, places[i], [](const auto& f) { return f.first; })->second;
+        const auto field = Find(Arguments, places[i]);
         if (arguments[i].empty() && (field == &Call::File || field == &Call::Key))
             ThrowMisuse(command, "an empty argument cannot name a file or a key");
         call.*field = arguments[i];
+        call.HasSection = call.HasSection || field == &Call::Section;
     }
 }
 
 void PrintHelp(std::ostream& out)
 {
-    out << "qmini reads and edits INI files.\n\n  qmini COMMAND FILE [ARGUMENT...]\n\n" << std::left;
-    for (const Command& command : Commands)
-        out << "  " << std::setw(10) << command.Name << std::setw(25) << command.Arguments << command.Summary
-            << '\n';
-    out << "\n\"qmini COMMAND --help\" tells more about a command.\n";
-    for (const Topic& topic : Topics)
-        out << '\n' << topic.Title << ":\n" << topic.Text;
+    out << Help.substr(0, Help.find('\n')) << "\n\n  qmini COMMAND FILE [ARGUMENT...]\n\n";
+    for (const Command& command : Commands) {
+        const std::string usage = Usage(command.Name);
+        const auto summary = HelpOn(command.Name).substr(usage.size() + 2);
+        out << "  " << std::setw(31) << std::left << usage.substr(13, usage.find(" [-") - 13)
+            << summary.substr(0, summary.find('\n') + 1);
+    }
+    out << "\n\"qmini COMMAND --help\" tells more.\n\n" << Help.substr(Help.find("Common options:"));
 }
 
-void PrintHelp(const Command& command, std::ostream& out)
+void RunCommand(std::vector<std::string> words, const Streams& streams)
 {
-    out << "usage: " << Usage(command) << "\n\n" << command.Summary << "\n\n" << command.Details << std::left;
-    for (const Option* option : command.Options)
-        out << (option == command.Options.front() ? "\n  " : "  ") << std::setw(18) << Pattern(*option)
-            << option->Help << '\n';
-}
-
-void RunCommand(const std::vector<std::string>& words, const Streams& streams)
-{
+    if (words.size() > 1 && words.front() == "--parser") // the command takes it
+        std::swap(words[0], words[1]);
     if (words.empty())
-        throw Failure(Misused, "no command given" + std::string(SeeHelp));
+        throw Failure(Misused, "no command given; see \"qmini --help\"");
     if (words.front() == "--help" || words.front() == "-h")
         return PrintHelp(streams.Out);
     if (words.front() == "--version") {
         streams.Out << "qmini " QMINI_VERSION "\n";
         return;
     }
-    const auto [command, call] = Parse(words);
+    const auto [command, call] = ReadCall(words);
     if (call.Help)
-        PrintHelp(*command, streams.Out);
+        streams.Out << HelpOn(command->Name) << "\n\"qmini --help\" explains the common options.\n";
     else if (command->Run != nullptr)
         command->Run(call, streams);
     else
-        EditFile(call, streams, std::bind_front(command->Edit, call));
+        EditFile(call, streams, [&](Editing& editing) { command->Edit(call, editing); });
 }
 
 } // namespace
 
-std::string Pattern(const Option& option)
+std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, bool hasFile)
 {
-    return std::string(option.Name) + (option.Value.empty() ? "" : " ") + std::string(option.Value);
-}
-
-std::string Usage(const Command& command)
-{
-    std::string usage = "qmini " + std::string(command.Name) + ' ' + std::string(command.Arguments);
-    for (const Option* option : command.Options)
-        usage += " [" + Pattern(*option) + ']';
-    return usage;
-}
-
-std::pair<const Command*, Call> Parse(const std::vector<std::string>& words, bool hasFile)
-{
-    const auto found = std::ranges::find(Commands, words.front(), &Command::Name);
-    if (found == Commands.end())
-        throw Failure(Misused, "no command " + Quoted(words.front()) + std::string(SeeHelp));
-    const Command& command = *found;
-    if (!hasFile && command.Edit == nullptr)
-        throw Failure(Misused, Quoted(command.Name) + " does not edit");
+    const auto command = std::ranges::find(Commands, words.front(), &Command::Name);
+    if (command == std::end(Commands))
+        throw Failure(Misused, "no command " + Quoted(words.front()) + "; see \"qmini --help\"");
+    if (!hasFile && command->Edit == nullptr)
+        throw Failure(Misused, Quoted(command->Name) + " does not edit");
 
     Call call;
     std::vector<std::string> arguments;
+    const std::string usage = Usage(command->Name);
     for (auto word = words.begin() + 1; word != words.end(); ++word) {
-        const std::string name =
-            word->substr(0, word->starts_with("--") ? word->find('=') : std::string::npos);
+        const std::string name = word->substr(0, word->starts_with("--") ? word->find('=') : word->npos);
         const bool hasValue = name.size() != word->size();
-        const auto option = std::ranges::find(command.Options, name, &Option::Name);
+        const auto flag = Find(Flags, *word);
+        const auto text = Find(OptionsWithValue, name);
         if (*word == "--") {
             arguments.insert(arguments.end(), word + 1, words.end());
             break;
         }
-        if ((*word == "--help" || *word == "-h") && hasFile) {
+        if (hasFile && (*word == "--help" || *word == "-h")) {
             call.Help = true;
-            return {&command, call};
+            return {command, call};
         }
-        if (option == command.Options.end()) {
-            if (word->starts_with("--"))
-                ThrowMisuse(command, "no option " + name);
-            arguments.push_back(*word);
-        } else if ((*option)->Flag != nullptr) {
-            if (hasValue)
-                ThrowMisuse(command, "option " + name + " takes no value");
-            call.*(*option)->Flag = true;
-        } else {
+        if (flag != nullptr && usage.find('[' + name + ']') != usage.npos)
+            call.*flag = true;
+        else if (text != nullptr && usage.find('[' + name + ' ') != usage.npos) {
             if (!hasValue && word + 1 == words.end())
-                ThrowMisuse(command, "missing " + Pattern(**option));
-            call.*(*option)->Text = hasValue ? word->substr(name.size() + 1) : *++word;
-        }
+                ThrowMisuse(command->Name, "missing the value of " + name);
+            call.*text = hasValue ? word->substr(name.size() + 1) : *++word;
+        } else if (word->starts_with("--"))
+            ThrowMisuse(command->Name, "no option " + name + "; after \"--\" it is an argument");
+        else
+            arguments.push_back(*word);
     }
-    if (!hasFile && (call.DryRun || call.Force))
-        ThrowMisuse(command, "--dry-run and --force are options of all edits together");
-    Assign(call, command, arguments, hasFile);
-    return {&command, call};
+    if (!hasFile && (call.DryRun || call.Force || call.Parser))
+        ThrowMisuse(command->Name, "--dry-run, --force and --parser are options of all edits together");
+    Assign(call, command->Name, arguments, hasFile);
+    return {command, call};
+}
+
+std::string OneLine(std::string_view text)
+{
+    std::string line(text);
+    for (char& c : line)
+        c = std::iscntrl(static_cast<unsigned char>(c)) != 0 ? '?' : c;
+    return line;
 }
 
 std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
@@ -168,11 +187,8 @@ int Run(const std::vector<std::string>& arguments, const Streams& streams)
         code = failure.Code;
         if (*failure.what() != '\0')
             Say(streams.Err, failure.what());
-        for (const std::string& detail : failure.Details)
-            streams.Err << OneLine(detail) << '\n';
-    } catch (const std::bad_alloc&) {
-        code = Failed;
-        Say(streams.Err, "out of memory");
+        if (!failure.Usage.empty())
+            streams.Err << failure.Usage << '\n';
     } catch (const std::exception& error) {
         code = Failed;
         Say(streams.Err, error.what());

@@ -1,30 +1,54 @@
 # SPDX-License-Identifier: MIT
 # Bash completion for qmini. Commands, options and places of arguments come from the help texts, names from the file.
 _qmini() {
-    local current=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]} word
-    local -a given=() places=() names=()
+    local line=${COMP_LINE:0:COMP_POINT} word previous='' command='' usage quote='' typed='' commented=''
+    local -a words=() given=() places=() names=()
     COMPREPLY=()
-    if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "--help --version $(qmini --help |
-            sed -n 's/^  \([a-z]*\) *FILE .*/\1/p')" -- "$current")
-        return
-    elif [[ $current == -?* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "--help $(qmini "$command" --help 2>/dev/null |
-            sed -n 's/^  \(-[-a-z]*\).*/\1/p')" -- "$current")
+    for word in "${COMP_WORDS[@]:0:COMP_CWORD+1}"; do # which are also split at ":" and "="
+        if [[ ${#words[@]} == 0 || $line == [[:blank:]]* ]]; then words+=("$word"); else words[-1]+=$word; fi
+        line=${line#*"$word"}
+    done
+    local current=${words[-1]}
+    case $current in
+    [\"\']*) quote=${current:0:1} current=${current:1} ;;
+    "${COMP_WORDS[COMP_CWORD]}") ;;
+    *) typed=${current%"${current##*[:=]}"} ;; # stays on the line
+    esac
+    for word in "${words[@]:1:${#words[@]}-2}"; do
+        [[ $previous == --default || $previous == --with || $word == -?* ]] || given+=("${word//[\\\"\']/}") # unquoted
+        previous=$word
+    done
+    if [[ ${#given[@]} == 0 ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "--help --parser --version $(qmini --help |
+            sed -n 's/^  \([a-z]*\) FILE .*/\1/p')" -- "$current")
         return
     fi
-    for word in "${COMP_WORDS[@]:2:COMP_CWORD-2}"; do
-        [[ $word == -?* ]] || given+=("${word//[\\\"\']/}") # without quotes
-    done
-    read -ra places < <(qmini "$command" --help 2>/dev/null | sed -n 's/^usage: qmini [a-z]* //p')
-    case ${places[${#given[@]}]} in
-    FILE) compopt -o filenames 2>/dev/null; mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
-    SECTION | OLD) mapfile -d '' -t names < <(qmini sections -z "${given[0]}" 2>/dev/null) ;;
-    KEY | '[KEY]') mapfile -d '' -t names < <(qmini keys -z "${given[@]:0:2}" 2>/dev/null) ;;
+    command=${given[0]}
+    usage=$(qmini "$command" --help 2>/dev/null | sed -n 's/^usage: qmini [a-z]* //p')
+    if [[ $previous == --with ]]; then
+        names=('#' ';')
+    elif [[ $current == -?* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "--help $(grep -o -e '-[-a-z][-a-z]*' <<<"$usage")" -- "$current")
+        return
+    fi
+    [[ $command != uncomment && " ${words[*]} " != *' --commented '* ]] || commented=--commented
+    read -ra places <<<"$usage"
+    [[ ${#names[@]} -gt 0 ]] || case ${places[${#given[@]} - 1]} in
+    FILE)
+        compopt -o filenames 2>/dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        return
+        ;;
+    SECTION | '[SECTION]' | OLD) mapfile -d '' -t names < <(qmini sections -z $commented "${given[1]}" 2>/dev/null) ;;
+    KEY | '[KEY]') mapfile -d '' -t names < <(qmini keys -z $commented "${given[@]:1:2}" 2>/dev/null) ;;
     esac
     for word in "${names[@]}"; do
-        word=$(printf %q "$word")
-        [[ $word == "$current"* ]] && COMPREPLY+=("$word")
+        case $quote in
+        \") word=$(sed 's/[\\"$`]/\\&/g' <<<"$word") ;;
+        \') word=${word//\'/\'\\\'\'} ;;
+        *) word=$(printf %q "$word") ;;
+        esac
+        [[ $word == "$current"* ]] && COMPREPLY+=("${word#"$typed"}")
     done
 }
 complete -F _qmini qmini

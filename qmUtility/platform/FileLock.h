@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// @file
+/// Locks on files, between processes.
+
+#include "qmUtility/platform/SystemPath.h"
+
+#include <cstdint>
+#include <system_error>
+
+namespace platform {
+
+/// An exclusive lock on a file, whatever its name. It keeps out other locks of this kind only: `flock` on Linux, a
+/// byte range behind the end of the file on Windows. The lock ends with the object, and with the process, however
+/// that ends.
+class FileLock
+{
+public:
+    FileLock() = default;
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+    ~FileLock() { Unlock(); }
+
+    /// Locks the file that a path names, if no other lock is on it. Symbolic links are followed.
+    /// @param error why the file cannot be locked; no error when another try may succeed
+    /// @return whether the file is locked and the path still names it. A file is another one after it was replaced.
+    bool TryLock(const SystemPath& path, std::error_code& error);
+
+    void Unlock();
+
+private:
+    std::intptr_t m_file = -1; ///< the open file, by the system's number
+};
+
+} // namespace platform

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include "qmUtility/platform/FileLock.h"
+#include "tests/qmini/Qmini.h"
+
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+namespace {
+
+std::function<void()> duringSleep; ///< takes the place of sleeping, if it is set
+std::function<void()> beforeLock;  ///< is called between opening and locking a file, if it is set
+const std::filesystem::path Name("f");
+std::error_code error;
+
+bool TryLock(platform::FileLock& lock) { return lock.TryLock(platform::SystemPath(Name), error); }
+
+} // namespace
+
+extern "C" int nanosleep(const timespec* time, timespec* left)
+{
+    if (!duringSleep)
+        return static_cast<int>(syscall(SYS_nanosleep, time, left));
+    duringSleep();
+    return 0;
+}
+
+extern "C" int flock(int file, int operation) noexcept
+{
+    if (beforeLock)
+        beforeLock();
+    return static_cast<int>(syscall(SYS_flock, file, operation));
+}
+
+using Lock = Qmini;
+
+TEST_F(Lock, KeepsEveryEditOfManyWriters)
+{
+    Write("[S]\n", "f");
+    std::filesystem::create_symlink("f", "link");
+    std::vector<std::thread> writers;
+    std::vector<int> codes(20);
+    for (std::size_t i = 0; i != codes.size(); ++i)
+        writers.emplace_back([&, i] {
+            codes[i] = Run((i % 2 != 0 ? "set|f|S|k" : "set|link|S|k") + std::to_string(i) + "|v").first;
+        });
+    for (std::thread& writer : writers)
+        writer.join();
+    const std::string text = Read("f");
+    for (std::size_t i = 0; i != codes.size(); ++i)
+        EXPECT_EQ(codes[i] == 0, text.find("\nk" + std::to_string(i) + '=') != text.npos) << text;
+}
+
+TEST_F(Lock, WaitsButNotForEver)
+{
+    Write("[S]\n", "f");
+    platform::FileLock other;
+    ASSERT_TRUE(TryLock(other));
+    int sleeps = 0;
+    duringSleep = [&] { ++sleeps; };
+    EXPECT_EQ(Run("add|f|N"),
+              std::pair(1, std::string("qmini: waiting for another program that has locked f\n"
+                                       "qmini: cannot edit f: another program has locked it\n")));
+    EXPECT_EQ(sleeps, 500); // of 10 ms each
+    duringSleep = nullptr;
+}
+
+TEST_F(Lock, IsOnTheFileThatReplacedAnother)
+{
+    Write("[S]\n", "f");
+    beforeLock = [&] {
+        std::filesystem::rename(Write("[T]\n", "new"), "f");
+        beforeLock = nullptr;
+    };
+    platform::FileLock lock;
+    EXPECT_FALSE(TryLock(lock) || error);
+    EXPECT_TRUE(TryLock(lock));
+}
+
+TEST_F(Lock, EndsWithAKilledProcess)
+{
+    Write("[S]\n", "f");
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        platform::FileLock lock;
+        const char isLocked = TryLock(lock) ? 'y' : 'n';
+        while (write(ready[1], &isLocked, 1) == 1)
+            pause();
+    }
+    char isLocked = 0;
+    EXPECT_TRUE(read(ready[0], &isLocked, 1) == 1 && isLocked == 'y');
+    platform::FileLock lock;
+    EXPECT_FALSE(TryLock(lock) || error);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    EXPECT_TRUE(TryLock(lock));
+}
