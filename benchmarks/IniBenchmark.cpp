@@ -1,24 +1,29 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// INI operations beside other libraries and beside a lower bound: to read a file, one read and a search for
-/// every newline; to write one, a write for each record. Names are job/library/KiB.
+/// INI operations beside other libraries and beside baselines: `ReadLines`, `WriteRecords` and `Replace`. Names are
+/// job/library/KiB.
 
 #include "benchmarks/IniPeers.h"
-#include "qmUtility/ini/INIDocument.h"
-#include "qmUtility/ini/INIParser.h"
 
 #include <benchmark/benchmark.h>
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
+#include <utility>
 
 namespace {
 
+namespace fs = std::filesystem;
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 /// Opens a file without a buffer, so that each call is one of the system.
@@ -51,38 +56,44 @@ std::vector<std::string_view> Records(std::string_view text)
     return records;
 }
 
-/// A settings file that exists as long as the object: one section of 25 keys in each KiB, a comment above
-/// every fourth key, sections and keys in no order.
+/// What a settings file looks like.
+struct Shape
+{
+    int KiB; ///< with "\n" for newlines
+    int Sections = KiB;
+    int Keys = 25; ///< of each section
+    std::string Newline = "\n";
+    bool IsOnDisk = false; ///< in the current directory, otherwise in the one for temporary files
+};
+
+/// A settings file that exists as long as the object: a comment above every fourth key, sections and keys in no
+/// order.
 template <class Char>
 class Sample
 {
 public:
     using String = std::basic_string<Char>;
 
-    struct Setting
-    {
-        String Section;
-        String Key;
-    };
-
-    std::string Path = (std::filesystem::temp_directory_path() / "qmUtility-benchmark.ini").string();
-    String OwnPath = String(Path.begin(), Path.end()); ///< in the characters of the library
+    std::string Path;
+    String OwnPath; ///< in the characters of the library
     std::string Text;
-    std::vector<Setting> Settings;
+    std::vector<std::pair<String, String>> Settings; ///< section and key
 
-    explicit Sample(const benchmark::State& state)
+    explicit Sample(const Shape& shape)
+        : Path((shape.IsOnDisk ? "." : fs::temp_directory_path()) / "qmUtility-benchmark.ini"),
+          OwnPath(Path.begin(), Path.end())
     {
-        const std::int64_t sections = state.range(0);
-        for (std::int64_t i = 0; i != sections; ++i) {
-            const std::int64_t number = i * 7919 % sections;
+        for (std::int64_t i = 0; i != shape.Sections; ++i) {
+            const std::int64_t number = i * 7919 % shape.Sections;
             const std::string section = "Section" + std::to_string(100'000 + number);
-            Text += '[' + section + "]\n";
-            for (int k = 0; k != 25; ++k) {
-                const std::string key = "Setting" + std::to_string(1'000'000 + number * 25 + k * 7 % 25);
+            Text += '[' + section + ']' + shape.Newline;
+            for (int k = 0; k != shape.Keys; ++k) {
+                const std::int64_t setting = number * shape.Keys + k * 7 % shape.Keys;
+                const std::string key = "Setting" + std::to_string(1'000'000 + setting);
                 if (k % 4 == 0)
-                    Text += "# the values that the next setting may take\n";
-                Text += key + "=value " + std::to_string(100'000 + i * 7919 % 900'000) + '\n';
-                Settings.push_back({String(section.begin(), section.end()), String(key.begin(), key.end())});
+                    Text += "# the values that the next setting may take" + shape.Newline;
+                Text += key + "=value " + std::to_string(100'000 + i * 7919 % 900'000) + shape.Newline;
+                Settings.emplace_back(String(section.begin(), section.end()), String(key.begin(), key.end()));
             }
         }
         Write();
@@ -90,120 +101,111 @@ public:
 
     Sample(const Sample&) = delete;
     Sample& operator=(const Sample&) = delete;
-    ~Sample() { std::filesystem::remove(Path); }
+    ~Sample() { fs::remove(Path); }
+
+    auto Last(std::size_t count) const { return std::span(Settings).last(count); }
 
     void Write() const { WriteEach(Path, {Text}); }
 };
 
-/// The static operations, with the interface of the peers.
-template <class C>
-class Parser
+/// Reads a file and finds every newline.
+void ReadLines(benchmark::State& state, const Shape& shape)
 {
-public:
-    using Char = C;
-    using String = std::basic_string<Char>;
-
-    explicit Parser(const String& path) : m_path(path) {}
-
-    String GetValue(const String& key, const String& section) const
-    {
-        return INIParser::GetValue(key, section, m_path);
-    }
-
-    void SetValue(const String& key, const String& value, const String& section)
-    {
-        Require(INIParser::SetValue(key, value, section, m_path));
-    }
-
-private:
-    const String& m_path;
-};
-
-/// A document that loads when it is constructed, as the peers do.
-template <class C>
-struct Document : BasicINIDocument<C>
-{
-    using Char = C;
-
-    explicit Document(const std::basic_string<C>& path) { Require(this->Load(path)); }
-};
-
-void ReadLines(benchmark::State& state)
-{
-    constexpr std::size_t capacity = 64 << 10; // stays in the cache
-    const auto text = std::make_unique<char[]>(capacity);
-    const Sample<char> sample(state);
+    std::vector<char> text(64 << 10); // stays in the cache
+    const Sample<char> sample(shape);
     for ([[maybe_unused]] auto _ : state) {
         const File file = Open(sample.Path, "r");
         std::size_t lines = 0;
-        while (const std::size_t size = std::fread(text.get(), 1, capacity, file.get()))
-            lines += static_cast<std::size_t>(std::count(text.get(), text.get() + size, '\n'));
+        while (const std::size_t size = std::fread(text.data(), 1, text.size(), file.get())) {
+            const char* at = text.data();
+            const auto left = [&] { return static_cast<std::size_t>(text.data() + size - at); };
+            for (; (at = static_cast<const char*>(std::memchr(at, '\n', left()))) != nullptr; ++at)
+                ++lines;
+        }
         benchmark::DoNotOptimize(lines);
     }
 }
 
-void WriteRecords(benchmark::State& state)
+/// Writes a file in place, with one call for each record.
+void WriteRecords(benchmark::State& state, const Shape& shape)
 {
-    const Sample<char> sample(state);
+    const Sample<char> sample(shape);
     const std::vector<std::string_view> records = Records(sample.Text);
     for ([[maybe_unused]] auto _ : state)
         WriteEach(sample.Path, records);
 }
 
-template <class Library>
-void Load(benchmark::State& state)
+/// Writes a file beside the old one, synchronises it, renames it, and synchronises the folder.
+void Replace(benchmark::State& state, const Shape& shape)
 {
-    const Sample<typename Library::Char> sample(state);
+    const Sample<char> sample(shape);
+    const std::string temporary = sample.Path + ".new";
+    for ([[maybe_unused]] auto _ : state) {
+        File file = Open(temporary, "wx");
+        Require(std::fwrite(sample.Text.data(), sample.Text.size(), 1, file.get()) == 1 &&
+                fsync(fileno(file.get())) == 0);
+        file = Open(fs::path(sample.Path).parent_path(), "r");
+        fs::rename(temporary, sample.Path);
+        Require(fsync(fileno(file.get())) == 0);
+    }
+}
+
+template <class Library>
+void Load(benchmark::State& state, const Shape& shape)
+{
+    const Sample<typename Library::Char> sample(shape);
     for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(Library(sample.OwnPath));
 }
 
-/// Looks up the last settings of a file.
+/// Looks up the last settings of a file. It is loaded every time: a library may leave work to the first lookup.
 template <class Library>
-void Get(benchmark::State& state, int count)
+void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool isLoadTimed)
 {
-    const Sample<typename Library::Char> sample(state);
+    const Sample<typename Library::Char> sample(shape);
+    std::optional<const Library> library;
     for ([[maybe_unused]] auto _ : state) {
-        const Library library(sample.OwnPath);
-        for (auto setting = sample.Settings.end() - count; setting != sample.Settings.end(); ++setting)
-            Require(!library.GetValue(setting->Key, setting->Section).empty());
+        if (!isLoadTimed)
+            state.PauseTiming();
+        library.emplace(sample.OwnPath);
+        if (!isLoadTimed)
+            state.ResumeTiming();
+        for (const auto& [section, key] : sample.Last(count))
+            Require(!library->GetValue(key, section).empty());
     }
 }
 
 /// Looks up the last setting of a file with a library that need not keep the others.
 template <class Library>
-void Find(benchmark::State& state)
+void Find(benchmark::State& state, const Shape& shape)
 {
-    const Sample<char> sample(state);
+    const Sample<char> sample(shape);
     const auto& [section, key] = sample.Settings.back();
     for ([[maybe_unused]] auto _ : state)
         Require(!Library::Find(sample.Path, section, key).empty());
 }
 
-/// Changes the last settings of a file and saves it. A peer's text is saved in one write or, for the same
-/// guarantee as the library's one flush a record, in a write for each record: the cheapest way to either.
+/// Changes the last settings of a file and saves it. A peer's text is written in place with a single write.
 template <class Library>
-void Set(benchmark::State& state, int count, bool writeEachRecord)
+void Set(benchmark::State& state, const Shape& shape, std::size_t count)
 {
-    const Sample<typename Library::Char> sample(state);
-    const std::string newValue = "a new value";
-    const decltype(sample.OwnPath) value(newValue.begin(), newValue.end());
+    const Sample<typename Library::Char> sample(shape);
+    decltype(sample.OwnPath) value(12, 'A'); // as long as the values in the file
     for ([[maybe_unused]] auto _ : state) {
+        value.back() ^= 1; // a new value each time
         Library library(sample.OwnPath);
-        for (auto setting = sample.Settings.end() - count; setting != sample.Settings.end(); ++setting)
-            library.SetValue(setting->Key, value, setting->Section);
+        for (const auto& [section, key] : sample.Last(count))
+            library.SetValue(key, value, section);
         if constexpr (requires { library.Save(sample.OwnPath); })
             Require(library.Save(sample.OwnPath));
-        else if constexpr (requires { library.Text(); }) {
-            const std::string text = library.Text();
-            WriteEach(sample.Path, writeEachRecord ? Records(text) : std::vector<std::string_view>{text});
-        }
+        else if constexpr (requires { library.Text(); })
+            WriteEach(sample.Path, {library.Text()});
     }
 }
 
-void Sort(benchmark::State& state)
+void Sort(benchmark::State& state, const Shape& shape)
 {
-    const Sample<char> sample(state);
+    const Sample<char> sample(shape);
     for ([[maybe_unused]] auto _ : state) {
         Require(INIParser::Sort(sample.Path, false));
         state.PauseTiming();
@@ -212,19 +214,44 @@ void Sort(benchmark::State& state)
     }
 }
 
-/// The sizes of the files of a job, in KiB. One of 4 KiB holds 100 settings.
-const std::map<std::string, std::vector<int>> Sizes = {
-    {"get", {4, 64, 1024, 16384}}, {"load", {64, 1024, 16384}}, {"set", {64, 1024}},
-    {"sort", {1024, 16384}},       {"read 100", {4}},           {"write 100", {4}}};
+/// Adds settings to a section that another follows.
+void Add(benchmark::State& state, const Shape& shape)
+{
+    std::vector<std::string> keys;
+    for (int i = 0; i != shape.Keys; ++i)
+        keys.push_back("Setting" + std::to_string(1'000'000 + i));
+    for ([[maybe_unused]] auto _ : state) {
+        INIDocument document;
+        Require(document.Parse("[Section]\n\n[Next]\n"));
+        for (const std::string& key : keys)
+            Require(document.SetValue(key, "value 100000", "Section"));
+    }
+}
+
+/// The files of each job. One of 4 KiB holds 100 settings.
+const std::map<std::string, std::vector<Shape>> Shapes = {
+    {"get", {{4}, {64}, {1024}, {16384}}},
+    {"load", {{64}, {1024}, {16384}}},
+    {"load CR LF", {{64, 64, 25, "\r\n"}, {1024, 1024, 25, "\r\n"}, {16384, 16384, 25, "\r\n"}}},
+    {"set", {{64}, {1024}}},
+    {"sort", {{1024}, {16384}}},
+    {"read 100", {{4}}},
+    {"read all", {{389, 500, 20}}},
+    {"write 100", {{4}}},
+    {"write 100 on disk", {{4, 4, 25, "\n", true}}},
+    {"add 5,000", {{137, 1, 5'000}}},
+    {"add 20,000", {{547, 1, 20'000}}}};
 
 template <class Function, class... Arguments>
 void Register(const std::string& job, const std::string& library, Function function, Arguments... arguments)
 {
-    auto* const benchmark =
-        benchmark::RegisterBenchmark((job + '/' + library).c_str(), function, arguments...);
-    benchmark->Unit(benchmark::kMicrosecond);
-    for (const int kib : Sizes.at(job))
-        benchmark->Arg(kib);
+    const std::string name = job + '/' + library;
+    for (const Shape& shape : Shapes.at(job)) {
+        auto* const benchmark = benchmark::RegisterBenchmark(name.c_str(), function, shape, arguments...);
+        benchmark->Unit(benchmark::kMicrosecond)->Arg(shape.KiB);
+        if (shape.IsOnDisk) // where waiting counts, and varies
+            benchmark->UseRealTime()->Repetitions(25);
+    }
 }
 
 template <class Peer>
@@ -232,35 +259,44 @@ void RegisterPeer(const std::string& name)
 {
     if constexpr (requires { &Peer::Find; })
         Register("get", name, Find<Peer>);
-    else
-        Register("get", name, Get<Peer>, 1);
+    else {
+        Register("get", name, Get<Peer>, 1, true);
+        Register("read all", name, Get<Peer>, 10'000, false);
+    }
     Register("load", name, Load<Peer>);
-    Register("read 100", name, Get<Peer>, 100);
+    Register("load CR LF", name, Load<Peer>);
+    Register("read 100", name, Get<Peer>, 100, true);
     if constexpr (requires { &Peer::Text; }) {
-        Register("set", name, Set<Peer>, 1, false);
-        Register("write 100", name, Set<Peer>, 100, true);
+        Register("set", name, Set<Peer>, 1);
+        Register("write 100", name, Set<Peer>, 100);
     }
 }
 
 [[maybe_unused]] const bool IsRegistered = [] {
-    Register("get", "lower bound", ReadLines);
-    Register("load", "lower bound", ReadLines);
-    Register("read 100", "lower bound", ReadLines);
-    Register("set", "lower bound", WriteRecords);
-    Register("sort", "lower bound", WriteRecords);
-    Register("write 100", "lower bound", WriteRecords);
+    for (const char* const job : {"get", "load", "load CR LF", "read 100"})
+        Register(job, "baseline", ReadLines);
+    for (const char* const job : {"set", "sort"})
+        Register(job, "baseline", WriteRecords);
+    for (const char* const job : {"write 100", "write 100 on disk"})
+        Register(job, "baseline", Replace);
 
-    Register("get", "INIParser", Get<Parser<char>>, 1);
-    Register("get", "INIParser wide", Get<Parser<wchar_t>>, 1);
-    Register("load", "INIDocument", Load<Document<char>>);
-    Register("load", "WINIDocument", Load<Document<wchar_t>>);
-    Register("read 100", "INIDocument", Get<Document<char>>, 100);
-    Register("read 100", "INIParser", Get<Parser<char>>, 100);
-    Register("set", "INIParser", Set<Parser<char>>, 1, true);
-    Register("set", "INIParser wide", Set<Parser<wchar_t>>, 1, true);
+    for (const char* const job : {"load", "load CR LF"}) {
+        Register(job, "INIDocument", Load<Document<char>>);
+        Register(job, "WINIDocument", Load<Document<wchar_t>>);
+    }
+    Register("get", "INIParser", Get<Parser<char>>, 1, true);
+    Register("get", "INIParser wide", Get<Parser<wchar_t>>, 1, true);
+    Register("read 100", "INIDocument", Get<Document<char>>, 100, true);
+    Register("read 100", "INIParser", Get<Parser<char>>, 100, true);
+    Register("read all", "INIDocument", Get<Document<char>>, 10'000, false);
+    Register("set", "INIParser", Set<Parser<char>>, 1);
+    Register("set", "INIParser wide", Set<Parser<wchar_t>>, 1);
     Register("sort", "INIParser", Sort);
-    Register("write 100", "INIDocument", Set<Document<char>>, 100, true);
-    Register("write 100", "INIParser", Set<Parser<char>>, 100, true);
+    Register("write 100", "INIDocument", Set<Document<char>>, 100);
+    Register("write 100", "INIParser", Set<Parser<char>>, 100);
+    Register("write 100 on disk", "INIDocument", Set<Document<char>>, 100);
+    Register("add 5,000", "INIDocument", Add);
+    Register("add 20,000", "INIDocument", Add);
 
 #ifdef HAVE_SIMPLEINI
     RegisterPeer<SimpleIni>("SimpleIni");

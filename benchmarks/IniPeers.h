@@ -2,8 +2,11 @@
 #pragma once
 
 /// @file
-/// Other INI libraries behind one interface: the constructor loads a file, `GetValue` looks up a setting,
-/// `SetValue` changes one, and `Text` returns what the library saves. Each is present where its header is.
+/// INI libraries behind one interface: the constructor loads a file, `GetValue` looks up a setting, `SetValue`
+/// changes one, and `Text` returns what the library saves. The others are present where their headers are.
+
+#include "qmUtility/ini/INIDocument.h"
+#include "qmUtility/ini/INIParser.h"
 
 #include <stdexcept>
 #include <string>
@@ -38,6 +41,45 @@ inline void Require(bool isDone)
     if (!isDone)
         throw std::runtime_error("an INI library could not handle the file");
 }
+
+/// The static operations: each loads the file, and each change is saved.
+template <class C>
+class Parser
+{
+public:
+    using Char = C;
+    using String = std::basic_string<Char>;
+
+    explicit Parser(const String& path) : m_path(path) {}
+
+    String GetValue(const String& key, const String& section) const
+    {
+        return INIParser::GetValue(key, section, m_path);
+    }
+
+    void SetValue(const String& key, const String& value, const String& section)
+    {
+        Require(INIParser::SetValue(key, value, section, m_path));
+    }
+
+private:
+    const String& m_path;
+};
+
+/// A document, which saves its text itself.
+template <class C>
+struct Document : BasicINIDocument<C>
+{
+    using Char = C;
+    using String = std::basic_string<Char>;
+
+    explicit Document(const String& path) { Require(this->Load(path)); }
+
+    void SetValue(const String& key, const String& value, const String& section)
+    {
+        Require(BasicINIDocument<C>::SetValue(key, value, section));
+    }
+};
 
 #ifdef HAVE_SIMPLEINI
 class SimpleIni
