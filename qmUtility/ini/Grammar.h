@@ -154,7 +154,7 @@ template <class Char>
     if (value.empty()) { // it stands behind the blanks, before the carriage returns that end the line
         while (end[-1] == '\r')
             --end;
-        value = {end, 0};
+        value = Between(end, end);
     }
     return {LineKind::Key, raw, text, commented, {}, key, value, false};
 }

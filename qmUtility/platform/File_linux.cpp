@@ -319,13 +319,11 @@ bool ReplaceContent(const SystemPath& path, std::string_view bytes)
 
 void ExpectUse(void* memory, std::size_t size)
 {
-    constexpr std::uintptr_t largePage = std::uintptr_t{1}
-                                         << 21; // of the processors in use; a wrong guess is harmless
-    const auto address = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t begin = (address + largePage - 1) & ~(largePage - 1);
-    const std::uintptr_t end = (address + size) & ~(largePage - 1);
-    if (begin < end)
-        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    constexpr std::size_t largePage = std::size_t{1} << 21; // a wrong guess is harmless
+    const std::size_t before =
+        -reinterpret_cast<std::uintptr_t>(memory) & (largePage - 1); // the first such page
+    if (size >= before + largePage)
+        madvise(static_cast<char*>(memory) + before, (size - before) & ~(largePage - 1), MADV_HUGEPAGE);
 }
 
 std::optional<Buffer<char>> File::Read(const SystemPath& path, std::error_code& error)

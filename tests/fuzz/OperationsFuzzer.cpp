@@ -172,7 +172,8 @@ std::size_t CountCommon(const List& a, const List& b)
 
 bool IsPlain(const std::string& text)
 {
-    return !text.empty() && text.find_first_not_of("0123456789abcdefghijklmnopqrstuvwxyz") == text.npos;
+    return !text.empty() &&
+           text.find_first_not_of("0123456789abcdefghijklmnopqrstuvwxyz") == std::string::npos;
 }
 
 /// @return the records of a document of either width as narrow ones.
@@ -286,7 +287,7 @@ struct DocumentSession : Session
                 IsPlain(Key) && IsPlain(Other) && (found ? !first.IsHeader : IsPlain(Section));
             Require(isMade || !IsParser() || !isPlain, "plain names");
             const bool isDone = Narrow.GetValue(Key, Section) == Other;
-            return {isMade, !Key.empty(), isDone, found ? 1u : 0u, found ? 1u : 3u};
+            return {isMade, !Key.empty(), isDone, found ? 1U : 0U, found ? 1U : 3U};
         }
         case 2:
             return {EDIT(AddSection, as(Section)), !Section.empty() && !exists, Narrow.SectionExists(Section),
@@ -354,7 +355,7 @@ void Fuzz(ParserSession session, int steps)
 void Fuzz(DocumentSession session, int steps)
 {
     // What was loaded is in memory of just its size: the address sanitizer detects a read past it.
-    const bool isText = session.IsParser() || session.Text.find('\0') == session.Text.npos;
+    const bool isText = session.IsParser() || session.Text.find('\0') == std::string::npos;
     Require(session.Narrow.Load(Path) == isText && session.Wide.Load(Path) == isText, "the file is loaded");
     if (!isText)
         return;

@@ -51,7 +51,7 @@ TEST_F(Lock, KeepsEveryEditOfManyWriters)
         writer.join();
     const std::string text = Read("f");
     for (std::size_t i = 0; i != codes.size(); ++i)
-        EXPECT_EQ(codes[i] == 0, text.find("\nk" + std::to_string(i) + '=') != text.npos) << text;
+        EXPECT_EQ(codes[i] == 0, text.find("\nk" + std::to_string(i) + '=') != std::string::npos) << text;
 }
 
 TEST_F(Lock, WaitsButNotForEver)

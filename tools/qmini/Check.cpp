@@ -21,7 +21,7 @@ std::string Remark(const NumberedLine& line)
         return "continuation line: the line above ends in a backslash";
     if (line.Continues == NumberedLine::Indented)
         return "continuation line: it is indented deeper than the key above";
-    if (line.Text.starts_with('[') && close == line.Text.npos)
+    if (line.Text.starts_with('[') && close == std::string_view::npos)
         return "header without \"]\"";
     if (line.Kind == LineKind::Other)
         return "neither a header nor a key nor a comment";
@@ -116,7 +116,7 @@ std::string UnifiedDifference(const std::string& name, std::string_view before, 
     const auto last = leftEnd + std::min(context, left.end() - leftEnd);
 
     // A tab ends a name that holds blanks, so that `patch` takes all of it.
-    const std::string end = name.find(' ') == name.npos ? "\n" : "\t\n";
+    const std::string end = name.find(' ') == std::string_view::npos ? "\n" : "\t\n";
     const std::ptrdiff_t growth = (rightEnd - rightBegin) - (leftEnd - leftBegin);
     std::string text = "--- " + name + end + "+++ " + name + end + "@@ -" +
                        Range(first - left.begin(), last - first) + " +" +

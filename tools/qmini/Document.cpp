@@ -48,7 +48,7 @@ void EachLine(std::string_view text, INISyntax syntax, const std::function<void(
     NumberedLine line;
     std::string_view anySection;
     std::string_view activeSection;
-    std::size_t indentation = text.npos; // of the key that deeper lines continue
+    std::size_t indentation = std::string_view::npos; // of the key that deeper lines continue
     bool isAfterBackslash = false;
     const auto read = [&](const ini::Line<char>& scanned) {
         static_cast<ini::Line<char>&>(line) = scanned;
@@ -67,7 +67,7 @@ void EachLine(std::string_view text, INISyntax syntax, const std::function<void(
                          : canContinue && isAfterBackslash ? NumberedLine::AfterBackslash
                                                            : NumberedLine::None;
         if (line.Continues == NumberedLine::None)
-            indentation = isKey ? own : text.npos;
+            indentation = isKey ? own : std::string_view::npos;
         // The last of an odd number of backslashes is escaped by none.
         const std::size_t backslashes = line.Text.size() - (line.Text.find_last_not_of('\\') + 1);
         isAfterBackslash = (isKey || line.Continues != NumberedLine::None) && backslashes % 2 != 0;

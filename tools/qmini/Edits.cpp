@@ -15,7 +15,8 @@ namespace {
 /// Rejects what many readers take for the end of a line, and a NUL.
 void RejectControlCharacters(std::string_view text)
 {
-    if (const std::size_t at = text.find_first_of(std::string_view("\n\r\0", 3)); at != text.npos)
+    if (const std::size_t at = text.find_first_of(std::string_view("\n\r\0", 3));
+        at != std::string_view::npos)
         throw Failure(Misused, Quoted(OneLine(text)) + " holds a " +
                                    (text[at] == '\n'   ? "newline"
                                     : text[at] == '\r' ? "carriage return"

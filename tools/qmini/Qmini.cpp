@@ -149,9 +149,9 @@ std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, 
             call.Help = true;
             return {command, call};
         }
-        if (flag != nullptr && usage.find('[' + name + ']') != usage.npos)
+        if (flag != nullptr && usage.find('[' + name + ']') != std::string_view::npos)
             call.*flag = true;
-        else if (text != nullptr && usage.find('[' + name + ' ') != usage.npos) {
+        else if (text != nullptr && usage.find('[' + name + ' ') != std::string_view::npos) {
             if (!hasValue && word + 1 == words.end())
                 ThrowMisuse(command->Name, "missing the value of " + name);
             call.*text = hasValue ? word->substr(name.size() + 1) : *++word;
