@@ -49,7 +49,8 @@ BasicINIDocument<Char>::BasicINIDocument(BasicINIDocument&&) noexcept = default;
 template <class Char>
 BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(const BasicINIDocument& other)
 {
-    return *this = BasicINIDocument(other); // all or nothing
+    *this = BasicINIDocument(other); // all or nothing
+    return *this;
 }
 template <class Char>
 BasicINIDocument<Char>& BasicINIDocument<Char>::operator=(BasicINIDocument&&) noexcept = default;
@@ -259,7 +260,7 @@ std::string Ascii(std::basic_string_view<Char> text, std::string_view characters
 {
     std::string ascii;
     for (const Char c : text) {
-        if (c <= 0 || c > 0x7F || characters.find(static_cast<char>(c)) == characters.npos)
+        if (c <= 0 || c > 0x7F || characters.find(static_cast<char>(c)) == std::string_view::npos)
             return {};
         ascii += static_cast<char>(c);
     }
@@ -283,7 +284,7 @@ bool ReadFloating(const std::string& text, Number& number)
     if (text.empty() || text.front() == '+' || !(stream >> number) || !stream.eof())
         return false;
     const std::size_t digits = text.find_first_of("123456789");
-    return number != 0 || digits == text.npos || digits > text.find_first_of("Ee"); // else it is too small
+    return number != 0 || digits == std::string::npos || digits > text.find_first_of("Ee"); // else it is too small
 }
 
 } // namespace

@@ -114,7 +114,7 @@ void AppendRecord(std::basic_string<Char>& text, const ini::RecordView<Char>& re
 /// Appends bytes with the newlines of the system's text files.
 void AppendLines(std::string& text, std::string_view bytes)
 {
-    for (std::size_t end = 0; (end = bytes.find('\n')) != bytes.npos; bytes.remove_prefix(end + 1))
+    for (std::size_t end = 0; (end = bytes.find('\n')) != std::string_view::npos; bytes.remove_prefix(end + 1))
         (text += bytes.substr(0, end)) += platform::Newline;
     text += bytes;
 }

@@ -2,6 +2,7 @@
 #include "qmUtility/platform/FileLock.h"
 #include "tests/qmini/Qmini.h"
 
+#include <sys/file.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>

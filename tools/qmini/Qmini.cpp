@@ -120,14 +120,14 @@ void RunCommand(std::vector<std::string> words, const Streams& streams)
     else if (command->Run != nullptr)
         command->Run(call, streams);
     else
-        EditFile(call, streams, [&](Editing& editing) { command->Edit(call, editing); });
+        EditFile(call, streams, [edit = command->Edit, &call = call](Editing& editing) { edit(call, editing); });
 }
 
 } // namespace
 
 std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, bool hasFile)
 {
-    const auto command = std::ranges::find(Commands, words.front(), &Command::Name);
+    const Command* const command = std::ranges::find(Commands, words.front(), &Command::Name);
     if (command == std::end(Commands))
         throw Failure(Misused, "no command " + Quoted(words.front()) + "; see \"qmini --help\"");
     if (!hasFile && command->Edit == nullptr)
