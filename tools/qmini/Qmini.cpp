@@ -85,7 +85,7 @@ void Assign(Call& call, std::string_view command, const std::vector<std::string>
         const auto field = Find(Arguments, places[i]);
         if (arguments[i].empty() && (field == &Call::File || field == &Call::Key))
             ThrowMisuse(command, "an empty argument cannot name a file or a key");
-        call.*field = arguments[i];
+        call.*field = arguments[i]; // NOLINT(clang-analyzer-core.*): the others were erased
         call.HasSection = call.HasSection || field == &Call::Section;
     }
 }
