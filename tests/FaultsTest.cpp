@@ -366,7 +366,7 @@ protected:
     /// @return the content of the file and the number of files in its folder.
     std::pair<std::string, std::ptrdiff_t> Now() const
     {
-        return {fs::exists(m_path) ? Read(m_path) : "none",
+        return {fs::exists(m_file) ? Read(m_file) : "none",
                 std::distance(fs::directory_iterator(m_folder), {})};
     }
 
@@ -376,20 +376,20 @@ protected:
         fs::create_directory(m_folder);
         if (target.Length != 0)
             Write(std::string(target.Length, 'o'), "folder/test.ini");
-        target.Make(m_path);
+        target.Make(m_file);
         return Now();
     }
 
     bool Save(const std::string& text)
     {
         INIDocument document;
-        return document.Parse(text) && document.Save(m_path, m_error);
+        return document.Parse(text) && document.Save(m_file, m_error);
     }
 
     std::string Load() const
     {
         INIDocument document;
-        document.Load(m_path);
+        document.Load(m_file);
         return document.Text();
     }
 
@@ -402,7 +402,7 @@ protected:
     }
 
     const std::string m_folder = Path("folder");
-    const std::string m_path = m_folder + "/test.ini";
+    const std::string m_file = m_folder + "/test.ini";
     const std::string m_new = std::string(50, 'n');
     std::error_code m_error;
 };
@@ -477,9 +477,9 @@ TEST_F(Saves, GoStraightToWhatIsNoRegularFile)
     const std::pair<std::string, bool> targets[] = {
         {"/dev/fd/" + std::to_string(pipes[1]), true}, {"/dev/full", false}, {m_folder, false}};
     for (const auto& [target, isDone] : targets) {
-        fs::create_symlink(target, m_path);
+        fs::create_symlink(target, m_file);
         EXPECT_EQ(Save(m_new), isDone) << target;
-        EXPECT_TRUE(fs::remove(m_path));
+        EXPECT_TRUE(fs::remove(m_file));
     }
     std::string bytes(m_new.size(), '.');
     EXPECT_EQ(read(pipes[0], bytes.data(), bytes.size()), std::ssize(m_new));
@@ -492,9 +492,9 @@ TEST_F(Saves, KeepTheFileResumeInterruptedCallsAndTakeNoStandardDescriptor)
 {
     const auto status = [&] {
         struct stat found = {};
-        stat(m_path.c_str(), &found);
-        return std::tuple(found.st_mode, found.st_uid, found.st_gid, found.st_nlink, fs::is_symlink(m_path),
-                          listxattr(m_path.c_str(), nullptr, 0));
+        stat(m_file.c_str(), &found);
+        return std::tuple(found.st_mode, found.st_uid, found.st_gid, found.st_nlink, fs::is_symlink(m_file),
+                          listxattr(m_file.c_str(), nullptr, 0));
     };
     for (const Target& target : Targets) {
         Make(target);
@@ -514,7 +514,7 @@ TEST_F(Saves, KeepTheFileResumeInterruptedCallsAndTakeNoStandardDescriptor)
         EXPECT_EQ(order, target.Make == MakeName ? 1U : 123U);
         EXPECT_TRUE(isDone && (target.Length == 0 || status() == before)) << target.Name;
         EXPECT_TRUE(target.Length != 0 ||
-                    fs::status(m_path).permissions() == fs::status(Write("")).permissions());
+                    fs::status(m_file).permissions() == fs::status(Write("")).permissions());
     }
 }
 
