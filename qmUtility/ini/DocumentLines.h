@@ -15,11 +15,9 @@
 #include <initializer_list>
 #include <limits>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -27,12 +25,6 @@ namespace ini {
 
 /// A line in its list. It stays the same while lines are inserted and erased around it; 0 is the end of the list.
 using LineNumber = std::uint32_t;
-
-/// A section name. Equal names have equal numbers; the empty name is 0.
-using NameNumber = std::uint32_t;
-
-/// The number of a name that no header has.
-inline constexpr NameNumber NoName = std::numeric_limits<NameNumber>::max();
 
 /// A line of a document. It is small because loading a large file is bound by the memory that it fills.
 template <class Char>
@@ -76,8 +68,8 @@ public:
         return !IsHeader() ? Name() : HasKey ? Name().substr(0, Name().size() - m_valueSize - 1) : View();
     }
 
-    /// @return the number of the section that the record of this line has.
-    NameNumber Section() const { return IsActive() ? NearestActive : Nearest; }
+    /// @return the header of the section that the record of this line has, 0 above the first header.
+    LineNumber Header() const { return IsActive() ? NearestActive : Nearest; }
 
 private:
     /// @throws std::length_error
@@ -98,9 +90,8 @@ private:
 public:
     LineNumber Previous = 0;
     LineNumber Next = 0;
-    NameNumber Nearest =
-        0; ///< section of the nearest header above, active or commented out; of a header itself
-    NameNumber NearestActive = 0; ///< section that an active record has here
+    LineNumber Nearest = 0;       ///< the nearest header above, active or not; of a header, itself
+    LineNumber NearestActive = 0; ///< the header of the section that an active record has here
     char Commented = ' ';         ///< see `Line`
     LineKind Kind = LineKind::Blank;
     bool HasKey : 1 = false;         ///< see `Line`
@@ -151,11 +142,9 @@ public:
             if (scanned.Kind == LineKind::MalformedHeader)
                 throw INIFormatError(number);
             DocLine& line = m_lines.emplace_back(scanned);
-            if (line.IsHeader())
-                line.Nearest = Number(scanned.Section);
             line.Previous = number - 1;
             line.Next = number + 1;
-            Place(line, scanned.Text, context);
+            Place(number, scanned.Text, context);
         });
         m_lines.front().Previous = static_cast<LineNumber>(m_lines.size() - 1);
         m_lines.front().Next = m_lines.size() > 1 ? 1 : 0;
@@ -190,47 +179,58 @@ public:
     LineNumber Next(LineNumber line) const { return m_lines[line].Next; }
     LineNumber Previous(LineNumber line) const { return m_lines[line].Previous; }
 
-    View NameOf(NameNumber number) const { return *m_names[number]; }
-    NameNumber NumberOf(View name) const
-    {
-        const auto at = m_numbers.find(name);
-        return at != m_numbers.end() ? at->second : NoName;
-    }
+    /// @return the name of the section that the record of this line has.
+    View SectionOf(LineNumber line) const { return m_lines[m_lines[line].Header()].Name(); }
+    /// @return the name of the section that an active record would have here.
+    View ActiveSectionOf(LineNumber line) const { return m_lines[m_lines[line].NearestActive].Name(); }
 
     /// @return the first line of this key, or 0.
     /// @param section that the record has, or would have if it were active
-    LineNumber FindKey(View key, NameNumber section, bool isActive) const
+    LineNumber FindKey(View key, View section, bool isActive) const
     {
-        const auto isMatch = [&](const DocLine& line) {
-            return line.NearestActive == section && line.IsActive() == isActive && line.Key() == key;
+        const auto isMatch = [&](LineNumber line) {
+            return m_lines[line].IsActive() == isActive && m_lines[line].Key() == key &&
+                   ActiveSectionOf(line) == section;
         };
         LineNumber line = 0;
         if (m_isSearched.load(std::memory_order_relaxed) || m_isSearched.exchange(true)) {
             Index& index = GetIndex();
-            for (line = index.Chain(key, section); line != 0 && !isMatch(m_lines[line]);)
+            for (line = index.Chain(key, section); line != 0 && !isMatch(line);)
                 line = index.Next[line];
         } else { // a single search takes less time than the index
-            for (line = First(); line != 0 && !isMatch(m_lines[line]);)
+            for (line = First(); line != 0 && !isMatch(line);)
                 line = Next(line);
         }
         return line;
     }
 
     /// @return the first active header, or 0.
-    LineNumber FindHeader(NameNumber section) const { return GetIndex().PlacesOf(section).Header; }
-    /// @return whether there is an active key.
-    bool HasKey(NameNumber section) const { return GetIndex().PlacesOf(section).LastKey != 0; }
-    /// @return whether there is an active header, or a key above the first header.
-    bool HasSection(NameNumber section) const
+    LineNumber FindHeader(View section) const
     {
-        return FindHeader(section) != 0 || (section == 0 && HasKey(section));
+        LineNumber first = 0;
+        VisitHeaders(section, [&](LineNumber header) {
+            first = m_lines[header].IsActive() ? header : 0;
+            return first == 0;
+        });
+        return first;
+    }
+    /// @return whether there is an active header, or a key above the first header.
+    bool HasSection(View section) const
+    {
+        return FindHeader(section) != 0 || (section.empty() && GetIndex().LastKey[0] != 0);
     }
     /// @return the last active key, or 0. Not const: the index may have to be made anew.
-    LineNumber FindLastKey(NameNumber section)
+    LineNumber FindLastKey(View section)
     {
         if (!GetIndex().IsLastKeyKnown)
             DropIndex();
-        return GetIndex().PlacesOf(section).LastKey;
+        const std::vector<LineNumber>& lastKeys = GetIndex().LastKey;
+        LineNumber last = section.empty() ? lastKeys[0] : 0;
+        VisitHeaders(section, [&](LineNumber header) {
+            last = lastKeys[header] != 0 ? lastKeys[header] : last;
+            return true;
+        });
+        return last;
     }
 
     /// @return the first of the comment lines of a record, or its own line.
@@ -308,12 +308,9 @@ public:
         if (size > m_lines.capacity())
             m_lines.reserve(2 * size);
         m_own.resize(size);
-        for (Change& change : changes)
-            if (change.Made && change.Made->IsHeader())
-                change.Made->Nearest = Number(change.Made->Name());
         if (Index* const index = m_index) {
             index->Next.resize(size);
-            index->Sections.resize(m_names.size());
+            index->LastKey.resize(size);
         }
         // From here on nothing throws.
         const LineNumber above = Previous(changes.front().At);
@@ -339,8 +336,6 @@ public:
             PlaceAll();
         else if (areContinuationsMoved)
             PlaceContinuations(Next(above), below);
-        if (m_names.size() > 2 * m_lines.size())
-            RenumberNames();
         return true;
     }
 
@@ -381,56 +376,59 @@ private:
     /// What the meaning of a line depends on besides its text.
     struct Context
     {
-        NameNumber Nearest = 0;
-        NameNumber NearestActive = 0;
+        LineNumber Nearest = 0;
+        LineNumber NearestActive = 0;
         bool HasComments = false;    ///< since the last record
         std::size_t Owner = NoOwner; ///< indentation of the key that deeper lines continue
     };
 
+    /// Chains of the headers and keys whose names have the same hash, in file order.
     struct Index
     {
-        struct Places
-        {
-            LineNumber Header = 0;
-            LineNumber LastKey = 0;
-        };
+        explicit Index(std::size_t lines) : First(std::bit_ceil(lines)), Next(lines), LastKey(lines) {}
 
-        Places PlacesOf(NameNumber section) const
+        LineNumber& Chain(View key, View section)
         {
-            return section < Sections.size() ? Sections[section] : Places();
+            const std::hash<View> hash;
+            return First[(hash(key) + hash(section) * std::size_t{0x9E3779B1}) & (First.size() - 1)];
         }
 
-        /// @return the first line of a chain of keys with the same hash.
-        LineNumber& Chain(View key, NameNumber section)
-        {
-            return First[(std::hash<View>()(key) + section * std::size_t{0x9E3779B1}) & (First.size() - 1)];
-        }
-
-        /// Adds a line, which is above all others of its name.
-        void Add(LineNumber number, const DocLine& line)
-        {
-            Places& places = Sections[line.NearestActive];
-            if (line.IsActiveHeader())
-                places.Header = number;
-            else if (line.IsActiveKey() && places.LastKey == 0)
-                places.LastKey = number;
-            if (line.Key().empty())
-                return;
-            Next[number] = std::exchange(Chain(line.Key(), line.NearestActive), number);
-            ++Size;
-        }
-
-        std::vector<Places> Sections;  ///< by name number
-        std::vector<LineNumber> First; ///< of each chain
-        std::vector<LineNumber> Next;  ///< by line, in its chain
-        std::size_t Size = 0;          ///< number of keys
-        bool IsLastKeyKnown = true;    ///< else `LastKey` is some key of the section
+        std::vector<LineNumber> First;   ///< of each chain
+        std::vector<LineNumber> Next;    ///< by line, in its chain
+        std::vector<LineNumber> LastKey; ///< by header: the last active key below it
+        std::size_t Size = 0;            ///< number of lines
+        bool IsLastKeyKnown = true;      ///< else `LastKey` is some key
     };
 
-    struct Hash : std::hash<View>
+    /// Adds a line to the index, at the start of its chain.
+    void AddTo(Index& index, LineNumber number) const
     {
-        using is_transparent = void;
-    };
+        const DocLine& line = m_lines[number];
+        if (line.IsActiveKey() && index.LastKey[line.NearestActive] == 0)
+            index.LastKey[line.NearestActive] = number;
+        if (line.Key().empty() && !line.IsHeader())
+            return;
+        const View section = line.IsHeader() ? line.Name() : ActiveSectionOf(number);
+        index.Next[number] = std::exchange(index.Chain(line.Key(), section), number);
+        ++index.Size;
+    }
+
+    /// @return the chain that has the headers of a section.
+    LineNumber& HeaderChain(Index& index, View section) const
+    {
+        const std::size_t equals = IsCommon() ? View::npos : section.find('=');
+        return index.Chain(equals != View::npos ? section.substr(0, equals) : View(), section);
+    }
+
+    /// Calls `visit` with each header of a section, in file order, until it returns false.
+    template <class Visitor>
+    void VisitHeaders(View section, Visitor visit) const
+    {
+        Index& index = GetIndex();
+        for (LineNumber line = HeaderChain(index, section); line != 0; line = index.Next[line])
+            if (m_lines[line].IsHeader() && m_lines[line].Name() == section && !visit(line))
+                return;
+    }
 
     template <class Visitor>
     void Scan(View text, Visitor visit) const
@@ -450,35 +448,6 @@ private:
     /// @return whether a text at the start would be read as a byte order mark.
     bool IsMark(View text) const { return IsCommon() && m_mark.empty() && ByteOrderMarkSize(text) != 0; }
 
-    /// @return the number of a name, new or not.
-    NameNumber Number(View name)
-    {
-        auto at = m_numbers.find(name);
-        if (at == m_numbers.end()) {
-            m_names.reserve(std::bit_ceil(m_names.size() + 1)); // so that `push_back` cannot throw
-            at = m_numbers.emplace(name, static_cast<NameNumber>(m_names.size())).first;
-            m_names.push_back(&at->first);
-        }
-        return at->second;
-    }
-
-    /// Forgets the names of headers that are gone.
-    void RenumberNames()
-    try {
-        DropIndex();
-        DocumentLines names(m_syntax, platform::Buffer<Char>(0));
-        for (LineNumber line = First(); line != 0; line = Next(line))
-            if (m_lines[line].IsHeader())
-                names.Number(m_lines[line].Name());
-        for (LineNumber line = First(); line != 0; line = Next(line))
-            if (m_lines[line].IsHeader())
-                m_lines[line].Nearest = names.NumberOf(m_lines[line].Name());
-        m_numbers.swap(names.m_numbers);
-        m_names.swap(names.m_names);
-        PlaceAll();
-    } catch (const std::bad_alloc&) { // then they stay for the time being
-    }
-
     // The three changes. The index goes, unless it is one that applications make many times: a new value, key,
     // section or comment.
 
@@ -495,18 +464,21 @@ private:
         line.Previous = Previous(before);
         m_lines[line.Previous].Next = m_lines[before].Previous = number;
         Context context = {m_lines[line.Previous].Nearest, m_lines[line.Previous].NearestActive};
-        Place(line, line.Text(), context);
+        Place(number, line.Text(), context);
 
         Index* const index = m_index;
         if (index == nullptr || !line.IsRecord)
             return;
-        LineNumber& lastKey = index->Sections[line.NearestActive].LastKey;
+        bool isNew = true;
+        if (line.IsHeader())
+            VisitHeaders(line.Name(), [&](LineNumber) { return isNew = false; });
+        LineNumber& lastKey = index->LastKey[line.NearestActive];
         if (line.IsKey() && lastKey != 0) {
             index->IsLastKeyKnown = index->IsLastKeyKnown && AfterContinuations(lastKey) == number;
             lastKey = 0;
         }
-        index->Add(number, line);
-        if (index->Size > index->First.size())
+        AddTo(*index, number);
+        if (!isNew || index->Size > index->First.size())
             DropIndex();
     }
 
@@ -517,7 +489,7 @@ private:
             DropIndex();
         made.Previous = line.Previous;
         made.Next = line.Next;
-        made.Nearest = line.IsHeader() ? made.Nearest : line.Nearest;
+        made.Nearest = line.Nearest;
         made.NearestActive = line.NearestActive;
         made.IsRecord = line.IsRecord;
         made.IsContinuation = line.IsContinuation;
@@ -538,12 +510,13 @@ private:
     }
 
     /// Gives a line the meaning that it has in a context, and the context what the line changes in it.
-    void Place(DocLine& line, View text, Context& context) const
+    void Place(LineNumber number, View text, Context& context)
     {
+        DocLine& line = m_lines[number];
         if (line.IsHeader()) {
-            context.Nearest = line.Nearest;
+            context.Nearest = number;
             if (line.IsActive() || !IsCommon())
-                context.NearestActive = line.Nearest;
+                context.NearestActive = number;
         }
         line.Nearest = context.Nearest;
         line.NearestActive = context.NearestActive;
@@ -566,7 +539,7 @@ private:
     {
         Context context;
         for (LineNumber line = First(); line != 0; line = Next(line))
-            Place(m_lines[line], m_lines[line].Text(), context);
+            Place(line, m_lines[line].Text(), context);
     }
 
     /// Finds what continues a key among the lines from one to another, and below as far as it changes.
@@ -592,12 +565,9 @@ private:
         Index* index = m_index.load(std::memory_order_acquire);
         if (index != nullptr)
             return *index;
-        auto made = std::make_unique<Index>();
-        made->Sections.resize(m_names.size());
-        made->First.resize(std::bit_ceil(m_lines.size()));
-        made->Next.resize(m_lines.size());
+        auto made = std::make_unique<Index>(m_lines.size());
         for (LineNumber line = Last(); line != 0; line = Previous(line))
-            made->Add(line, m_lines[line]);
+            AddTo(*made, line);
         if (m_index.compare_exchange_strong(index, made.get(), std::memory_order_acq_rel))
             index = made.release(); // no other thread was faster
         return *index;
@@ -616,9 +586,6 @@ private:
     std::vector<DocLine> m_lines{1};
     std::vector<std::unique_ptr<Char[]>> m_own; ///< texts of the lines that were changed
     LineNumber m_free = 0;                      ///< first of the erased lines, whose places are used again
-    std::unordered_map<std::basic_string<Char>, NameNumber, Hash, std::equal_to<>> m_numbers{
-        {std::basic_string<Char>(), 0}};
-    std::vector<const std::basic_string<Char>*> m_names{&m_numbers.begin()->first}; ///< by number
     mutable std::atomic<Index*> m_index = nullptr;
     mutable std::atomic<bool> m_isSearched = false; ///< since the index was dropped
 };

@@ -9,7 +9,6 @@
 
 using ini::LineKind;
 using ini::LineNumber;
-using ini::NameNumber;
 
 template <class Char>
 struct BasicINIDocument<Char>::State
@@ -115,10 +114,12 @@ auto BasicINIDocument<Char>::Text() const -> String
 template <class Char>
 bool BasicINIDocument<Char>::Save(const std::filesystem::path& path, std::error_code& error) const
 {
-    const std::locale locale = m_state ? m_state->Locale : std::locale();
-    const auto bytes = ini::Encoding<Char>(locale).TryEncode(Text());
-    if (bytes)
-        return platform::File::Replace(platform::SystemPath(path), *bytes, error);
+    std::string bytes;
+    ini::Encoding<Char> encoding(m_state ? m_state->Locale : std::locale());
+    if (encoding.Append(bytes, Text(), ini::Unencodable::Fail)) {
+        encoding.Finish(bytes);
+        return platform::File::Replace(platform::SystemPath(path), bytes, error);
+    }
     error = std::make_error_code(std::errc::illegal_byte_sequence);
     return false;
 }
@@ -139,8 +140,7 @@ template <class Char>
 LineNumber Find(const ini::DocumentLines<Char>& lines, std::basic_string_view<Char> key,
                 std::basic_string_view<Char> section)
 {
-    const NameNumber number = lines.NumberOf(section);
-    return key.empty() ? lines.FindHeader(number) : lines.FindKey(key, number, true);
+    return key.empty() ? lines.FindHeader(section) : lines.FindKey(key, section, true);
 }
 
 } // namespace
@@ -153,7 +153,7 @@ auto BasicINIDocument<Char>::ViewOf(const Lines& lines, std::uint32_t line) -> R
     view.m_line = line;
     if (line != 0 && lines[line].Kind != LineKind::Other) { // which makes an empty record
         view.Commented = lines[line].Commented;
-        view.Section = lines.NameOf(lines[line].Section());
+        view.Section = lines.SectionOf(line);
         view.Key = lines[line].Key();
         view.Value = lines[line].Value();
     }
@@ -233,7 +233,7 @@ auto BasicINIDocument<Char>::GetSectionNames() const -> std::vector<String>
     const Lines& lines = GetLines();
     std::vector<String> names;
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line))
-        if (lines[line].IsActiveHeader() && lines.FindHeader(lines[line].Nearest) == line)
+        if (lines[line].IsActiveHeader() && lines.FindHeader(lines[line].Name()) == line)
             names.emplace_back(lines[line].Name());
     return names;
 }
@@ -247,7 +247,7 @@ bool BasicINIDocument<Char>::RecordExists(View key, View section) const
 template <class Char>
 bool BasicINIDocument<Char>::SectionExists(View section) const
 {
-    return GetLines().HasSection(GetLines().NumberOf(section));
+    return GetLines().HasSection(section);
 }
 
 // Values
@@ -284,7 +284,8 @@ bool ReadFloating(const std::string& text, Number& number)
     if (text.empty() || text.front() == '+' || !(stream >> number) || !stream.eof())
         return false;
     const std::size_t digits = text.find_first_of("123456789");
-    return number != 0 || digits == std::string::npos || digits > text.find_first_of("Ee"); // else it is too small
+    return number != 0 || digits == std::string::npos ||
+           digits > text.find_first_of("Ee"); // else it is too small
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 using ini::LineKind;
 using ini::LineNumber;
-using ini::NameNumber;
 
 namespace {
 
@@ -96,15 +95,14 @@ struct Place
 /// Finds the place of a new key in a section that is there.
 /// @param above the line that it goes below if it can
 template <class Char>
-Place<Char> PlaceBelow(const Lines<Char>& lines, LineNumber above, NameNumber section)
+Place<Char> PlaceBelow(Lines<Char>& lines, LineNumber above, View<Char> section)
 {
     // The nearest key above, else the first one. A line that continues a key is no model.
     const auto isModel = [&](LineNumber line) {
-        return lines[line].IsActiveKey() && lines[line].NearestActive == section &&
-               !lines[line].IsContinuation;
+        return lines[line].IsActiveKey() && lines.SectionOf(line) == section && !lines[line].IsContinuation;
     };
     LineNumber model = 0;
-    if (lines.HasKey(section)) {
+    if (lines.FindLastKey(section) != 0) {
         for (model = above; model != 0 && !isModel(model);)
             model = lines.Previous(model);
         if (model == 0)
@@ -161,8 +159,7 @@ bool BasicINIDocument<Char>::SetValue(View key, View value, View section)
     Lines& lines = EditLines();
     if (key.empty())
         return false;
-    const NameNumber number = lines.NumberOf(section);
-    if (const LineNumber line = lines.FindKey(key, number, true); line != 0) {
+    if (const LineNumber line = lines.FindKey(key, section, true); line != 0) {
         if (HasIgnoredContinuation(lines, line))
             return false;
         auto made = Replaced(lines, line, lines[line].Value(), value);
@@ -173,13 +170,13 @@ bool BasicINIDocument<Char>::SetValue(View key, View value, View section)
     typename Lines::Changes changes;
     Place<Char> place;
     bool isAtTop = false;
-    LineNumber above = lines.FindKey(key, number, false);
+    LineNumber above = lines.FindKey(key, section, false);
     if (above == 0)
-        above = lines.FindLastKey(number);
+        above = lines.FindLastKey(section);
     if (above == 0)
-        above = lines.FindHeader(number);
+        above = lines.FindHeader(section);
     if (above != 0)
-        place = PlaceBelow(lines, above, number);
+        place = PlaceBelow(lines, above, section);
     else if (section.empty()) {
         LineNumber header = lines.First();
         while (header != 0 && !lines[header].IsHeader())
@@ -217,7 +214,7 @@ template <class Char>
 bool BasicINIDocument<Char>::DeleteRecord(View key, View section)
 {
     Lines& lines = EditLines();
-    const LineNumber record = key.empty() ? 0 : lines.FindKey(key, lines.NumberOf(section), true);
+    const LineNumber record = key.empty() ? 0 : lines.FindKey(key, section, true);
     if (record == 0 || lines[record].IsHeader()) // a header with a key begins the section of other records
         return false;
     const LineNumber end = lines.AfterContinuations(record);
@@ -234,18 +231,17 @@ template <class Char>
 bool BasicINIDocument<Char>::DeleteSection(View section)
 {
     Lines& lines = EditLines();
-    const NameNumber number = lines.NumberOf(section);
-    if (!lines.HasSection(number))
+    if (!lines.HasSection(section))
         return false;
     typename Lines::Changes changes;
     for (LineNumber line = lines.First(); line != 0;) {
         LineNumber end = lines.Next(line);
-        const bool isHeader = lines[line].IsActiveHeader() && lines[line].Nearest == number;
+        const bool isHeader = lines[line].IsActiveHeader() && lines[line].Name() == section;
         if (isHeader) {
             while (end != 0 && !lines[end].IsHeader())
                 end = lines.Next(end);
             end = end != 0 ? lines.FirstComment(end) : 0;
-        } else if (lines[line].IsActiveKey() && lines[line].NearestActive == number)
+        } else if (lines[line].IsActiveKey() && lines.SectionOf(line) == section)
             end = lines.AfterContinuations(line); // above the first header, or below a commented-out one
         else {
             line = end;
@@ -261,12 +257,11 @@ template <class Char>
 bool BasicINIDocument<Char>::RenameSection(View from, View to)
 {
     Lines& lines = EditLines();
-    const NameNumber number = lines.NumberOf(from);
-    if (lines.FindHeader(number) == 0 || to.empty() || SectionExists(to))
+    if (lines.FindHeader(from) == 0 || to.empty() || SectionExists(to))
         return false;
     typename Lines::Changes changes;
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line)) {
-        if (!lines[line].IsActiveHeader() || lines[line].Nearest != number)
+        if (!lines[line].IsActiveHeader() || lines[line].Name() != from)
             continue;
         auto made = Replaced(lines, line, lines[line].Name(), to);
         if (!made || !made->IsActiveHeader() || made->HasKey || made->Name() != to)
@@ -292,11 +287,10 @@ template <class Char>
 bool BasicINIDocument<Char>::ChangeRecord(Char commented, View key, View section)
 {
     Lines& lines = EditLines();
-    const NameNumber number = lines.NumberOf(section);
-    const LineNumber line = key.empty() ? 0 : lines.FindKey(key, number, commented != ' ');
+    const LineNumber line = key.empty() ? 0 : lines.FindKey(key, section, commented != ' ');
     // Commented out, the record belongs to the nearest header of either kind.
     if (line == 0 || HasIgnoredContinuation(lines, line) ||
-        (commented != ' ' && lines[line].Nearest != number))
+        (commented != ' ' && lines[lines[line].Nearest].Name() != section))
         return false;
     auto made = Commented(lines, line, commented);
     return made && IsSame(*made, lines[line]) && made->Commented == commented &&
@@ -319,18 +313,18 @@ template <class Char>
 bool BasicINIDocument<Char>::ChangeSection(Char commented, View section)
 {
     Lines& lines = EditLines();
-    const NameNumber number = lines.NumberOf(section);
     typename Lines::Changes changes;
-    NameNumber active = 0; // the section of active keys, afterwards
+    View active; // the section of active keys, afterwards
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line)) {
         const DocLine<Char>& old = lines[line];
         if (!old.IsHeader() && !old.IsKey())
             continue;
-        const bool isMeant = old.IsActive() == (commented != ' ') && old.Section() == number;
+        const bool isMeant = old.IsActive() == (commented != ' ') && lines.SectionOf(line) == section;
         const bool isActive = isMeant ? commented == ' ' : old.IsActive();
         if (old.IsHeader() && (isActive || !lines.IsCommon()))
-            active = old.Nearest;
-        if ((isActive ? active : old.Nearest) != old.Section()) // the record would change its section
+            active = old.Name();
+        if ((isActive ? active : lines[old.Nearest].Name()) !=
+            lines.SectionOf(line)) // it would change its section
             return false;
         if (!isMeant)
             continue;
@@ -347,14 +341,14 @@ template <class Char>
 bool BasicINIDocument<Char>::SetRecordComments(View comments, View key, View section)
 {
     const Lines& lines = EditLines();
-    return !key.empty() && SetComments(lines.FindKey(key, lines.NumberOf(section), true), comments);
+    return !key.empty() && SetComments(lines.FindKey(key, section, true), comments);
 }
 
 template <class Char>
 bool BasicINIDocument<Char>::SetSectionComments(View comments, View section)
 {
     const Lines& lines = EditLines();
-    return SetComments(lines.FindHeader(lines.NumberOf(section)), comments);
+    return SetComments(lines.FindHeader(section), comments);
 }
 
 template <class Char>

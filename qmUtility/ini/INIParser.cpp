@@ -6,7 +6,6 @@
 #include "qmUtility/platform/File.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <locale>
 #include <string_view>
@@ -114,7 +113,8 @@ void AppendRecord(std::basic_string<Char>& text, const ini::RecordView<Char>& re
 /// Appends bytes with the newlines of the system's text files.
 void AppendLines(std::string& text, std::string_view bytes)
 {
-    for (std::size_t end = 0; (end = bytes.find('\n')) != std::string_view::npos; bytes.remove_prefix(end + 1))
+    for (std::size_t end = 0; (end = bytes.find('\n')) != std::string_view::npos;
+         bytes.remove_prefix(end + 1))
         (text += bytes.substr(0, end)) += platform::Newline;
     text += bytes;
 }
@@ -136,19 +136,18 @@ bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list)
     ends.reserve(list.Records.size() + 1);
     std::basic_string<Char> text;
     auto encoding = list.Encoding;
-    std::array<char, 4096> piece;
+    std::string encoded;
     bool isFirstSection = true;
     for (const auto& record : list.Records) {
         const bool isSpaced = record.Key.empty() && !std::exchange(isFirstSection, false) && !isNarrow;
         text.clear();
         AppendRecord(text, record, isNarrow, isSpaced);
-        for (std::basic_string_view<Char> rest = text; !rest.empty();) {
-            const char* const end = encoding.Encode(rest, piece.data(), piece.data() + piece.size());
-            AppendLines(bytes, {piece.data(), end});
-        }
+        encoded.clear();
+        encoding.Append(encoded, text, ini::Unencodable::Replace);
+        AppendLines(bytes, encoded);
         ends.push_back(bytes.size());
     }
-    bytes.append(piece.data(), encoding.Finish(piece.data(), piece.data() + piece.size()));
+    encoding.Finish(bytes);
     ends.push_back(bytes.size());
 
     platform::File file{platform::SystemPath(path)};

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/ini/TextFile.h"
 
+#include <algorithm>
 #include <array>
-#include <climits>
-#include <cwchar>
 #include <typeinfo>
 
 using platform::Buffer;
 
 namespace ini {
-
-Encoding<wchar_t>::Encoding(const std::locale& locale) : m_locale(locale) {}
 
 std::optional<Buffer<wchar_t>> Encoding<wchar_t>::Decode(Buffer<char> bytes) const
 {
@@ -44,61 +41,46 @@ std::optional<Buffer<wchar_t>> Encoding<wchar_t>::Decode(Buffer<char> bytes) con
     return text;
 }
 
-/// Encodes a text as far as there is room for whole characters.
-/// @param text becomes what is left of it.
-/// @return false when its first character cannot be encoded.
-bool Encoding<wchar_t>::Convert(std::mbstate_t& state, std::wstring_view& text, char*& to, char* end) const
+bool Encoding<wchar_t>::Append(std::string& bytes, std::wstring_view text, Unencodable unencodable)
 {
-    while (!text.empty() && end - to >= MB_LEN_MAX) {
-        const wchar_t* next = text.data();
-        m_conversion.out(state, next, next + text.size(), next, to, end, to);
-        if (next == text.data()) // although there is room
+    if (BytesAreCharacters()) {
+        const auto isByte = [](wchar_t c) { return static_cast<char32_t>(c) <= 0xFF; };
+        if (unencodable == Unencodable::Fail && !std::all_of(text.begin(), text.end(), isByte))
             return false;
+        const std::size_t size = bytes.size();
+        bytes.resize(size + text.size());
+        std::transform(text.begin(), text.end(), bytes.data() + size,
+                       [=](wchar_t c) { return isByte(c) ? static_cast<char>(c) : '?'; });
+        return true;
+    }
+    std::array<char, 4096> piece; // has room for any character
+    while (!text.empty()) {
+        char* end = piece.data();
+        const auto encode = [&](const wchar_t* from, const wchar_t* to) {
+            m_conversion.out(m_state, from, to, from, piece.data(), piece.data() + piece.size(), end);
+            bytes.append(piece.data(), end);
+            return from;
+        };
+        const wchar_t* next = encode(text.data(), text.data() + text.size());
+        if (next == text.data()) {
+            constexpr wchar_t mark = L'?';
+            if (unencodable == Unencodable::Fail)
+                return false;
+            encode(&mark, &mark + 1);
+            ++next;
+        }
         text.remove_prefix(static_cast<std::size_t>(next - text.data()));
     }
     return true;
 }
 
-char* Encoding<wchar_t>::EncodeByLocale(std::wstring_view& text, char* to, char* end)
+void Encoding<wchar_t>::Finish(std::string& bytes)
 {
-    while (!Convert(m_state, text, to, end)) {
-        const wchar_t mark = L'?';
-        const wchar_t* next = nullptr;
-        m_conversion.out(m_state, &mark, &mark + 1, next, to, end, to);
-        text.remove_prefix(1);
-    }
-    return to;
-}
-
-char* Encoding<wchar_t>::Finish(char* to, char* end)
-{
-    m_conversion.unshift(m_state, to, end, to);
-    return to;
-}
-
-std::optional<std::string> Encoding<wchar_t>::TryEncode(std::wstring_view text) const
-{
-    std::string bytes;
-    if (BytesAreCharacters()) {
-        if (std::any_of(text.begin(), text.end(), [](wchar_t c) { return static_cast<char32_t>(c) > 0xFF; }))
-            return std::nullopt;
-        bytes.resize(text.size());
-        std::transform(text.begin(), text.end(), bytes.begin(),
-                       [](wchar_t c) { return static_cast<char>(c); });
-        return bytes;
-    }
-    std::mbstate_t state{};
     std::array<char, 4096> piece;
-    char* end = nullptr;
-    do {
-        end = piece.data();
-        if (!Convert(state, text, end, piece.data() + piece.size()))
-            return std::nullopt;
-        bytes.append(piece.data(), end);
-    } while (!text.empty());
-    m_conversion.unshift(state, piece.data(), piece.data() + piece.size(), end);
+    char* end = piece.data();
+    if (!BytesAreCharacters())
+        m_conversion.unshift(m_state, piece.data(), piece.data() + piece.size(), end);
     bytes.append(piece.data(), end);
-    return bytes;
 }
 
 } // namespace ini

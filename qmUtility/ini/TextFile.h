@@ -6,14 +6,20 @@
 
 #include "qmUtility/platform/File.h"
 
-#include <algorithm>
-#include <cstddef>
+#include <cwchar>
 #include <locale>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace ini {
+
+/// What encoding does with a character that the locale has no bytes for.
+enum class Unencodable
+{
+    Fail,
+    Replace, ///< by "?"
+};
 
 /// The conversion between the bytes of a file and characters.
 template <class Char>
@@ -27,20 +33,13 @@ public:
     explicit Encoding(const std::locale& /*locale*/) {}
 
     static bool BytesAreCharacters() { return true; }
-
     static std::optional<platform::Buffer<char>> Decode(platform::Buffer<char> bytes) { return bytes; }
-
-    char* Encode(std::string_view& text, char* to, char* end)
+    static bool Append(std::string& bytes, std::string_view text, Unencodable /*unencodable*/)
     {
-        const std::size_t count = std::min(text.size(), static_cast<std::size_t>(end - to));
-        to = std::copy_n(text.data(), count, to);
-        text.remove_prefix(count);
-        return to;
+        bytes += text;
+        return true;
     }
-
-    char* Finish(char* to, char* /*end*/) { return to; }
-
-    static std::optional<std::string> TryEncode(std::string_view text) { return std::string(text); }
+    static void Finish(std::string& /*bytes*/) {}
 };
 
 /// The conversion of a locale.
@@ -48,7 +47,7 @@ template <>
 class Encoding<wchar_t>
 {
 public:
-    explicit Encoding(const std::locale& locale);
+    explicit Encoding(const std::locale& locale) : m_locale(locale) {}
 
     /// @return whether each byte is the `wchar_t` of the same value, as with the classic "C" locale. The
     ///   standard library's own conversion there may stop at bytes above 127, so it is not used.
@@ -57,34 +56,14 @@ public:
     /// @return the text of the bytes, or nothing when some of them cannot be decoded.
     std::optional<platform::Buffer<wchar_t>> Decode(platform::Buffer<char> bytes) const;
 
-    /// Encodes a text as far as there is room, with "?" for each character that cannot be encoded. Allocates
-    /// nothing.
-    /// @param text becomes what is left of it.
-    /// @return the end of what was written.
-    char* Encode(std::wstring_view& text, char* to, char* end)
-    {
-        if (!BytesAreCharacters())
-            return EncodeByLocale(text, to, end);
-        const std::size_t count = std::min(text.size(), static_cast<std::size_t>(end - to));
-        to = std::transform(text.data(), text.data() + count, to, [](wchar_t c) {
-            return static_cast<char32_t>(c) <= 0xFF ? static_cast<char>(c) : '?';
-        });
-        text.remove_prefix(count);
-        return to;
-    }
+    /// Appends the bytes of a text.
+    /// @return false when a character cannot be encoded and that fails.
+    bool Append(std::string& bytes, std::wstring_view text, Unencodable unencodable);
 
-    /// Writes the bytes that return a state-dependent encoding to its initial state, as far as there is room.
-    /// @return the end of what was written.
-    char* Finish(char* to, char* end);
-
-    /// Encodes a whole text, from the initial state of the encoding back to it.
-    /// @return nothing when a character cannot be encoded.
-    std::optional<std::string> TryEncode(std::wstring_view text) const;
+    /// Appends the bytes that return a state-dependent encoding to its initial state.
+    void Finish(std::string& bytes);
 
 private:
-    char* EncodeByLocale(std::wstring_view& text, char* to, char* end);
-    bool Convert(std::mbstate_t& state, std::wstring_view& text, char*& to, char* end) const;
-
     using Conversion = std::codecvt<wchar_t, char, std::mbstate_t>;
 
     std::locale m_locale;
