@@ -30,39 +30,31 @@ class DocumentLines;
 /// An INI file in memory: a text, and the records that it holds.
 ///
 ///     INIDocument settings;
-///     std::error_code error;
-///     if (!settings.Load("app.ini", error) && error != std::errc::no_such_file_or_directory)
-///         ...                                                   // there is a file, which cannot be read
-///     const int width = settings.Get<int>("Width", "Window").value_or(800);
-///     settings.SetValue("Width", "1024", "Window");             // changes these bytes, and no others
-///     const bool isSaved = settings.Save("app.ini", error);     // the old file or the new one, whole
+///     settings.Load("app.ini");                                              // false if it cannot be read
+///     const int width = settings.Get<int>("Width", "Window").value_or(800);  // key, section
+///     settings.SetValue("Width", "1024", "Window");                          // changes only these characters
+///     settings.Save("app.ini");                                              // false: the file is as it was
 ///
-/// **The text** is kept as it is. An edit changes the bytes that it is about, and no others: comments, blank
-/// lines, indentation and newlines stay. At every moment the records are those that a new document reads from
-/// `Text()`.
+/// **Text.** An edit changes the characters that it is about; all other text stays as it is. The records are
+/// always those that a new document would read from `Text()`. docs/ini-format.md describes both syntaxes and every
+/// edit.
 ///
-/// **Names** match when they have the same code units. Of several matches the first in the file counts.
-/// Lookups see active records only; iteration visits the commented-out ones, too. An empty key names the
-/// section's header in a lookup; an empty section name is that of the keys above the first header.
+/// **Names** match when they have the same code units. Of several matches the first in the file counts. Lookups
+/// see active records only, iteration all of them. An empty key names the section's header in a lookup; an empty
+/// section name is that of the keys above the first header.
 ///
-/// **Edits** return true when they were made. They return false, with nothing changed, when there is no such
-/// record or section, and when the result would not be read back as asked, or would change how another record
-/// is read: a "=" in a key, a newline, "]" in a section name, blanks at the ends, and the like. Arguments may
-/// be views into the document itself.
+/// **Edits** return false and change nothing when there is no such record or section, when the result would not be
+/// read back as given, and when another record would be read differently. Arguments may be views into the
+/// document.
 ///
-/// **Characters.** `INIDocument` keeps bytes as they are; `WINIDocument` converts by the locale that it is
-/// constructed with.
+/// **Complexity.** `Load`, `Parse`, `Text` and `Save` are linear in the text. `SetValue`, `AddSection` and lookups
+/// of one record take constant time on average when there are many; `Sort` takes n log n, everything else at most
+/// linear time in the number of lines.
 ///
-/// **Complexity.** `Load`, `Parse`, `Text` and `Save` take linear time in the size of the text. Many lookups of
-/// values, and many `SetValue` and `AddSection`, take constant time each on average; everything else is at most
-/// linear in the number of lines, `Sort` n log n.
+/// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it was. A
+/// line of 2^32 characters or more throws std::length_error.
 ///
-/// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it
-/// was. A line of 2^32 characters or more throws std::length_error.
-///
-/// **Threads.** Several threads may read a document that none edits. Copies are independent of one another.
-///
-/// docs/ini-format.md describes both syntaxes and the layout of new lines.
+/// **Threads.** Several threads may read a document that none edits. Copies are independent.
 template <class Char>
 class QMUTILITY_API BasicINIDocument
 {

@@ -58,6 +58,14 @@ struct INIParser::List
         return true;
     }
 
+    /// Loads a file, calls `change` with its records, and saves them if that returns true.
+    template <class Change>
+    static bool Edit(std::basic_string<Char> path, Change change)
+    {
+        List list;
+        return Load(path, list) && change(list) && Save(path, list);
+    }
+
     ini::Encoding<Char> Encoding{std::locale()};
     platform::Buffer<Char> Text{0};
     std::vector<RecordView> Records;
@@ -212,67 +220,62 @@ bool INIParser::Sort(std::string path, bool descending)
 
 bool INIParser::SetValue(std::string key, std::string value, std::string section, std::string path)
 {
-    List<char> list;
-    return Load(path, list) && list.SetValue(key, value, section) && Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) { return list.SetValue(key, value, section); });
 }
 
 bool INIParser::SetValue(std::wstring key, std::wstring value, std::wstring section, std::wstring path)
 {
-    List<wchar_t> list;
-    return Load(path, list) && list.SetValue(key, value, section) && Save(path, list);
+    return List<wchar_t>::Edit(path, [&](auto& list) { return list.SetValue(key, value, section); });
 }
 
 bool INIParser::AddSection(std::string section, std::string path)
 {
-    List<char> list;
-    if (!Load(path, list))
-        return false;
-    list.Records.push_back({{}, ' ', section, {}, {}});
-    return Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) {
+        list.Records.push_back({{}, ' ', section, {}, {}});
+        return true;
+    });
 }
 
 bool INIParser::DeleteRecord(std::string key, std::string section, std::string path)
 {
-    List<char> list;
-    return Load(path, list) && list.ChangeRecord(key, section, [&](auto at) { list.Records.erase(at); }) &&
-           Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) {
+        return list.ChangeRecord(key, section, [&](auto at) { list.Records.erase(at); });
+    });
 }
 
 bool INIParser::DeleteSection(std::string section, std::string path)
 {
-    List<char> list;
-    if (!Load(path, list))
-        return false;
-    std::erase_if(list.Records, [&](const auto& record) { return record.Section == section; });
-    return Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) {
+        std::erase_if(list.Records, [&](const auto& record) { return record.Section == section; });
+        return true;
+    });
 }
 
 bool INIParser::RenameSection(std::string oldName, std::string newName, std::string path)
 {
-    List<char> list;
-    return Load(path, list) && list.ChangeSection(oldName, [&](auto& record) { record.Section = newName; }) &&
-           Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) {
+        return list.ChangeSection(oldName, [&](auto& record) { record.Section = newName; });
+    });
 }
 
 bool INIParser::CommentRecord(CommentChar character, std::string key, std::string section, std::string path)
 {
-    List<char> list;
-    const auto comment = [=](auto at) { at->Commented = static_cast<char>(character); };
-    return Load(path, list) && list.ChangeRecord(key, section, comment) && Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) {
+        return list.ChangeRecord(key, section,
+                                 [=](auto at) { at->Commented = static_cast<char>(character); });
+    });
 }
 
 bool INIParser::CommentSection(char character, std::string section, std::string path)
 {
-    List<char> list;
-    const auto comment = [=](auto& record) { record.Commented = character; };
-    return Load(path, list) && list.ChangeSection(section, comment) && Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) {
+        return list.ChangeSection(section, [=](auto& record) { record.Commented = character; });
+    });
 }
 
 bool INIParser::UnCommentRecord(std::string key, std::string section, std::string path)
 {
-    List<char> list;
-    const auto restore = [](auto at) { at->Commented = ' '; };
-    return Load(path, list) && list.ChangeRecord(key, section, restore) && Save(path, list);
+    return CommentRecord(static_cast<CommentChar>(' '), std::move(key), std::move(section), std::move(path));
 }
 
 bool INIParser::UnCommentSection(std::string section, std::string path)
@@ -287,9 +290,9 @@ bool INIParser::SetRecordComments(std::string comments, std::string key, std::st
     // another, and a text of a single character gets none.
     if (comments.size() >= 2)
         comments += '\n';
-    List<char> list;
-    const auto replace = [&](auto at) { at->Comments = comments; };
-    return Load(path, list) && list.ChangeRecord(key, section, replace) && Save(path, list);
+    return List<char>::Edit(path, [&](auto& list) {
+        return list.ChangeRecord(key, section, [&](auto at) { at->Comments = comments; });
+    });
 }
 
 bool INIParser::SetSectionComments(std::string comments, std::string section, std::string path)

@@ -10,45 +10,30 @@
 #include <string>
 #include <vector>
 
-/// Reads and edits INI files named by their path. Every operation is a static member function. For an
-/// application's settings use `INIDocument`, which is read once, edited many times and saved safely.
+/// Reads and edits INI files named by their path.
 ///
-/// **Operations.** Each call reads the whole file once. One that edits changes the list of records in memory
-/// and writes the whole file back. Nothing is kept between calls.
+///     INIParser::Create("app.ini");
+///     INIParser::SetValue("Width", "800", "Window", "app.ini");              // key, value, section, path
+///     std::string width = INIParser::GetValue("Width", "Window", "app.ini"); // "800"; empty if there is none
+///     INIParser::CommentRecord(INIParser::CommentChar::Hash, "Width", "Window", "app.ini");
 ///
-/// **A rewrite** truncates the file and writes it in place: links, inode, mode and owner stay, one flush for
-/// each record. Meanwhile another process can see a part of the file, and a process that is killed leaves a
-/// part of it. A rewrite does not keep blank lines, white space around lines, text after a header's "]",
-/// comments below the last record, and a last line without a newline; docs/ini-format.md has every case.
+/// Each call reads the whole file once; an edit rewrites it in place. docs/ini-format.md describes how a file is
+/// read, what a rewrite changes, and how characters are converted.
 ///
-/// **Narrow and wide form.** A narrow rewrite begins each active line with a space, intentionally. Programs
-/// that support continuation lines take such a line for a part of the one above. A wide rewrite writes no
-/// such space, and an empty line before each header but the first.
-///
-/// **Arguments.** The path comes last, and the key before the section's name. All are copied.
-///
-/// **Names** match when they have the same length and the same code units (bytes, or `wchar_t` in the wide
-/// form): they are neither trimmed nor case-folded. Commented-out records are found like active ones. Of
+/// **Names** match when they have the same code units. Commented-out records are found like active ones. Of
 /// several matches the first in the file counts. An empty key names the section's header.
 ///
-/// **Paths** are used as given. A wide path is passed on as UTF-8 where the system's paths are bytes. A path
-/// that holds a NUL, and a wide one that is not valid Unicode, name no file.
+/// **Paths** are used as given. A wide path is UTF-8 where the system's paths are bytes. A path with a NUL, and a
+/// wide one that is not valid Unicode, name no file.
 ///
-/// **Characters.** The narrow form keeps bytes as they are. The wide form maps each byte to the `wchar_t` of
-/// the same value and back, unless the global C++ locale has a conversion of its own, which then applies.
-/// Byte order marks are ordinary characters, and so is Ctrl-Z on Windows.
-///
-/// **Failure.** A file that cannot be opened, read to its end (a directory, a read error) or decoded by the
-/// global locale gives an empty result from an operation that returns data, false from one that edits, which
-/// then writes nothing, and true from `RecordExists` and `SectionExists`. Errors after the file is open for
+/// **Failure.** A file that cannot be opened, read to its end or decoded gives an empty result, false from an edit,
+/// which then writes nothing, and true from `RecordExists` and `SectionExists`. Errors after the file is open for
 /// writing, such as a full disk, are not reported.
-///
-/// @throws INIFormatError from every operation that reads, when the file holds a header line without a "]"
-///   after its first character; the file is unchanged.
+/// @throws INIFormatError from every operation that reads, for a header line without a "]" after its first
+///   character; the file is unchanged.
 /// @throws std::bad_alloc when memory runs out; the file is unchanged.
 ///
-/// **Threads.** Any thread may call; there is no shared state. Nothing protects a file from two writers: the
-/// later one wins.
+/// **Threads.** Any thread may call; there is no shared state. Of two simultaneous edits of a file, one is lost.
 class QMUTILITY_API INIParser
 {
 public:
@@ -68,15 +53,13 @@ public:
     /// @return false when the file cannot be opened for writing.
     static bool Create(std::string path);
 
-    /// @return the file's records as text, each line terminated by "\n", without the blank lines and outer white
-    ///   space of the file, and without the space before active lines. Empty when there are no records or the
-    ///   file cannot be read.
+    /// @return the file as a rewrite would write it, without the space before active lines; newlines are "\n".
+    ///   Empty when there are no records or the file cannot be read.
     static std::string Content(std::string path);
 
-    /// Rewrites the file with its sections ordered by name and, inside each section, the keys by name (byte
-    /// by byte, so "B" comes before "a"). Each section record is followed by all keys of its name from the
-    /// whole file: a name with two headers gets its keys twice, and keys of a section without a header (those
-    /// above the first one) are dropped. The order of equal names is unspecified.
+    /// Sorts the sections by name and the keys of each section by name, byte by byte. Each header is followed by
+    /// all keys of its name: a name with two headers gets its keys twice, and keys above the first header are
+    /// dropped. The order of equal names is unspecified.
     /// @param path of the file.
     /// @param descending true for descending order, of sections and keys alike.
     /// @return false, and nothing is written, when the file has no section record or cannot be read; false
