@@ -61,6 +61,9 @@ public:
     /// links, an owner or access list that cannot be given to it, a folder that cannot be written to), the file is
     /// written in place, and the old content is put back if that fails; a process that is killed then may leave a
     /// mixture. What is no regular file is written to directly.
+    ///
+    /// On Windows the path names neither for an instant. A process that is killed in it leaves the old file under the
+    /// temporary file's name with ".old".
     /// @param error receives the reason of a failure; it is cleared otherwise.
     /// @return whether the path names the new content. On false it names the old content.
     static bool Replace(const SystemPath& path, std::string_view bytes, std::error_code& error);

@@ -231,7 +231,7 @@ class Temporary
 public:
     Temporary(int folder, mode_t mode) : m_folder(folder)
     {
-        do { // the name tells whose the file of a process is that was killed; the time is in no other's name
+        do { // the prefix identifies what a killed process left behind; the time makes the name unique
             m_name =
                 ".qmUtility-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count());
             m_file = Descriptor(OpenDescriptor(m_name.c_str(), O_WRONLY | O_CREAT | O_EXCL, mode, folder));

@@ -166,7 +166,7 @@ public:
     {
         SECURITY_ATTRIBUTES securityAttributes{sizeof securityAttributes, security, 0};
         const std::wstring folder = target.substr(0, target.rfind(L'\\') + 1);
-        do { // the name tells whose the file of a process is that was killed; the time is in no other's name
+        do { // the prefix identifies what a killed process left behind; the time makes the name unique
             m_name = folder + L".qmUtility-" +
                      std::to_wstring(std::chrono::steady_clock::now().time_since_epoch().count());
             m_old = m_name + L".old";
