@@ -4,9 +4,12 @@
 #   ```cpp                 statements, run as part of a test
 #   ```ini before          settings.ini becomes this; "ini before, cut" leaves the last newline out
 #   ```ini after           settings.ini is expected to be this
+#   ```ini rewritten       ... once INIParser has rewritten it
 #   ```text console        what the statements above write to the console log; numbers may differ
 #   ```text debugger       ... and to the debugger
 #   ```LANGUAGE FILE       a file of a project that the document describes
+#
+# In statements, "EXPRESSION;  // == VALUE" and "EXPRESSION;  // throws TYPE" are checked.
 #
 # Prints a source file with one test for each heading that has statements below it. With -v project=FOLDER it writes
 # the project's files instead. A block of another kind is an error.
@@ -55,8 +58,9 @@ in_block && /^```$/ {
         body = body "    Write(" raw(text) ", \"settings.ini\");\n"
     else if (role == "ini before, cut")
         body = body "    Write(" raw(substr(text, 1, length(text) - 1)) ", \"settings.ini\");\n"
-    else if (role == "ini after")
-        body = body "    Expect(" first ", Read(\"settings.ini\"), " raw(text) ");\n"
+    else if (role == "ini after" || role == "ini rewritten")
+        body = body (role == "ini after" ? "" : "    INIParser::DeleteSection(\"none of this name\", \"settings.ini\");\n") \
+            "    Expect(" first ", Read(\"settings.ini\"), " raw(text) ");\n"
     else if (role == "text console")
         body = body "    Expect(" first ", m_console, Figures({" raw(text) "}));\n"
     else if (role == "text debugger")
@@ -66,6 +70,10 @@ in_block && /^```$/ {
     next
 }
 
+in_block && role == "cpp" && match($0, /;  *\/\/ (==|throws) /) {
+    value = substr($0, RSTART + RLENGTH)
+    $0 = (substr($0, RSTART + RLENGTH - 3, 2) == "==" ? "EXPECT_EQ(" : "EXPECT_THROW(") substr($0, 1, RSTART - 1) ", " value ");"
+}
 in_block && role == "cpp" && /^#include/ { includes = includes $0 "\n"; next }
 in_block { text = text $0 "\n" }
 
