@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 
 scripts/setup.sh bench
 cmake --preset benchmark >/dev/null
-cmake --build --preset benchmark --target benchmarks qmini
+cmake --build build/benchmark --target benchmarks qmini
 out=docs
 [ $# -eq 0 ] || out=build/benchmark
 results=build/benchmark/results.json

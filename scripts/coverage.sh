@@ -5,9 +5,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh coverage
 rm -rf build/coverage # with the counts of earlier runs, and of sources that are gone
-cmake --workflow --preset coverage
+scripts/test.sh coverage
 
 gcovr --filter qmUtility/ --exclude-throw-branches --exclude-unreachable-branches \
     --html-details build/coverage/report.html --txt --print-summary build/coverage

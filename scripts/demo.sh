@@ -10,10 +10,10 @@ fail() {
     exit 1
 }
 
-echo "demo: on a fresh machine this takes about a minute, most of it packages and compiling; later, 10 seconds"
+echo "demo: about a minute on a fresh machine; packages are installed unless NO_SETUP is set"
 scripts/setup.sh
 cmake --preset release >/dev/null
-cmake --build --preset release --target qmini timing_tour frameloop
+cmake --build build/release --target qmini timing_tour frameloop
 
 build=$PWD/build/release
 folder=$(mktemp -d)

@@ -19,7 +19,7 @@ limit=-max_total_time=$each
 
 scripts/setup.sh fuzz
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
+cmake --build build/fuzz
 mkdir -p build/fuzz/findings
 for fuzzer in "${fuzzers[@]}"; do
     program=build/fuzz/tests/fuzz/fuzz_$fuzzer

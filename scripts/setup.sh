@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs the Debian packages that are missing.
+# Installs the Debian packages that are missing, unless NO_SETUP is set.
 #
 #   scripts/setup.sh [GROUP...]
 #
@@ -44,7 +44,11 @@ if ! command -v apt-get >/dev/null; then
 fi
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-echo "setup: installing ${missing[*]}"
+if [ -n "${NO_SETUP:-}" ]; then
+    echo "setup: NO_SETUP is set; not installed: ${missing[*]}"
+    exit 0
+fi
+echo "setup: installing ${missing[*]} (NO_SETUP=1 skips this)"
 "${as_root[@]}" apt-get update -qq
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
     >/dev/null
