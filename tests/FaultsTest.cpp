@@ -246,7 +246,7 @@ protected:
                 isAsDocumented = after == m_text && (failed == New || failure == Failure::All);
             else if (result == std::size_t{!good})
                 isAsDocumented = after == m_text && !isWrite;
-            else if (isWrite) // is not noticed, and what has been written stays
+            else if (isWrite) // is not reported, and what has been written stays
                 isAsDocumented = result == good && edited.starts_with(after);
             else
                 isAsDocumented = result == good && after == edited && failed != New;

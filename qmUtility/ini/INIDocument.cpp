@@ -18,7 +18,7 @@ struct BasicINIDocument<Char>::State
     {}
 
     /// Replaces the content.
-    /// @return false when this is no text, and nothing is changed.
+    /// @return false, with nothing changed, for a text with a NUL.
     bool Read(platform::Buffer<Char> text)
     {
         if (Content->IsCommon() && View(text).find(Char()) != View::npos)

@@ -154,7 +154,7 @@ public:
     /// A file that a new one could not replace without a loss is written in place: one with other hard links,
     /// with an owner or access list that cannot be given to another file, or in a folder that cannot be written
     /// to. Its old content is put back when that fails, but a process that is killed meanwhile can leave a
-    /// mixture. What is no regular file is written to directly.
+    /// mixture. A pipe or a device is written to directly.
     /// @param path of the file.
     /// @param error the reason of a failure, `illegal_byte_sequence` for a character that the locale cannot
     ///   encode; cleared on success.

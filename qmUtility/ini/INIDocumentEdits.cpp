@@ -97,7 +97,7 @@ struct Place
 template <class Char>
 Place<Char> PlaceBelow(Lines<Char>& lines, LineNumber above, View<Char> section)
 {
-    // The nearest key above, else the first one. A line that continues a key is no model.
+    // The nearest key above, else the first one. Lines that continue a key do not count.
     const auto isModel = [&](LineNumber line) {
         return lines[line].IsActiveKey() && lines.SectionOf(line) == section && !lines[line].IsContinuation;
     };

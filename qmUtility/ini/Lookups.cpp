@@ -84,7 +84,7 @@ void ScanSection(View<From> text, View<Char> section, Visitor& visit)
 }
 
 /// Calls `visit` with records of a file: at least with those of a section, or with all of them for an empty
-/// name. Only the latter have the comments above a header.
+/// name. Comments above a header come with all records only.
 /// @return false, with nothing called, when the file cannot be opened, read to its end, or decoded
 /// @throws INIFormatError for a malformed header, whatever the section
 template <class Char, class Visitor>

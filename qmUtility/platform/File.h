@@ -60,7 +60,7 @@ public:
     /// with its mode, owner and attributes. Where it could not, without losing something of the old file (other hard
     /// links, an owner or access list that cannot be given to it, a folder that cannot be written to), the file is
     /// written in place, and the old content is put back if that fails; a process that is killed then may leave a
-    /// mixture. What is no regular file is written to directly.
+    /// mixture. A pipe or a device is written to directly.
     ///
     /// On Windows the path names neither for an instant. A process that is killed in it leaves the old file under the
     /// temporary file's name with ".old".
