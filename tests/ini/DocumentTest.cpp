@@ -398,6 +398,23 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
     });
 }
 
+TEST(Document, NewKeysFollowTheLastKeyOfTheirSection)
+{
+    const std::tuple<INISyntax, std::string, std::string, std::string, std::string> cases[] = {
+        {Common, "B", "[B]\n#c=0\na=1\n[C]\nz=0\n", "xcy", "[B]\n#c=0\nc=1\na=1\nx=1\ny=1\n[C]\nz=0\n"},
+        {Parser, "B", "\n\n\n\n\n#[B]\n#c=0\n", "xcy", "\n\n\n\n\n#[B]\n#c=0\nc=1\n\n[B]\nx=1\ny=1\n"},
+        {Parser, "a=b", "[a=b]\nc=0\n[C]\n", "xcy", "[a=b]\nc=1\nx=1\ny=1\n[C]\n"},
+        {Common, "a=b", "[a=b]\nc=0\n[C]\n", "xcy", "[a=b]\nc=1\nx=1\ny=1\n[C]\n"},
+    };
+    for (const auto& [syntax, section, text, keys, expected] : cases) {
+        INIDocument document(syntax);
+        EXPECT_TRUE(document.Parse(text));
+        for (const char key : keys)
+            EXPECT_TRUE(document.SetValue({&key, 1}, "1", section)) << text << key;
+        EXPECT_EQ(document.Text(), expected);
+    }
+}
+
 TEST(Document, ArgumentsMayPointIntoIt)
 {
     const auto edit = [](auto& document) {
