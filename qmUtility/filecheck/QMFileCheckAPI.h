@@ -9,11 +9,15 @@
 #include "qmUtility/framework/CArray.h"
 #include "qmUtility/framework/CString.h"
 
-/// `AddWatchDog` adds a file, `Enable(true)` turns monitoring on, and each call of `Check` returns whether any of
-/// the files has been modified since it was added. `CQMFileCheck` documents paths and what counts as modified.
+/// A list of watched files for the whole process.
 ///
-/// Modifications are never acknowledged: after the first one `Check` returns true until `Initialize` empties the
-/// list and the files are added again, or until the file gets its former modification time back.
+///     CQMFileCheckAPI::AddWatchDog(L"settings.ini");
+///     CQMFileCheckAPI::Enable(true);
+///     if (CQMFileCheckAPI::Check())       // a file has been modified since it was added
+///         CQMFileCheckAPI::Initialize();  // empties the list, to fill it again
+///
+/// Changes are never acknowledged: `Check` stays true until the list is rebuilt, or the file gets its former
+/// modification time back. `CQMFileCheck` documents paths and what counts as modified.
 ///
 /// **Threads.** The list is unguarded: all calls belong to one thread.
 ///
