@@ -140,7 +140,8 @@ template <class Char>
         if (!name.empty()) {
             if (isCommented && (IsCommentCharacter(name.front()) || (isStrict && close != rest.size() - 1)))
                 return none;
-            return {LineKind::Header, raw, text, commented, name, {}, {}, false};
+            return {
+                .Kind = LineKind::Header, .Raw = raw, .Text = text, .Commented = commented, .Section = name};
         }
     }
     const Char* const split = equals.From(rest.data());
@@ -156,7 +157,8 @@ template <class Char>
             --end;
         value = Between(end, end);
     }
-    return {LineKind::Key, raw, text, commented, {}, key, value, false};
+    return {
+        .Kind = LineKind::Key, .Raw = raw, .Text = text, .Commented = commented, .Key = key, .Value = value};
 }
 
 /// Reads one line in the syntax `Parser`.
@@ -182,15 +184,15 @@ template <class Char>
         rest = section = rest.substr(0, close);
         hasKey = equals.From(rest.data()) < rest.data() + rest.size();
     }
-    const Char* const split = hasKey ? equals.From(rest.data()) : nullptr;
-    return {kind,
-            raw,
-            text,
-            isCommented && kind != LineKind::Comment ? text.front() : Char(' '),
-            section,
-            hasKey ? Between(rest.data(), split) : View(),
-            hasKey ? Between(split + 1, rest.data() + rest.size()) : View(),
-            hasKey};
+    Line<Char> line = {.Kind = kind, .Raw = raw, .Text = text, .Section = section, .HasKey = hasKey};
+    if (isCommented && kind != LineKind::Comment)
+        line.Commented = text.front();
+    if (hasKey) {
+        const Char* const split = equals.From(rest.data());
+        line.Key = Between(rest.data(), split);
+        line.Value = Between(split + 1, rest.data() + rest.size());
+    }
+    return line;
 }
 
 /// Calls `visit` with each `Line` of a text. A last line without a newline counts in the syntax `Common` only.

@@ -52,9 +52,9 @@ struct INIParser::List
         auto at = std::find_if(Records.begin(), Records.end(),
                                [=](const RecordView& record) { return record.Section == section; });
         if (at == Records.end())
-            at = Records.insert(at, {{}, Char(' '), section, {}, {}});
-        Records.insert(at + 1,
-                       {{}, Char(' '), section, key, value}); // the first key of its section, not the last
+            at = Records.insert(at, {.Section = section});
+        // The first key of its section, not the last.
+        Records.insert(at + 1, {.Section = section, .Key = key, .Value = value});
         return true;
     }
 
@@ -231,7 +231,7 @@ bool INIParser::SetValue(std::wstring key, std::wstring value, std::wstring sect
 bool INIParser::AddSection(std::string section, std::string path)
 {
     return List<char>::Edit(path, [&](auto& list) {
-        list.Records.push_back({{}, ' ', section, {}, {}});
+        list.Records.push_back({.Section = section});
         return true;
     });
 }

@@ -18,11 +18,11 @@ namespace ini {
 template <class Char>
 struct RecordView
 {
-    std::basic_string_view<Char> Comments;
+    std::basic_string_view<Char> Comments = {};
     Char Commented = Char(' ');
-    std::basic_string_view<Char> Section;
-    std::basic_string_view<Char> Key;
-    std::basic_string_view<Char> Value;
+    std::basic_string_view<Char> Section = {};
+    std::basic_string_view<Char> Key = {};
+    std::basic_string_view<Char> Value = {};
 };
 
 /// Throws the error of a malformed header.
