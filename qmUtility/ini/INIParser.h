@@ -41,9 +41,9 @@ public:
     using WRecord = BasicINIRecord<wchar_t>; ///< of the wide form
     using CommentChar = INICommentChar;      ///< what `CommentRecord` takes
 
-    INIParser(); ///< Instances are stateless.
-    INIParser(const INIParser&);
-    INIParser& operator=(const INIParser&);
+    INIParser();                            ///< Instances are stateless.
+    INIParser(const INIParser&);            ///< Instances are stateless.
+    INIParser& operator=(const INIParser&); ///< Instances are stateless.
     virtual ~INIParser();
 
     /// @name Whole files
