@@ -6,6 +6,7 @@
 
 #include <charconv>
 #include <sstream>
+#include <unordered_set>
 
 using ini::LineKind;
 using ini::LineNumber;
@@ -231,9 +232,10 @@ template <class Char>
 auto BasicINIDocument<Char>::GetSectionNames() const -> std::vector<String>
 {
     const Lines& lines = GetLines();
+    std::unordered_set<View> seen;
     std::vector<String> names;
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line))
-        if (lines[line].IsActiveHeader() && lines.FindHeader(lines[line].Name()) == line)
+        if (lines[line].IsActiveHeader() && seen.insert(lines[line].Name()).second)
             names.emplace_back(lines[line].Name());
     return names;
 }
