@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+inline namespace qmFramework {
+
 /// A dynamic array of contiguous elements.
 ///
 /// **Growth.** The first allocation has the size asked for. Each later one adds an eighth of the array's size, at
@@ -134,5 +136,7 @@ private:
 
     std::vector<TYPE> m_elements;
 };
+
+} // namespace qmFramework
 
 #endif

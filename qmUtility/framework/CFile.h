@@ -12,6 +12,8 @@
 
 #include <cstdint>
 
+inline namespace qmFramework {
+
 /// A point in time, in nanoseconds as far as the file system records them.
 class CTime
 {
@@ -68,5 +70,7 @@ public:
     /// @return whether the status could be read; otherwise `status` is unchanged.
     static bool GetStatus(const wchar_t* path, CFileStatus& status);
 };
+
+} // namespace qmFramework
 
 #endif

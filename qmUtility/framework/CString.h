@@ -17,6 +17,10 @@
 #include <cstdarg>
 #include <string>
 
+/// The classes of the subset. The namespace is in the names of their symbols only: a program that has its own global
+/// `CObject` or `CString` neither replaces ours nor has its own replaced. No source names it.
+inline namespace qmFramework {
+
 /// A wide string value.
 class QMFRAMEWORK_API CString
 {
@@ -70,5 +74,7 @@ public:
 private:
     std::wstring m_text;
 };
+
+} // namespace qmFramework
 
 #endif
