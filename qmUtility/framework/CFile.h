@@ -27,6 +27,9 @@ public:
         : m_seconds(seconds), m_nanoseconds(nanoseconds)
     {}
 
+    /// @return the seconds since the zero time.
+    std::int64_t GetTime() const { return m_seconds; }
+
     /// @return whether both times are equal to the nanosecond.
     friend bool operator==(CTime a, CTime b)
     {
@@ -34,6 +37,11 @@ public:
     }
     /// @return whether the times differ.
     friend bool operator!=(CTime a, CTime b) { return !(a == b); }
+    /// @return whether the first time is before the second.
+    friend bool operator<(CTime a, CTime b)
+    {
+        return a.m_seconds != b.m_seconds ? a.m_seconds < b.m_seconds : a.m_nanoseconds < b.m_nanoseconds;
+    }
 
 private:
     std::int64_t m_seconds = 0;
