@@ -2,9 +2,12 @@
 /// @file
 /// Fault injection: every operation with each of its system calls and allocations failing, and saves that are killed.
 
+#include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
+#include "qmUtility/platform/FileLock.h"
+#include "qmUtility/timing/QMTimer.h"
 #include "tests/support/Capture.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -537,13 +540,29 @@ TEST(Console, WritesAreInterruptedPartialOrFail)
     isReluctant = false;
     EXPECT_EQ(errno, EDOM);
     EXPECT_EQ(console.Writes(), (std::vector<std::string>{"t", "e", "x", "t", "\n"}));
+}
 
-    const int output = dup(STDOUT_FILENO);
-    close(STDOUT_FILENO);
-    CQMConsoleAPI::Log(L"text\n");
-    EXPECT_EQ(errno, EDOM);
-    dup2(output, STDOUT_FILENO);
-    close(output);
+TEST_F(Faults, TextForAClosedStreamGetsIntoNoFile)
+{
+    Write(m_text);
+    CQMFileCheck check(Widen(m_path).c_str());
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+        const int original = dup(stream);
+        close(stream);
+        lowest = INT_MAX;
+        const bool isThere = !check.CheckDeleted() && lowest > 2 && lowest != INT_MAX;
+        platform::FileLock lock; // keeps the file open for writing
+        std::error_code error;
+        const bool isLocked = lock.TryLock(platform::SystemPath(m_path), error);
+        errno = EDOM;
+        CQMConsoleAPI::Log(L"text\n");
+        CQMTimer().TraceLapsedTime(true, false, L"text");
+        const int after = errno;
+        dup2(original, stream);
+        close(original);
+        EXPECT_TRUE(isThere && isLocked && after == EDOM) << stream;
+        EXPECT_EQ(Read(m_path), m_text);
+    }
 }
 
 } // namespace
