@@ -55,6 +55,7 @@ constexpr std::string_view Interruptible[] = {
 int writes = 0;
 int opens = 0;                          ///< of files for reading
 int lowest = INT_MAX;                   ///< descriptor of a file; -1: one that is not closed on exec
+int reopened = -1;                      ///< what the host makes its standard output during the next call
 int newFile = -1;                       ///< descriptor of the file that was created last
 unsigned order = 0;                     ///< a digit for each file synchronised, renamed, folder synchronised
 long allocations = 0;                   ///< that are not released yet
@@ -120,6 +121,8 @@ extern "C" int openat(int folder, const char* path, int flags, ...)
         (flags & O_CREAT) != 0 ? va_arg(mode, mode_t) : 0; // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(mode);
     opens += (flags & O_ACCMODE) == O_RDONLY;
+    if (reopened != -1)
+        dup2(std::exchange(reopened, -1), STDOUT_FILENO);
     const int file = CALL(openat, EMFILE, folder, path, flags, created);
     if (file >= 0)
         lowest = std::min(lowest, (flags & O_CLOEXEC) != 0 ? file : -1);
@@ -563,6 +566,13 @@ TEST_F(Faults, TextForAClosedStreamGetsIntoNoFile)
         EXPECT_TRUE(isThere && isLocked && after == EDOM) << stream;
         EXPECT_EQ(Read(m_path), m_text);
     }
+
+    reopened = dup(STDOUT_FILENO);
+    const int original = reopened;
+    close(STDOUT_FILENO);
+    check.CheckDeleted();
+    EXPECT_NE(fcntl(STDOUT_FILENO, F_GETFD), -1) << "the host's new output was closed";
+    close(original);
 }
 
 } // namespace
