@@ -567,12 +567,13 @@ TEST_F(Faults, TextForAClosedStreamGetsIntoNoFile)
         EXPECT_EQ(Read(m_path), m_text);
     }
 
-    reopened = dup(STDOUT_FILENO);
-    const int original = reopened;
+    const int output = reopened = dup(STDOUT_FILENO);
     close(STDOUT_FILENO);
     check.CheckDeleted();
-    EXPECT_NE(fcntl(STDOUT_FILENO, F_GETFD), -1) << "the host's new output was closed";
-    close(original);
+    const int flags = fcntl(STDOUT_FILENO, F_GETFD);
+    dup2(output, STDOUT_FILENO);
+    close(output);
+    EXPECT_NE(flags, -1) << "what the host opened meanwhile was closed";
 }
 
 } // namespace

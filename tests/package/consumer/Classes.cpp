@@ -6,35 +6,24 @@
 #include <cstddef>
 #include <cstdlib>
 
+#define USED [[gnu::used]] // although nothing here calls it
+
 struct CFileStatus;
-
-class CObject
+struct CObject
 {
-public:
-    virtual ~CObject();
-
-private:
     char* m_name = nullptr;
+    USED virtual ~CObject() { std::abort(); }
 };
-CObject::~CObject() { std::abort(), std::free(m_name); }
-
-class CString
+struct CString
 {
-public:
-    CString(const wchar_t*);
-    void FormatV(const wchar_t*, std::va_list);
+    USED CString(const wchar_t*) { std::abort(); }
+    USED void FormatV(const wchar_t*, std::va_list) { std::abort(); }
 };
-CString::CString(const wchar_t*) { std::abort(); }
-void CString::FormatV(const wchar_t*, std::va_list) { std::abort(); }
-
 struct CFile
 {
-    static bool GetStatus(const wchar_t*, CFileStatus&);
+    USED static bool GetStatus(const wchar_t*, CFileStatus&) { std::abort(); }
 };
-bool CFile::GetStatus(const wchar_t*, CFileStatus&) { std::abort(); }
-
 struct CArchive
 {
-    void Write(const void*, std::size_t);
+    USED void Write(const void*, std::size_t) { std::abort(); }
 };
-void CArchive::Write(const void*, std::size_t) { std::abort(); }
