@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -85,7 +86,8 @@ public:
     {
         if (index < 0 || count < 0 || count > GetSize() - index)
             AfxThrowInvalidArgException();
-        m_elements.erase(m_elements.begin() + index, m_elements.begin() + index + count);
+        const auto first = std::next(m_elements.begin(), index);
+        m_elements.erase(first, std::next(first, count));
     }
 
     /// Stores the number of elements (`CArchive::WriteCount`) and then the bytes of the elements in memory, or
