@@ -2,9 +2,12 @@
 /// @file
 /// Fault injection: every operation with each of its system calls and allocations failing, and saves that are killed.
 
+#include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
+#include "qmUtility/platform/FileLock.h"
+#include "qmUtility/timing/QMTimer.h"
 #include "tests/support/Capture.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -52,6 +55,7 @@ constexpr std::string_view Interruptible[] = {
 int writes = 0;
 int opens = 0;                          ///< of files for reading
 int lowest = INT_MAX;                   ///< descriptor of a file; -1: one that is not closed on exec
+int reopened = -1;                      ///< what the host makes its standard output during the next call
 int newFile = -1;                       ///< descriptor of the file that was created last
 unsigned order = 0;                     ///< a digit for each file synchronised, renamed, folder synchronised
 long allocations = 0;                   ///< that are not released yet
@@ -117,6 +121,8 @@ extern "C" int openat(int folder, const char* path, int flags, ...)
         (flags & O_CREAT) != 0 ? va_arg(mode, mode_t) : 0; // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(mode);
     opens += (flags & O_ACCMODE) == O_RDONLY;
+    if (reopened != -1)
+        dup2(std::exchange(reopened, -1), STDOUT_FILENO);
     const int file = CALL(openat, EMFILE, folder, path, flags, created);
     if (file >= 0)
         lowest = std::min(lowest, (flags & O_CLOEXEC) != 0 ? file : -1);
@@ -537,13 +543,37 @@ TEST(Console, WritesAreInterruptedPartialOrFail)
     isReluctant = false;
     EXPECT_EQ(errno, EDOM);
     EXPECT_EQ(console.Writes(), (std::vector<std::string>{"t", "e", "x", "t", "\n"}));
+}
 
-    const int output = dup(STDOUT_FILENO);
+TEST_F(Faults, TextForAClosedStreamGetsIntoNoFile)
+{
+    Write(m_text);
+    CQMFileCheck check(Widen(m_path).c_str());
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+        const int original = dup(stream);
+        close(stream);
+        lowest = INT_MAX;
+        const bool isThere = !check.CheckDeleted() && lowest > 2 && lowest != INT_MAX;
+        platform::FileLock lock; // keeps the file open for writing
+        std::error_code error;
+        const bool isLocked = lock.TryLock(platform::SystemPath(m_path), error);
+        errno = EDOM;
+        CQMConsoleAPI::Log(L"text\n");
+        CQMTimer().TraceLapsedTime(true, false, L"text");
+        const int after = errno;
+        dup2(original, stream);
+        close(original);
+        EXPECT_TRUE(isThere && isLocked && after == EDOM) << stream;
+        EXPECT_EQ(Read(m_path), m_text);
+    }
+
+    const int output = reopened = dup(STDOUT_FILENO);
     close(STDOUT_FILENO);
-    CQMConsoleAPI::Log(L"text\n");
-    EXPECT_EQ(errno, EDOM);
+    check.CheckDeleted();
+    const int flags = fcntl(STDOUT_FILENO, F_GETFD);
     dup2(output, STDOUT_FILENO);
     close(output);
+    EXPECT_NE(flags, -1) << "what the host opened meanwhile was closed";
 }
 
 } // namespace

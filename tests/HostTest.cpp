@@ -66,16 +66,16 @@ HINSTANCE Base(HINSTANCE library)
 TEST(Module, IsRegisteredWhileItIsLoaded)
 {
     for (int round = 0; round != 2; ++round) {
-        ASSERT_TRUE(framework::ExtensionModules().empty());
+        ASSERT_TRUE(ExtensionModules().empty());
         auto* const library = Open();
         ASSERT_NE(library, nullptr);
         EXPECT_EQ(Open(), library);
-        EXPECT_EQ(framework::ExtensionModules(), std::vector{Base(library)});
+        EXPECT_EQ(ExtensionModules(), std::vector{Base(library)});
         EXPECT_TRUE(Close(library));
-        EXPECT_EQ(framework::ExtensionModules().size(), 1) << "it was opened twice";
+        EXPECT_EQ(ExtensionModules().size(), 1) << "it was opened twice";
         EXPECT_TRUE(Close(library)); // unloads it, which ends the registration
     }
-    EXPECT_TRUE(framework::ExtensionModules().empty());
+    EXPECT_TRUE(ExtensionModules().empty());
 }
 
 TEST(Module, TheListIsUsableFromEachThread) // the thread sanitizer finds what the results do not show
@@ -88,7 +88,7 @@ TEST(Module, TheListIsUsableFromEachThread) // the thread sanitizer finds what t
             for (int i = 0; i != 100; ++i) {
                 EXPECT_NE(AfxInitExtensionModule(state, instance), 0);
                 new CDynLinkLibrary(state);
-                EXPECT_EQ(std::ranges::count(framework::ExtensionModules(), instance), 1);
+                EXPECT_EQ(std::ranges::count(ExtensionModules(), instance), 1);
                 AfxTermExtensionModule(state);
             }
         });

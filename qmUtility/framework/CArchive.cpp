@@ -61,7 +61,7 @@ std::size_t CArchive::ReadCount()
     return dword != NoDword ? dword : ReadNumber<std::uint64_t>(*this);
 }
 
-void AfxThrowArchiveException(int cause)
+void qmFramework::AfxThrowArchiveException(int cause)
 {
     throw new CArchiveException(cause); // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
 }

@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <streambuf>
 
+inline namespace qmFramework {
+
 /// Stores objects in a stream of bytes, or loads them from one. An archive belongs to one thread at a time.
 class QMFRAMEWORK_API CArchive
 {
@@ -70,5 +72,7 @@ public:
 
 /// Throws a `CArchiveException*`, which the catcher releases with `Delete`.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowArchiveException(int cause);
+
+} // namespace qmFramework
 
 #endif

@@ -12,19 +12,22 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+inline namespace qmFramework {
+
 /// A dynamic array of contiguous elements.
 ///
 /// **Growth.** The first allocation has the size asked for. Each later one adds an eighth of the array's size, at
-/// least 4 and at most 1024 elements, and invalidates references to elements. The storage is released when the
-/// array becomes empty.
+/// least 4 and at most 1024 elements, and invalidates references to elements. `RemoveAll` and `SetSize(0)` release the
+/// storage.
 ///
 /// **Failure.** Throws `CInvalidArgException*` for an index or size out of range, std::length_error for a size
 /// that no memory could hold, and std::bad_alloc. The elements are unchanged then, but references to them may be
-/// invalid.
+/// invalid. An exception of an assignment in `RemoveAt` leaves some elements doubled.
 ///
 /// **Threads.** An array belongs to one thread at a time.
 ///
@@ -39,6 +42,10 @@ class CArray : public CObject
 public:
     /// @return the number of elements.
     std::ptrdiff_t GetSize() const { return static_cast<std::ptrdiff_t>(m_elements.size()); }
+    std::ptrdiff_t GetCount() const { return GetSize(); } ///< @overload
+
+    /// @return whether there are no elements.
+    bool IsEmpty() const { return m_elements.empty(); }
 
     /// Removes elements from the end, or appends default-constructed elements.
     /// @param size new number of elements; 0 also releases the storage.
@@ -61,8 +68,7 @@ public:
     /// @return the index of the new element.
     std::ptrdiff_t Add(ARG_TYPE element)
     {
-        TYPE copy{}; // before the array grows, which may move the element
-        copy = element;
+        TYPE copy(element); // before the array grows, which may move the element
         Reserve(m_elements.size() + 1);
         m_elements.push_back(std::move(copy));
         return GetSize() - 1;
@@ -70,11 +76,18 @@ public:
 
     /// @param index from 0 to `GetSize()` - 1.
     /// @return the element at the index.
-    TYPE& operator[](std::ptrdiff_t index)
+    TYPE& operator[](std::ptrdiff_t index) { return m_elements[Checked(index)]; }
+    const TYPE& operator[](std::ptrdiff_t index) const { return m_elements[Checked(index)]; } ///< @overload
+
+    /// Removes elements and moves those behind them, by assignment. The storage is kept.
+    /// @param index of the first, from 0 to `GetSize()`.
+    /// @param count number of elements, all of which exist.
+    void RemoveAt(std::ptrdiff_t index, std::ptrdiff_t count = 1)
     {
-        if (index < 0 || index >= GetSize())
+        if (index < 0 || count < 0 || count > GetSize() - index)
             AfxThrowInvalidArgException();
-        return m_elements[static_cast<std::size_t>(index)];
+        const auto first = std::next(m_elements.begin(), index);
+        m_elements.erase(first, std::next(first, count));
     }
 
     /// Stores the number of elements (`CArchive::WriteCount`) and then the bytes of the elements in memory, or
@@ -121,6 +134,13 @@ private:
             AfxThrowArchiveException(CArchiveException::endOfFile);
     }
 
+    std::size_t Checked(std::ptrdiff_t index) const
+    {
+        if (index < 0 || index >= GetSize())
+            AfxThrowInvalidArgException();
+        return static_cast<std::size_t>(index);
+    }
+
     void Reserve(std::size_t count)
     {
         const std::size_t capacity = m_elements.capacity();
@@ -134,5 +154,7 @@ private:
 
     std::vector<TYPE> m_elements;
 };
+
+} // namespace qmFramework
 
 #endif

@@ -12,6 +12,8 @@
 
 #include <cstdint>
 
+inline namespace qmFramework {
+
 /// A point in time, in nanoseconds as far as the file system records them.
 class CTime
 {
@@ -25,6 +27,9 @@ public:
         : m_seconds(seconds), m_nanoseconds(nanoseconds)
     {}
 
+    /// @return the seconds since the zero time.
+    std::int64_t GetTime() const { return m_seconds; }
+
     /// @return whether both times are equal to the nanosecond.
     friend bool operator==(CTime a, CTime b)
     {
@@ -32,6 +37,11 @@ public:
     }
     /// @return whether the times differ.
     friend bool operator!=(CTime a, CTime b) { return !(a == b); }
+    /// @return whether the first time is before the second.
+    friend bool operator<(CTime a, CTime b)
+    {
+        return a.m_seconds != b.m_seconds ? a.m_seconds < b.m_seconds : a.m_nanoseconds < b.m_nanoseconds;
+    }
 
 private:
     std::int64_t m_seconds = 0;
@@ -68,5 +78,7 @@ public:
     /// @return whether the status could be read; otherwise `status` is unchanged.
     static bool GetStatus(const wchar_t* path, CFileStatus& status);
 };
+
+} // namespace qmFramework
 
 #endif

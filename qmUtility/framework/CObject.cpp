@@ -17,7 +17,7 @@ void CObject::Dump(CDumpContext&) const {}
 
 void CException::Delete() { delete this; }
 
-void AfxThrowInvalidArgException()
+void qmFramework::AfxThrowInvalidArgException()
 {
     throw new CInvalidArgException; // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
 }

@@ -13,6 +13,8 @@
 
 #include "qmUtility/Export.h"
 
+inline namespace qmFramework {
+
 class CArchive;
 class CDumpContext;
 
@@ -64,5 +66,7 @@ class QMFRAMEWORK_API CInvalidArgException : public CException
 
 /// Throws a `CInvalidArgException*`, which the catcher releases with `Delete`.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowInvalidArgException();
+
+} // namespace qmFramework
 
 #endif

@@ -12,10 +12,15 @@
 #include <afxwin.h>
 #else
 
-#include "qmUtility/Export.h"
+#include "qmUtility/framework/CObject.h"
 
 #include <cstdarg>
+#include <cstddef>
 #include <string>
+
+/// The classes of the subset. The namespace is in the names of their symbols only: a program that has its own global
+/// `CObject` or `CString` neither replaces ours nor has its own replaced. No source names it.
+inline namespace qmFramework {
 
 /// A wide string value.
 class QMFRAMEWORK_API CString
@@ -28,6 +33,54 @@ public:
 
     /// @return the null-terminated text, valid until the string is modified or destroyed.
     const wchar_t* GetString() const { return m_text.c_str(); }
+    operator const wchar_t*() const { return GetString(); } ///< @overload
+
+    /// @return the number of `wchar_t`.
+    int GetLength() const { return static_cast<int>(m_text.size()); }
+
+    /// @return whether the length is 0.
+    bool IsEmpty() const { return m_text.empty(); }
+
+    /// @param index from 0 to `GetLength()`, where the terminating null stands.
+    /// @return the character at the index.
+    /// @throws CInvalidArgException* for another index.
+    wchar_t operator[](std::ptrdiff_t index) const
+    {
+        if (index < 0 || index > GetLength())
+            AfxThrowInvalidArgException();
+        return m_text[static_cast<std::size_t>(index)];
+    }
+
+    /// Appends a text or a character.
+    /// @return this string.
+    CString& operator+=(const CString& text) { return m_text += text.m_text, *this; }
+    CString& operator+=(wchar_t character) { return m_text += character, *this; } ///< @overload
+
+    /// @return both parts in one string.
+    friend CString operator+(CString a, const CString& b) { return a += b; }
+    friend CString operator+(CString a, wchar_t b) { return a += b; }                       ///< @overload
+    friend CString operator+(wchar_t a, const CString& b) { return (CString() += a) += b; } ///< @overload
+
+    /// Compares the values of the characters one by one, whatever the locale. A null text equals an empty one. All
+    /// operators take a text on either side: for those that did not, the language would compare addresses.
+    friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
+    friend bool operator==(const CString& a, const wchar_t* b) { return a == CString(b); }    ///< @overload
+    friend bool operator==(const wchar_t* a, const CString& b) { return CString(a) == b; }    ///< @overload
+    friend bool operator!=(const CString& a, const CString& b) { return !(a == b); }          ///< @overload
+    friend bool operator!=(const CString& a, const wchar_t* b) { return a != CString(b); }    ///< @overload
+    friend bool operator!=(const wchar_t* a, const CString& b) { return CString(a) != b; }    ///< @overload
+    friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; } ///< @overload
+    friend bool operator<(const CString& a, const wchar_t* b) { return a < CString(b); }      ///< @overload
+    friend bool operator<(const wchar_t* a, const CString& b) { return CString(a) < b; }      ///< @overload
+    friend bool operator>(const CString& a, const CString& b) { return b < a; }               ///< @overload
+    friend bool operator>(const CString& a, const wchar_t* b) { return a > CString(b); }      ///< @overload
+    friend bool operator>(const wchar_t* a, const CString& b) { return CString(a) > b; }      ///< @overload
+    friend bool operator<=(const CString& a, const CString& b) { return !(b < a); }           ///< @overload
+    friend bool operator<=(const CString& a, const wchar_t* b) { return a <= CString(b); }    ///< @overload
+    friend bool operator<=(const wchar_t* a, const CString& b) { return CString(a) <= b; }    ///< @overload
+    friend bool operator>=(const CString& a, const CString& b) { return !(a < b); }           ///< @overload
+    friend bool operator>=(const CString& a, const wchar_t* b) { return a >= CString(b); }    ///< @overload
+    friend bool operator>=(const wchar_t* a, const CString& b) { return CString(a) >= b; }    ///< @overload
 
     /// Replaces each occurrence of a character.
     /// @return the number of characters replaced; 0 when both characters are the same.
@@ -70,5 +123,7 @@ public:
 private:
     std::wstring m_text;
 };
+
+} // namespace qmFramework
 
 #endif

@@ -11,13 +11,13 @@ std::vector<std::unique_ptr<const CDynLinkLibrary>> libraries;
 
 } // namespace
 
-BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HINSTANCE module)
+BOOL qmFramework::AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HINSTANCE module)
 {
     state = {1, module};
     return 1;
 }
 
-void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state)
+void qmFramework::AfxTermExtensionModule(AFX_EXTENSION_MODULE& state)
 {
     const std::lock_guard lock(mutex);
     std::erase_if(libraries, [&state](const auto& library) { return library->m_hModule == state.hModule; });
@@ -30,7 +30,7 @@ CDynLinkLibrary::CDynLinkLibrary(const AFX_EXTENSION_MODULE& state) : m_hModule(
     libraries.emplace_back(this);
 }
 
-std::vector<HINSTANCE> framework::ExtensionModules()
+std::vector<HINSTANCE> qmFramework::ExtensionModules()
 {
     const std::lock_guard lock(mutex);
     std::vector<HINSTANCE> modules;

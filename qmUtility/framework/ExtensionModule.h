@@ -18,6 +18,8 @@
 
 #include <vector>
 
+inline namespace qmFramework {
+
 /// State of an extension module: a zero-initialized static object of the module.
 struct AFX_EXTENSION_MODULE
 {
@@ -46,13 +48,11 @@ public:
     HINSTANCE m_hModule; ///< base address of the module
 };
 
-namespace framework {
-
 /// Returns the list, so that tests can tell whether a module is registered. The framework's own readers (lookups of
 /// resources and classes) are not in the subset.
 /// @return the module of each entry, in the order of registration.
 QMFRAMEWORK_API std::vector<HINSTANCE> ExtensionModules();
 
-} // namespace framework
+} // namespace qmFramework
 
 #endif

@@ -29,9 +29,13 @@ public:
         const int error = errno;
         const std::lock_guard lock(m_mutex);
         if (--m_users == 0)
-            for (int& placeholder : m_placeholders)
-                if (placeholder != -1)
-                    close(std::exchange(placeholder, -1));
+            for (int& placeholder : m_placeholders) {
+                const int stream = std::exchange(placeholder, -1);
+                const bool isOurs =
+                    (fcntl(stream, F_GETFL) & O_PATH) != 0; // the host may have reopened the stream
+                if (stream != -1 && isOurs)
+                    close(stream);
+            }
         errno = error;
     }
     StandardStreamsTaken(const StandardStreamsTaken&) = delete;

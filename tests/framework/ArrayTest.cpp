@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CArray.h"
+#include "qmUtility/framework/CFile.h"
+#include "qmUtility/framework/CString.h"
 
 #include <gtest/gtest.h>
 
@@ -49,6 +51,62 @@ TEST(Array, GrowsByAnEighthWithinBoundsAndRejectsIndexesAndSizesOutOfRange)
         EXPECT_EQ(Cause([&] { array[index] = 1; }), -1) << index;
     EXPECT_EQ(Cause([&] { array.SetSize(-1); }), -1);
     EXPECT_THROW(array.SetSize(PTRDIFF_MAX), std::length_error);
+}
+
+TEST(Framework, TypesHaveTheMembersThatTheirUsersExpect)
+{
+    const CString text = L"ab";
+    const CString later = L"b";
+    EXPECT_EQ(std::wstring(text), L"ab");
+    EXPECT_TRUE(CString().IsEmpty() && !text.IsEmpty());
+    EXPECT_EQ(text.GetLength(), 2);
+    EXPECT_TRUE(text[0] == L'a' && text[2] == L'\0');
+    for (const std::ptrdiff_t index : {-1, 3})
+        EXPECT_EQ(Cause([&] { (void)text[index]; }), -1) << index;
+    CString sum = L'<' + text + L"c" + later;
+    sum += L"d";
+    sum += L'e';
+    EXPECT_EQ(sum + L'>', L"<abcbde>");
+
+    const auto compare = [](const auto& a, const auto& b) {
+        return std::tuple(a == b, a != b, a<b, a> b, a <= b, a >= b);
+    };
+    using Pair = std::pair<std::wstring, std::wstring>;
+    for (const auto& [a, b] : {Pair(L"ab", L"ab"), {L"ab", L"b"}, {L"b", L"ab"}, {L"", L"a"}}) {
+        const auto expected = compare(a, b);
+        EXPECT_EQ(compare(CString(a.c_str()), CString(b.c_str())), expected);
+        EXPECT_EQ(compare(CString(a.c_str()), b.c_str()), expected);
+        EXPECT_EQ(compare(a.c_str(), CString(b.c_str())), expected);
+    }
+
+    EXPECT_TRUE(CTime(7, 5).GetTime() == 7 && CTime(6, 9) < CTime(7, 5) && CTime(7, 4) < CTime(7, 5) &&
+                !(CTime(7, 5) < CTime(7, 5) || CTime(7, 5) < CTime(6, 9)));
+}
+
+TEST(Array, AddsCopiesAndRemovesElements)
+{
+    static int defaults = 0; // elements constructed without a value
+    struct Element
+    {
+        Element() { ++defaults; }
+        explicit Element(int value) : Value(value) {}
+        int Value = 0;
+    };
+    CArray<Element> array;
+    for (const int value : {0, 1, 2, 3, 4})
+        array.Add(Element(value));
+    EXPECT_EQ(defaults, 0);
+    using Range = std::pair<std::ptrdiff_t, std::ptrdiff_t>;
+    for (const auto& [index, count] : {Range(-1, 1), {0, -1}, {5, 1}, {4, 2}, {6, 0}, {1, PTRDIFF_MAX}})
+        EXPECT_EQ(Cause([&, i = index, n = count] { array.RemoveAt(i, n); }), -1) << index << ", " << count;
+    array.RemoveAt(1);
+    array.RemoveAt(2, 2);
+    array.RemoveAt(2, 0);
+    const CArray<Element>& rest = array;
+    EXPECT_TRUE(rest.GetCount() == 2 && rest[0].Value == 0 && rest[1].Value == 2 && !rest.IsEmpty());
+    EXPECT_EQ(Cause([&] { (void)rest[2]; }), -1);
+    array.RemoveAt(0, 2);
+    EXPECT_TRUE(rest.IsEmpty());
 }
 
 TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial)

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 #include <string_view>
 
 #define CHECK(condition) ((condition) ? (void)0 : Fail(#condition))
@@ -59,6 +60,15 @@ int main()
     CHECK(seconds > 0.0199 && seconds < std::chrono::duration<double>(Clock::now() - start).count());
     timer.TraceLapsedTime(false, false, L"debugger line");
     CHECK(CQMFileCheck(L"none").CheckDeleted() && INIParser::GetSectionNames("none").empty());
+
+    // What the library calls is its own framework, also when its list is destroyed at the end.
+    CQMFileCheckAPI::AddWatchDog(L"main.cpp");
+    CString text;
+    text.Format(L"%d", 1);
+    CHECK(text.GetString() == std::wstring_view(L"1"));
+    std::stringbuf file;
+    CArchive(file, CArchive::store).WriteCount(1);
+    CHECK(file.str().size() == 2);
 
     timer.LogLapsedTime(false, false, L"log");
     CHECK(calls == 1);

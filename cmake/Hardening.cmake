@@ -1,0 +1,9 @@
+# SPDX-License-Identifier: MIT
+# Options for the libraries and programs of the folder that includes this. All functions are looked up when a library is
+# loaded: one that a host module lacks is reported there, and not when it is called. Their table is read-only then.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  add_link_options("LINKER:-z,relro,-z,now")
+  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize|_FORTIFY_SOURCE") # sanitizers check more; the user's level goes first
+    add_compile_options("$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  endif()
+endif()
