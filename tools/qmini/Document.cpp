@@ -79,10 +79,10 @@ void EachLine(std::string_view text, INISyntax syntax, const std::function<void(
         ini::ScanLines<INISyntax::Parser>(text, read);
 }
 
-bool IsActiveKey(const NumberedLine& line, const Call& call)
+bool IsMatch(const NumberedLine& line, const Call& call, bool isActive)
 {
-    return line.Kind == ini::LineKind::Key && line.Commented == ' ' && line.Key == call.Key &&
-           line.Within == call.Section;
+    return line.Kind == (call.Key.empty() ? ini::LineKind::Header : ini::LineKind::Key) &&
+           (line.Commented == ' ') == isActive && line.Key == call.Key && line.Within == call.Section;
 }
 
 std::string ReadAll(std::istream& standardInput)
@@ -105,9 +105,8 @@ platform::Buffer<char> ReadText(const Call& call, std::istream& standardInput)
         text.emplace(input.size());
         text->Size = input.copy(text->Data.get(), input.size());
     } else {
-        const std::filesystem::path path(call.File);
         std::error_code error;
-        text = platform::File::Read(platform::SystemPath(path), error);
+        text = platform::File::Read(platform::SystemPath(std::filesystem::path(call.File)), error);
         if (!text)
             throw Failure(Failed, "cannot read " + call.File + ": " + error.message());
     }
@@ -122,8 +121,8 @@ INIDocument ReadDocument(const Call& call, std::string_view text)
     try {
         document.Parse(text);
     } catch (const INIFormatError& error) {
-        const std::string line = std::to_string(error.Line());
-        throw Failure(Failed, call.FileName() + ':' + line + ": header without \"]\"");
+        throw Failure(Failed,
+                      call.FileName() + ':' + std::to_string(error.Line()) + ": header without \"]\"");
     }
     return document;
 }
@@ -158,24 +157,26 @@ void Require(const INIDocument& document, const Call& call)
     throw Failure(Failed, "no " + what);
 }
 
-void EditFile(const Call& call, const Streams& streams, const std::function<void(Editing&)>& edit)
+void EditFile(const Call& call, const Streams& streams, const std::function<EditAction>& edit)
 {
     const bool isFilter = call.File == "-";
+    const std::filesystem::path path(call.File);
     platform::FileLock lock;
     std::error_code error;
-    const auto status = std::filesystem::status(call.File, error);
+    const auto status = std::filesystem::status(path, error);
     if (!isFilter && std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
         throw Failure(Failed, "cannot edit " + call.File + ": no regular file");
     if (!isFilter && !call.DryRun)
         Lock(lock, call.File, streams.Err);
     const auto before = ReadText(call, streams.In);
     Editing editing{before, ReadDocument(call, before), false, {}};
-    edit(editing);
+    edit(call, editing);
+    const std::string after = editing.Document.Text();
     if (call.DryRun)
-        streams.Out << UnifiedDifference(call.FileName(), before, editing.Document.Text());
+        streams.Out << UnifiedDifference(call.FileName(), before, after);
     else if (isFilter)
-        streams.Out << editing.Document.Text();
-    else if (!editing.Document.Save(call.File, error))
+        streams.Out << after;
+    else if (!platform::File::Replace(platform::SystemPath(path), after, error)) // `Save` would copy the text
         throw Failure(Failed, "cannot write " + call.File + ": " + error.message());
 }
 

@@ -4,7 +4,6 @@
 
 #include "qmini/Qmini.h"
 
-#include <algorithm>
 #include <sstream>
 #include <utility>
 
@@ -15,12 +14,11 @@ namespace {
 /// Rejects what many readers take for the end of a line, and a NUL.
 void RejectControlCharacters(std::string_view text)
 {
-    if (const std::size_t at = text.find_first_of(std::string_view("\n\r\0", 3));
-        at != std::string_view::npos)
-        throw Failure(Misused, Quoted(OneLine(text)) + " holds a " +
-                                   (text[at] == '\n'   ? "newline"
-                                    : text[at] == '\r' ? "carriage return"
-                                                       : "NUL"));
+    constexpr std::pair<char, const char*> characters[] = {
+        {'\n', "newline"}, {'\r', "carriage return"}, {'\0', "NUL"}};
+    for (const auto& [character, name] : characters)
+        if (text.find(character) != std::string_view::npos)
+            throw Failure(Misused, Quoted(OneLine(text)) + " holds a " + name);
 }
 
 /// Makes sure that a file can hold a section, and a key with a value in it.
@@ -77,7 +75,7 @@ void RefuseUnlessPlain(const Call& call, std::string_view text, bool mayRepeat, 
         if (first != 0 && line.Number == first + 1 && line.Continues != NumberedLine::None &&
             (isRefused || !isNothing))
             refuse("continues the value of key ");
-        if (!IsActiveKey(line, call))
+        if (!IsMatch(line, call))
             return;
         if (first != 0 && !mayRepeat)
             refuse("one of several lines of key ");
@@ -116,14 +114,19 @@ void RequirePlain(const Call& call, Editing& editing, bool mayRepeat)
         RefuseUnlessPlain(call, editing.Document.Text(), mayRepeat);
 }
 
-/// Refuses an edit that the document does not make.
-[[noreturn]] void Refuse(const Call& call, const INIDocument& document)
+/// Refuses an edit of an active line, or of one that is commented out, that the document does not make.
+[[noreturn]] void Refuse(const Call& call, const INIDocument& document, bool isActive = true)
 {
     if (!call.Key.empty())
         RefuseUnlessPlain(call, document.Text(), true, true);
     else if (call.Section.empty())
         throw Failure(Failed, "the keys above the first header have no header");
-    throw Failure(Refused, call.FileName() + ": refused, since another line would be read differently");
+    std::string at;
+    EachLine(document.Text(), call.Syntax(), [&](const NumberedLine& line) {
+        if (at.empty() && IsMatch(line, call, isActive))
+            at = ':' + std::to_string(line.Number);
+    });
+    throw Failure(Refused, call.FileName() + at + ": refused, since another line would be read differently");
 }
 
 /// Makes sure that an edit of what is there and active was made.
@@ -210,7 +213,7 @@ void Uncomment(const Call& call, Editing& editing)
     if (!(call.Key.empty() ? document.UnCommentSection(call.Section)
                            : document.UnCommentRecord(call.Key, call.Section))) {
         if (FindCommentedOut(document, call.Key, call.Section))
-            Refuse(call, document);
+            Refuse(call, document, false);
         Require(document, call);
         throw Failure(Failed, Quoted(call.Key.empty() ? call.Section : call.Key) + " is active");
     }
@@ -236,7 +239,7 @@ void EditBatch(const Call& call, const Streams& streams)
     if (call.File == "-")
         throw Failure(Misused, "edit takes its commands from standard input, and so cannot edit it");
     std::istringstream lines(ReadAll(streams.In)); // before the file is locked
-    EditFile(call, streams, [&](Editing& editing) {
+    EditFile(call, streams, [&](const Call&, Editing& editing) {
         editing.IsBatch = true;
         std::string line;
         for (std::size_t number = 1; std::getline(lines, line); ++number) {

@@ -75,7 +75,7 @@ void Get(const Call& call, const Streams& streams)
     std::optional<std::string> value;
     if (!call.Parser) // takes a fraction of the time of a document
         EachLine(text, call.Syntax(), [&](const NumberedLine& line) {
-            if (!value && IsActiveKey(line, call))
+            if (!value && IsMatch(line, call))
                 value = line.Value;
         });
     if (!value) {

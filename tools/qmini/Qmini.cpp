@@ -120,7 +120,7 @@ void RunCommand(std::vector<std::string> words, const Streams& streams)
     else if (command->Run != nullptr)
         command->Run(call, streams);
     else
-        EditFile(call, streams, [edit = command->Edit, &call = call](Editing& editing) { edit(call, editing); });
+        EditFile(call, streams, command->Edit);
 }
 
 } // namespace
@@ -145,7 +145,7 @@ std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, 
             arguments.insert(arguments.end(), word + 1, words.end());
             break;
         }
-        if (hasFile && (*word == "--help" || *word == "-h")) {
+        if (hasFile && (*word == "--help" || (*word == "-h" && arguments.empty()))) {
             call.Help = true;
             return {command, call};
         }
@@ -173,8 +173,6 @@ std::string OneLine(std::string_view text)
         c = std::iscntrl(static_cast<unsigned char>(c)) != 0 ? '?' : c;
     return line;
 }
-
-std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 void Say(std::ostream& err, std::string_view line) { err << "qmini: " << OneLine(line) << '\n'; }
 

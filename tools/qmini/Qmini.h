@@ -108,7 +108,7 @@ int Run(const std::vector<std::string>& arguments, const Streams& streams);
 
 void Say(std::ostream& err, std::string_view line); ///< prints a message on standard error
 std::string OneLine(std::string_view text);         ///< @return the text without control characters
-std::string Quoted(std::string_view text);
+inline std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 /// A line of a file, and what it means where it stands.
 struct NumberedLine : ini::Line<char>
@@ -129,8 +129,8 @@ struct NumberedLine : ini::Line<char>
 /// Calls `visit` with each line of a text.
 void EachLine(std::string_view text, INISyntax syntax, const std::function<void(const NumberedLine&)>& visit);
 
-/// @return whether a line is an active one of the call's key
-bool IsActiveKey(const NumberedLine& line, const Call& call);
+/// @return whether a line is an active one (or a commented-out one) of the call's key, or section if it has no key
+bool IsMatch(const NumberedLine& line, const Call& call, bool isActive = true);
 
 /// @return what other programs may take differently in a text: numbers of lines and remarks on them, in this order
 std::vector<std::pair<std::size_t, std::string>> Check(std::string_view text);
@@ -155,6 +155,6 @@ void Require(const INIDocument& document, const Call& call);
 
 /// Edits the call's file while it is locked, or copies standard input to standard output with the edit made. Prints
 /// the difference in place of that for a dry run. When `edit` throws, nothing is written.
-void EditFile(const Call& call, const Streams& streams, const std::function<void(Editing&)>& edit);
+void EditFile(const Call& call, const Streams& streams, const std::function<EditAction>& edit);
 
 } // namespace qmini
