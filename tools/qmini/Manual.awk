@@ -16,7 +16,7 @@ NR == 1 || /^\)"$/ { next } # the ends of the string
 sub(/^usage: qmini /, "") {
     gsub(/"/, "\\(dq")
     print ".SS \"" $0 "\""
-    pending = 0
+    isFirst = 1
     next
 }
 /^[A-Z][a-z ]*:$/ {
@@ -24,7 +24,7 @@ sub(/^usage: qmini /, "") {
     inExamples = /^Examples/
     if (inExamples)
         print ".nf"
-    pending = 0
+    isFirst = 1
     next
 }
 isEmpty {
@@ -41,10 +41,10 @@ inExamples {
     print ".TP 4\n.B " substr($0, 3, RLENGTH - 2)
     $0 = substr($0, RLENGTH + 1)
 }
-/^[^ ]/ && pending { print ".PP" }
+/^[^ ]/ && pending && !isFirst { print ".PP" }
 {
     sub(/^ +(\\- )?/, "")
     print "\\&" $0 # or a "." or "'" at the start of a line is a request
-    pending = 0
+    pending = isFirst = 0
 }
 END { print ".fi" }

@@ -15,7 +15,9 @@ _qmini() {
     *) typed=${current%"${current##*[:=]}"} ;; # stays on the line
     esac
     for word in "${words[@]:1:${#words[@]}-2}"; do
-        [[ $previous == --default || $previous == --with || $word == -?* ]] || given+=("${word//[\\\"\']/}") # unquoted
+        if ! [[ $previous == --default || $previous == --with || $word == -?* ]]; then # unquoted
+            given+=("$(sed -E "s/\\\\(.)|'([^']*)'|\"/\\1\\2/g" <<<"${word/#\~\//$HOME/}")")
+        fi
         previous=$word
     done
     if [[ ${#given[@]} == 0 ]]; then
@@ -35,8 +37,7 @@ _qmini() {
     read -ra places <<<"$usage"
     [[ ${#names[@]} -gt 0 ]] || case ${places[${#given[@]} - 1]} in
     FILE)
-        compopt -o filenames 2>/dev/null
-        mapfile -t COMPREPLY < <(compgen -f -- "$current")
+        compopt -o default # readline's own completion of file names
         return
         ;;
     SECTION | '[SECTION]' | OLD) mapfile -d '' -t names < <(qmini sections -z $commented "${given[1]}" 2>/dev/null) ;;
