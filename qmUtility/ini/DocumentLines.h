@@ -170,7 +170,8 @@ public:
         text += m_mark;
         for (LineNumber line = First(); line != 0; line = Next(line))
             text += m_lines[line].Raw();
-        return text += m_rest;
+        text += m_rest;
+        return text;
     }
 
     const DocLine& operator[](LineNumber line) const { return m_lines[line]; }
