@@ -167,6 +167,7 @@ public:
             size += m_lines[line].Raw().size();
         std::basic_string<Char> text;
         text.reserve(size);
+        platform::ExpectUse(text.data(), size * sizeof(Char));
         text += m_mark;
         for (LineNumber line = First(); line != 0; line = Next(line))
             text += m_lines[line].Raw();
