@@ -359,4 +359,16 @@ TEST_F(Scripted, CopiesShareTheRingsAndFindWhatAScanFinds)
     }
 }
 
+TEST_F(Scripted, CopiesFindAsManyDurationsAsAResetDropped)
+{
+    Counter c;
+    Counter copy(c);
+    copy.Frame(0, 15);
+    c.Reset();
+    for (int frame = 0; frame != 1001 + 1; ++frame)
+        c.Frame(0, 25);
+    copy.Frame(0, 15);
+    EXPECT_EQ(copy.GetTickMaximum(), 20);
+}
+
 } // namespace

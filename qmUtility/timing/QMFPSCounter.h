@@ -65,7 +65,8 @@ public:
     void Start();
 
     /// Ends a frame and updates all figures. Does nothing when no frame is started or the counter is on hold.
-    /// Allocates nothing; takes time proportional to the length of the rate ring.
+    /// Allocates nothing; takes time proportional to the length of the rate ring, and to that of the duration ring
+    /// when a copy has stored durations since the last call.
     void End();
 
     /// Suspends or resumes counting.
@@ -137,6 +138,7 @@ private:
         std::uint64_t TickMaximum = 0;
         std::uint64_t TickMinimum = INT64_MAX;
         std::uint32_t TickSampleIndex = 0;
+        std::uint64_t TickWrites = 0; ///< writes to the duration ring up to the last `End`
         double TickAverage = 0;
     };
 
