@@ -183,6 +183,8 @@ TEST_F(Timer, ReportsStopFirstAndRestartLast)
 
 TEST_F(Timer, ReportsAreTruncated)
 {
+    Stopwatch.LogLapsedTime(false, false, L"a%cb", 0);
+    EXPECT_EQ(std::exchange(script.Calls, {}), L"log >>> a : 0.00000 sec\n|");
     // The log's line is cut before it gets the seconds.
     for (const auto& [length, logEnd, traceEnd] :
          {std::tuple(1007U, L" : 0.00000 sec", L" : 0.00000 s"), {5000U, L"", L""}}) {
