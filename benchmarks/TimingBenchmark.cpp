@@ -13,19 +13,10 @@
 #include <benchmark/benchmark.h>
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cwchar>
-
-/// The default console, compiled under this name; `CQMConsoleAPI` discards in this program.
-class DefaultConsole
-{
-public:
-    static void Log(const wchar_t* format, ...);
-};
-
-void CQMConsoleAPI::Log(const wchar_t* /*format*/, ...) {}
+#include <iterator>
 
 namespace {
 
@@ -65,25 +56,24 @@ void TwoTicks(benchmark::State& state)
 BENCHMARK(TwoTicks)->Name("frame, instant mode/two tick reads");
 BENCHMARK(TwoTicks)->Name("frame, average mode/two tick reads");
 
-void Frames(CQMFPSCounter& counter, int count)
+void Frame(benchmark::State& state, eQMFPSType type)
 {
-    for (int i = 0; i != count; ++i) {
+    CQMFPSCounter counter(type);
+    for ([[maybe_unused]] auto _ : state) {
         counter.Start();
         counter.End();
     }
 }
+BENCHMARK_CAPTURE(Frame, instant, eQMFPSType_Instant)->Name("frame, instant mode/qmUtility");
+BENCHMARK_CAPTURE(Frame, average, eQMFPSType_Average)->Name("frame, average mode/qmUtility");
 
-void Frame(benchmark::State& state, eQMFPSType type, int count)
+void CalibrationTicks(benchmark::State& state)
 {
-    CQMFPSCounter counter(type);
-    Frames(counter, 10'000); // fills the ring of durations, its usual state
     for ([[maybe_unused]] auto _ : state)
-        Frames(counter, count);
+        for (int i = 0; i != 2002; ++i)
+            benchmark::DoNotOptimize(cpu::GetTick());
 }
-BENCHMARK_CAPTURE(Frame, instant, eQMFPSType_Instant, 1)->Name("frame, instant mode/qmUtility");
-BENCHMARK_CAPTURE(Frame, average, eQMFPSType_Average, 1)->Name("frame, average mode/qmUtility");
-BENCHMARK_CAPTURE(Frame, calibration, eQMFPSType_Instant, 1001)
-    ->Name("frame counter, construct/the 1,001 frames of its calibration");
+BENCHMARK(CalibrationTicks)->Name("frame counter, construct/the 2,002 tick reads of its calibration");
 
 void FrameCounter(benchmark::State& state)
 {
@@ -92,48 +82,88 @@ void FrameCounter(benchmark::State& state)
 }
 BENCHMARK(FrameCounter)->Name("frame counter, construct/qmUtility");
 
-const wchar_t* const Name = L"Loading the project";
-
-void MarkersParts(benchmark::State& state)
+/// Standard output goes nowhere while it exists.
+class Silence
 {
+public:
+    Silence() : m_output(dup(STDOUT_FILENO))
+    {
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        dup2(nowhere, STDOUT_FILENO);
+        close(nowhere);
+    }
+    ~Silence()
+    {
+        dup2(m_output, STDOUT_FILENO);
+        close(m_output);
+    }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+private:
+    int m_output;
+};
+
+template <class... Arguments>
+void FormatAndWrite(fmt::format_string<const Arguments&...> format, const Arguments&... arguments)
+{
+    fmt::memory_buffer line;
+    fmt::format_to(std::back_inserter(line), format, arguments...);
+    benchmark::DoNotOptimize(write(STDOUT_FILENO, line.data(), line.size()));
+}
+
+const char* const Name = "Loading the project";
+const wchar_t* const WideName = L"Loading the project";
+
+void MarkersLines(benchmark::State& state)
+{
+    const Silence silence;
     for ([[maybe_unused]] auto _ : state) {
-        const CQMTimer timer;
-        CString line;
-        line.Format(L"%s - Start\n", Name);
-        line.Format(L"%s - End : %.2f sec\n", Name, 1.25);
-        benchmark::DoNotOptimize(line.GetString());
+        FormatAndWrite("{} - Start\n", Name);
+        const long long start = Count();
+        FormatAndWrite("{} - End : {:.2f} sec\n", Name, static_cast<double>(Count() - start) / 1e9);
     }
 }
-BENCHMARK(MarkersParts)->Name("trace marker/formatting its lines, constructing a stopwatch");
+BENCHMARK(MarkersLines)->Name("trace marker/fmt and one write for each line, two counter reads");
 
 void Marker(benchmark::State& state)
 {
+    const Silence silence;
     for ([[maybe_unused]] auto _ : state)
-        const CQMDebugTraceStartEndMarker marker(Name, true, true, false);
+        const CQMDebugTraceStartEndMarker marker(WideName, true, true, false);
 }
 BENCHMARK(Marker)->Name("trace marker/qmUtility");
 
-void FputwsAndFlush(benchmark::State& state)
+void StopwatchLine(benchmark::State& state)
 {
-    std::FILE* const file = std::fopen("/dev/null", "we");
-    for ([[maybe_unused]] auto _ : state) {
-        (void)std::fputws(L"Loading the project - End : 1.25 sec\n", file);
-        (void)std::fflush(file);
-    }
-    (void)std::fclose(file);
+    const Silence silence;
+    for ([[maybe_unused]] auto _ : state)
+        FormatAndWrite(">>> {} : {:.5f} sec\n", Name, 1e-7);
 }
-BENCHMARK(FputwsAndFlush)->Name("line to the console/fputws and fflush");
+BENCHMARK(StopwatchLine)->Name("stopwatch, log line/fmt and one write");
+
+void StopwatchLog(benchmark::State& state)
+{
+    const Silence silence;
+    CQMTimer timer;
+    for ([[maybe_unused]] auto _ : state)
+        timer.LogLapsedTime(true, true, L"%s", WideName);
+}
+BENCHMARK(StopwatchLog)->Name("stopwatch, log line/qmUtility");
+
+void Line(benchmark::State& state)
+{
+    const Silence silence;
+    for ([[maybe_unused]] auto _ : state)
+        FormatAndWrite("{} - End : {:.2f} sec\n", Name, 1.25);
+}
+BENCHMARK(Line)->Name("line to the console/fmt and one write");
 
 void Console(benchmark::State& state)
 {
-    const int original = dup(STDOUT_FILENO);
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(nowhere, STDOUT_FILENO);
+    const Silence silence;
     for ([[maybe_unused]] auto _ : state)
-        DefaultConsole::Log(L"%s - End : %.2f sec\n", Name, 1.25);
-    dup2(original, STDOUT_FILENO);
-    close(nowhere);
-    close(original);
+        CQMConsoleAPI::Log(L"%s - End : %.2f sec\n", WideName, 1.25);
 }
 BENCHMARK(Console)->Name("line to the console/qmUtility");
 

@@ -8,8 +8,9 @@ def target($job; $library; $kib): { "get/INIParser/64": [0.7], "get/INIParser/10
     "sort/INIParser/1024": [2], "load/INIDocument": [null, 5], "load CR LF/INIDocument": [null, 5],
     "read 100/INIDocument": [null, 1], "read all/INIDocument": [null, 0.33], "write 100/INIDocument": [null, 1],
     "write 100 on disk/INIDocument": [1.2], "stopwatch, start and read/qmUtility": [1.3],
-    "frame, instant mode/qmUtility": [6], "frame, average mode/qmUtility": [6], "frame counter, construct/qmUtility": [3],
-    "trace marker/qmUtility": [3], "line to the console/qmUtility": [2], "check of 10,000 files/qmUtility": [1.2] }
+    "frame, instant mode/qmUtility": [4], "frame, average mode/qmUtility": [4], "frame counter, construct/qmUtility": [2],
+    "trace marker/qmUtility": [5], "line to the console/qmUtility": [2.5], "stopwatch, log line/qmUtility": [3],
+    "check of 10,000 files/qmUtility": [1.2] }
     | .["\($job)/\($library)/\($kib)"] // .["\($job)/\($library)"] // [];
 # At most this ratio of the times of two cases.
 def pairs: [(64, 1024, 16384 | ["load CR LF/INIDocument/\(.)", "load/INIDocument/\(.)", 1.3]),

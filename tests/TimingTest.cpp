@@ -183,6 +183,8 @@ TEST_F(Timer, ReportsStopFirstAndRestartLast)
 
 TEST_F(Timer, ReportsAreTruncated)
 {
+    Stopwatch.LogLapsedTime(false, false, L"a%cb", 0);
+    EXPECT_EQ(std::exchange(script.Calls, {}), L"log >>> a : 0.00000 sec\n|");
     // The log's line is cut before it gets the seconds.
     for (const auto& [length, logEnd, traceEnd] :
          {std::tuple(1007U, L" : 0.00000 sec", L" : 0.00000 s"), {5000U, L"", L""}}) {
@@ -357,6 +359,18 @@ TEST_F(Scripted, CopiesShareTheRingsAndFindWhatAScanFinds)
         EXPECT_EQ(std::tuple(copy.GetTickMinimum(), copy.GetTickMaximum(), copy.GetTickAverage()),
                   std::tuple(minimum, maximum, average));
     }
+}
+
+TEST_F(Scripted, CopiesFindAsManyDurationsAsAResetDropped)
+{
+    Counter c;
+    Counter copy(c);
+    copy.Frame(0, 15);
+    c.Reset();
+    for (int frame = 0; frame != 1001 + 1; ++frame)
+        c.Frame(0, 25);
+    copy.Frame(0, 15);
+    EXPECT_EQ(copy.GetTickMaximum(), 20);
 }
 
 } // namespace

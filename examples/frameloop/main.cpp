@@ -37,7 +37,8 @@ using namespace std::chrono_literals;
 constexpr const char* Help =
     R"(usage: frameloop [--frames N] [--seconds S] [FILE]
 
-Draws bouncing balls with escape sequences until Ctrl-C. FILE (frameloop.ini)
+Draws bouncing balls with escape sequences until Ctrl-C, or until the output is
+closed. Needs a terminal of at least 80 x 16 characters. FILE (frameloop.ini)
 holds the settings, which can be edited meanwhile, and receives the statistics.
 
   --frames N   end after N frames
@@ -215,7 +216,7 @@ void Run(const Options& options)
     auto now = start;
     auto nextUpdate = start + std::chrono::milliseconds(100);
     auto frameEnd = start;
-    CString toTop; // the first frame is drawn where the cursor is
+    std::string toTop; // the first frame is drawn where the cursor is
     CString figures;
     do {
         counter.Start();
@@ -227,16 +228,17 @@ void Run(const Options& options)
         }
         const std::wstring picture =
             DrawBalls(std::chrono::duration<double>(now - start).count(), settings.Balls());
-        CQMConsoleAPI::Log(L"%s%s%s\033[K\n%.79s\033[K\n", toTop.GetString(), picture.c_str(),
-                           figures.GetString(), settings.Describe().GetString());
-        toTop.Format(L"\033[%dA", Rows + 2);
+        std::cout << toTop << std::flush; // fails when the output is closed; the console log would not
+        CQMConsoleAPI::Log(L"%s%.79s\033[K\n%.79s\033[K\n", picture.c_str(), figures.GetString(),
+                           settings.Describe().GetString());
+        toTop = "\033[" + std::to_string(Rows + 2) + 'A';
         if (settings.FrameLimit() != 0) {
             frameEnd = std::max(frameEnd + Clock::duration(1s) / settings.FrameLimit(), Clock::now());
             std::this_thread::sleep_until(frameEnd);
         }
         counter.End();
         now = Clock::now();
-    } while (interrupted == 0 && counter.GetTotalFrame() < options.Frames &&
+    } while (interrupted == 0 && std::cout && counter.GetTotalFrame() < options.Frames &&
              now - start < std::chrono::seconds(options.Seconds));
     stopwatch.Stop(false);
     stopwatch.LogLapsedTime(false, false, L"%d frames", static_cast<int>(counter.GetTotalFrame()));

@@ -29,21 +29,28 @@ bool WriteBytes(int descriptor, std::string_view text)
 void platform::Write(Stream stream, std::wstring_view text)
 {
     const std::string bytes = EncodeUtf8(text);
+    const int descriptor = static_cast<int>(stream);
     const int before = errno;
-
-    // A closed pipe sends SIGPIPE to the thread that writes. The signal is blocked meanwhile and taken back.
-    sigset_t pipe;
-    sigemptyset(&pipe);
-    sigaddset(&pipe, SIGPIPE);
-    sigset_t mask;
-    pthread_sigmask(SIG_BLOCK, &pipe, &mask);
-    sigset_t pending;
-    sigpending(&pending);
-    if (WriteBytes(static_cast<int>(stream), bytes) && sigismember(&pending, SIGPIPE) == 0) {
-        const timespec noWait{};
-        sigtimedwait(&pipe, nullptr, &noWait);
+    if (::lseek(descriptor, 0, SEEK_CUR) >= 0) // what has a position sends no signal
+        WriteBytes(descriptor, bytes);
+    else {
+        // A closed pipe sends SIGPIPE to the thread that writes. The signal is blocked meanwhile and taken back,
+        // unless one is pending already, which it can only be when it was blocked before.
+        sigset_t pipe;
+        sigemptyset(&pipe);
+        sigaddset(&pipe, SIGPIPE);
+        sigset_t mask;
+        pthread_sigmask(SIG_BLOCK, &pipe, &mask);
+        sigset_t pending;
+        sigemptyset(&pending);
+        if (sigismember(&mask, SIGPIPE) != 0)
+            sigpending(&pending);
+        if (WriteBytes(descriptor, bytes) && sigismember(&pending, SIGPIPE) == 0) {
+            const timespec noWait{};
+            sigtimedwait(&pipe, nullptr, &noWait);
+        }
+        pthread_sigmask(SIG_SETMASK, &mask, nullptr);
     }
-    pthread_sigmask(SIG_SETMASK, &mask, nullptr);
     errno = before;
 }
 

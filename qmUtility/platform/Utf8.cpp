@@ -35,10 +35,14 @@ char* EncodeUtf8(char32_t character, char* to)
 
 std::string EncodeUtf8(std::wstring_view text)
 {
-    std::string bytes;
-    bytes.reserve(text.size());
+    std::string bytes(4 * text.size(), '\0');
+    char* to = bytes.data();
     for (std::size_t i = 0; i != text.size(); ++i) {
         auto c = static_cast<char32_t>(text[i]);
+        if (c < 0x80) { // most text
+            *to++ = static_cast<char>(c);
+            continue;
+        }
         if (IsHighSurrogate(c) && i + 1 != text.size()) {
             const auto next = static_cast<char32_t>(text[i + 1]);
             if (IsLowSurrogate(next)) {
@@ -46,17 +50,17 @@ std::string EncodeUtf8(std::wstring_view text)
                 ++i;
             }
         }
-        if (!IsCharacter(c))
-            c = 0xFFFD;
-        char character[4];
-        bytes.append(character, EncodeUtf8(c, character));
+        to = EncodeUtf8(IsCharacter(c) ? c : 0xFFFD, to);
     }
+    bytes.resize(static_cast<std::size_t>(to - bytes.data()));
     return bytes;
 }
 
 char32_t DecodeUtf8(const char*& text)
 {
     const auto lead = static_cast<unsigned char>(*text++);
+    if (lead < 0x80)
+        return lead;
     for (int length = 2; length <= 4; ++length) {
         const auto lengthMask = static_cast<unsigned>(0xFF80 >> length) & 0xFFU;
         if ((lead & lengthMask) != LeadBits(length))

@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cwchar>
 #include <string_view>
-#include <type_traits>
 
 namespace platform {
 namespace {
@@ -39,50 +38,30 @@ struct Directive
     wchar_t Conversion = 0;
 };
 
-/// Interprets a format and prints into a buffer of fixed size.
+/// Interprets a format and appends to a text.
 class Printer
 {
 public:
-    Printer(wchar_t* buffer, std::size_t capacity, std::va_list arguments)
-        : m_at(buffer), m_last(buffer + capacity - 1)
-    {
-        va_copy(m_arguments, arguments);
-    }
+    Printer(std::wstring& text, std::va_list arguments) : m_text(text) { va_copy(m_arguments, arguments); }
     ~Printer() { va_end(m_arguments); }
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
 
-    /// @return whether the whole text fitted.
-    bool Run(const wchar_t* format)
+    void Run(const wchar_t* format)
     {
-        while (*format != 0) {
-            if (*format != L'%') {
-                Put({format++, 1});
-                continue;
-            }
-            const wchar_t* const start = format++;
+        while (const wchar_t* const start = std::wcschr(format, L'%')) {
+            m_text.append(format, start);
+            format = start + 1;
             const Directive directive = Parse(format);
-            if (!Convert(directive)) {
-                // Prints what was parsed; the character that is no conversion is interpreted next.
-                Put({start, static_cast<std::size_t>(format - start)});
-                continue;
-            }
-            ++format;
+            if (Convert(directive))
+                ++format;
+            else // prints what was parsed; the character that is no conversion is interpreted next
+                m_text.append(start, format);
         }
-        *m_at = 0;
-        return m_fits;
+        m_text += format;
     }
-
-    const wchar_t* End() const { return m_at; }
 
 private:
-    void Put(std::wstring_view text)
-    {
-        const auto room = static_cast<std::size_t>(m_last - m_at);
-        m_fits = m_fits && text.size() <= room;
-        m_at = std::copy_n(text.data(), std::min(text.size(), room), m_at);
-    }
-
     /// Parses a directive up to its conversion character, which `format` points to afterwards.
     Directive Parse(const wchar_t*& format)
     {
@@ -99,23 +78,29 @@ private:
         if (*format == L'.')
             directive.Precision = ParseNumber(++format);
 
-        struct Modifier
-        {
-            std::wstring_view Text;
-            platform::Length Length;
+        const auto accept = [&format](wchar_t character) {
+            const bool isNext = *format == character;
+            format += isNext ? 1 : 0;
+            return isNext;
         };
-        static constexpr Modifier modifiers[] = {
-            {L"I64", Length::LongLong}, {L"I32", Length::None}, {L"I", Length::Size},
-            {L"hh", Length::Char},      {L"h", Length::Short},  {L"ll", Length::LongLong},
-            {L"l", Length::Long},       {L"w", Length::Long},   {L"L", Length::LongDouble},
-            {L"j", Length::LongLong},   {L"z", Length::Size},   {L"t", Length::Size},
-        };
-        for (const Modifier& modifier : modifiers)
-            if (std::wcsncmp(format, modifier.Text.data(), modifier.Text.size()) == 0) {
-                directive.Length = modifier.Length;
-                format += modifier.Text.size();
-                break;
-            }
+        if (accept(L'h'))
+            directive.Length = accept(L'h') ? Length::Char : Length::Short;
+        else if (accept(L'l'))
+            directive.Length = accept(L'l') ? Length::LongLong : Length::Long;
+        else if (accept(L'w'))
+            directive.Length = Length::Long;
+        else if (accept(L'L'))
+            directive.Length = Length::LongDouble;
+        else if (accept(L'j'))
+            directive.Length = Length::LongLong;
+        else if (accept(L'z') || accept(L't'))
+            directive.Length = Length::Size;
+        else if (accept(L'I')) {
+            const bool is64 = format[0] == L'6' && format[1] == L'4';
+            const bool is32 = format[0] == L'3' && format[1] == L'2';
+            directive.Length = is64 ? Length::LongLong : is32 ? Length::None : Length::Size;
+            format += is64 || is32 ? 2 : 0;
+        }
         directive.Conversion = *format;
         return directive;
     }
@@ -143,7 +128,7 @@ private:
         case L'o':
         case L'x':
         case L'X':
-            PutInteger(directive);
+            AppendInteger(directive);
             return true;
         case L'a':
         case L'A':
@@ -154,38 +139,36 @@ private:
         case L'g':
         case L'G':
             if (directive.Length == Length::LongDouble)
-                PutNumber(directive, "L", va_arg(m_arguments, long double));
+                AppendNumber(directive, "L", va_arg(m_arguments, long double));
             else
-                PutNumber(directive, "", va_arg(m_arguments, double));
+                AppendNumber(directive, "", va_arg(m_arguments, double));
             return true;
         case L'p': {
             Directive number = directive;
             number.Flags += '#';
             number.Conversion = L'x';
             const auto address = reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*));
-            PutNumber(number, "ll", static_cast<unsigned long long>(address));
+            AppendNumber(number, "ll", static_cast<unsigned long long>(address));
             return true;
         }
         case L'c':
         case L'C': {
             const int argument = va_arg(m_arguments, int);
-            const auto character = static_cast<wchar_t>(
-                IsNarrow(directive, L'C') ? static_cast<unsigned char>(argument) : argument);
-            PutPadded(directive, {&character, 1});
+            const std::size_t start = m_text.size();
+            m_text += static_cast<wchar_t>(IsNarrow(directive, L'C') ? static_cast<unsigned char>(argument)
+                                                                     : argument);
+            Pad(directive, start);
             return true;
         }
         case L's':
         case L'S':
-            if (IsNarrow(directive, L'S'))
-                PutNarrowString(directive, va_arg(m_arguments, const char*));
-            else
-                PutWideString(directive, va_arg(m_arguments, const wchar_t*));
+            AppendString(directive);
             return true;
         case L'n':
             (void)va_arg(m_arguments, void*);
             return true;
         case L'%':
-            Put(L"%");
+            m_text += L'%';
             return true;
         default:
             return false;
@@ -198,147 +181,96 @@ private:
                (directive.Conversion == narrowConversion && directive.Length != Length::Long);
     }
 
-    void PutInteger(const Directive& directive)
+    void AppendInteger(const Directive& directive)
     {
         switch (directive.Length) {
-        case Length::Size:
-            return PutInteger<std::ptrdiff_t>(directive);
         case Length::Char:
-            return PutInteger<signed char, int>(directive);
+            return AppendNumber(directive, "hh", va_arg(m_arguments, int));
         case Length::Short:
-            return PutInteger<short, int>(directive);
+            return AppendNumber(directive, "h", va_arg(m_arguments, int));
         case Length::None:
-            return PutInteger<int>(directive);
+            return AppendNumber(directive, "", va_arg(m_arguments, int));
         case Length::Long:
-            return PutInteger<long>(directive);
+            return AppendNumber(directive, "l", va_arg(m_arguments, long));
+        case Length::Size:
+            return AppendNumber(directive, "t", va_arg(m_arguments, std::ptrdiff_t));
         default:
-            return PutInteger<long long>(directive);
+            return AppendNumber(directive, "ll", va_arg(m_arguments, long long));
         }
-    }
-
-    /// Prints an integer that is passed as `Passed`.
-    template <class Integer, class Passed = Integer>
-    void PutInteger(const Directive& directive)
-    {
-        const auto number = static_cast<Integer>(va_arg(m_arguments, Passed));
-        if (directive.Conversion == L'd' || directive.Conversion == L'i')
-            PutNumber(directive, "ll", static_cast<long long>(number));
-        else
-            PutNumber(directive, "ll",
-                      static_cast<unsigned long long>(static_cast<std::make_unsigned_t<Integer>>(number)));
     }
 
     /// Prints a number through the narrow printing of the C library, because the wide one does not report the
     /// size that it needs.
     template <class Number>
-    void PutNumber(const Directive& directive, const char* length, Number number)
+    void AppendNumber(const Directive& directive, const char* length, Number number)
     {
-        const std::string narrow =
-            '%' + directive.Flags + "*.*" + length + static_cast<char>(directive.Conversion);
+        std::string narrow = '%' + directive.Flags;
+        narrow.append("*.*").append(length) += static_cast<char>(directive.Conversion);
         const int precision = std::min(directive.Precision, MaximumPadding);
         std::array<char, 128> local; // holds all but long numbers
         const int size =
             std::snprintf(local.data(), local.size(), narrow.c_str(), directive.Width, precision, number);
         if (size < 0) // the C library ran out of memory
             return;
-        if (static_cast<std::size_t>(size) < local.size()) {
-            Put(Widen(local.data(), SIZE_MAX));
-            return;
-        }
+        if (static_cast<std::size_t>(size) < local.size())
+            return AppendNarrow(local.data(), SIZE_MAX);
         std::string large(static_cast<std::size_t>(size) + 1, '\0');
         (void)std::snprintf(large.data(), large.size(), narrow.c_str(), directive.Width, precision, number);
-        Put(Widen(large.data(), SIZE_MAX));
+        AppendNarrow(large.c_str(), SIZE_MAX);
     }
 
-    static std::size_t Limit(const Directive& directive)
+    void AppendString(const Directive& directive)
     {
-        return directive.Precision < 0 ? SIZE_MAX : static_cast<std::size_t>(directive.Precision);
+        const std::size_t start = m_text.size();
+        const std::size_t limit =
+            directive.Precision < 0 ? SIZE_MAX : static_cast<std::size_t>(directive.Precision);
+        if (IsNarrow(directive, L'S')) {
+            const char* const text = va_arg(m_arguments, const char*);
+            AppendNarrow(text != nullptr ? text : "(null)", limit);
+        } else {
+            const wchar_t* text = va_arg(m_arguments, const wchar_t*);
+            if (text == nullptr)
+                text = L"(null)";
+            std::size_t length = 0;
+            while (length < limit && text[length] != 0)
+                ++length;
+            m_text.append(text, length);
+        }
+        Pad(directive, start);
     }
 
-    void PutWideString(const Directive& directive, const wchar_t* text)
+    /// @param limit the most characters to append; nothing after them is read.
+    void AppendNarrow(const char* text, std::size_t limit)
     {
-        if (text == nullptr)
-            text = L"(null)";
-        std::size_t length = 0;
-        while (length < Limit(directive) && text[length] != 0)
-            ++length;
-        PutPadded(directive, {text, length});
+        const std::size_t start = m_text.size();
+        while (m_text.size() - start < limit && *text != 0)
+            AppendCharacter(m_text, DecodeUtf8(text));
+        if (m_text.size() - start > limit)
+            m_text.pop_back(); // half of a surrogate pair
     }
 
-    void PutNarrowString(const Directive& directive, const char* text)
+    /// Pads the text from `start` on to the width of its directive.
+    void Pad(const Directive& directive, std::size_t start)
     {
-        // One character more than fits shows that the text is truncated; the rest is not converted.
-        const auto room = static_cast<std::size_t>(m_last - m_at);
-        const std::size_t enough = std::max(room, static_cast<std::size_t>(directive.Width)) + 1;
-        PutPadded(directive, Widen(text != nullptr ? text : "(null)", std::min(enough, Limit(directive))));
-    }
-
-    static std::wstring Widen(const char* text, std::size_t limit)
-    {
-        std::wstring wide;
-        while (wide.size() < limit && *text != 0)
-            AppendCharacter(wide, DecodeUtf8(text));
-        wide.resize(std::min(wide.size(), limit));
-        return wide;
-    }
-
-    void PutPadded(const Directive& directive, std::wstring_view text)
-    {
+        const std::size_t length = m_text.size() - start;
         const auto width = static_cast<std::size_t>(directive.Width);
-        const std::wstring padding(width > text.size() ? width - text.size() : 0, L' ');
-        const bool left = directive.Flags.find('-') != std::string::npos;
-        if (!left)
-            Put(padding);
-        Put(text);
-        if (left)
-            Put(padding);
+        if (length < width)
+            m_text.insert(directive.Flags.find('-') != std::string::npos ? m_text.size() : start,
+                          width - length, L' ');
     }
 
-    wchar_t* m_at;
-    wchar_t* const m_last; ///< last position, which only the terminating null may take
-    bool m_fits = true;
+    std::wstring& m_text;
     std::va_list m_arguments;
 };
 
 } // namespace
 
-std::ptrdiff_t VPrint(wchar_t* buffer, std::size_t capacity, const wchar_t* format, std::va_list arguments)
-{
-    if (capacity == 0)
-        return -1;
-    Printer printer(buffer, capacity, arguments);
-    return printer.Run(format != nullptr ? format : L"") ? printer.End() - buffer : -1;
-}
-
-std::ptrdiff_t Print(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...)
-{
-    std::va_list arguments;
-    va_start(arguments, format);
-    const std::ptrdiff_t result = VPrint(buffer, capacity, format, arguments);
-    va_end(arguments);
-    return result;
-}
-
-void Append(wchar_t* buffer, std::size_t capacity, const wchar_t* text)
-{
-    const std::size_t length = std::wcslen(buffer);
-    Print(buffer + length, capacity - length, L"%s", text);
-}
-
 std::wstring VFormat(const wchar_t* format, std::va_list arguments)
 {
-    std::array<wchar_t, 1024> local;
-    const std::ptrdiff_t size = VPrint(local.data(), local.size(), format, arguments);
-    if (size >= 0)
-        return {local.data(), static_cast<std::size_t>(size)};
-    for (std::wstring text;;) {
-        text.resize(std::max(text.size(), local.size()) * 2);
-        const std::ptrdiff_t longer = VPrint(text.data(), text.size(), format, arguments);
-        if (longer >= 0) {
-            text.resize(static_cast<std::size_t>(longer));
-            return text;
-        }
-    }
+    std::wstring text;
+    if (format != nullptr)
+        Printer(text, arguments).Run(format);
+    return text;
 }
 
 } // namespace platform

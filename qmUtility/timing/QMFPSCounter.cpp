@@ -5,73 +5,37 @@
 
 #include <algorithm>
 #include <new>
+#include <span>
 #include <utility>
 #include <vector>
 
-/// The duration ring, with the results of a scan of its entries: the sum and the number of the nonzero ones, the
-/// smallest and the largest of them. They belong to the ring because copies of a counter write into it too.
-///
-/// A new entry updates the sum and the number by what it replaces. For the extremes, the entries are the leaves of
-/// a binary tree whose nodes hold the extremes below them; an update climbs only as far as it changes a node,
-/// usually a few levels. A counter's ring takes 240 KB, 160 KB of them for the tree, which saves `End` from
-/// reading 10,000 entries in every frame.
+/// The duration ring, with the sum and the number of its nonzero entries. They belong to the ring because copies of a
+/// counter write into it too.
 struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
 {
-    explicit TickRing(std::uint32_t length) : m_nodes(length), m_entries(length) {}
+    explicit TickRing(std::uint32_t length) : Entries(length) {}
 
-    std::uint64_t Sum = 0;
-    std::uint64_t Number = 0;
-
-    std::uint64_t Maximum() const { return Node(1).Largest; }
-    /// Requires a nonzero entry.
-    std::uint64_t Minimum() const { return 0 - Node(1).SmallestNegated; }
-
+    /// @param entry nonzero.
     void Store(std::size_t index, std::uint64_t entry)
     {
-        std::uint64_t& place = m_entries[index];
+        std::uint64_t& place = Entries[index];
         Sum += entry - place;
-        Number += std::uint64_t{entry != 0} - std::uint64_t{place != 0};
+        Number += place == 0 ? 1 : 0;
         place = entry;
-        for (std::size_t node = (m_entries.size() + index) / 2; node != 0; node /= 2) {
-            const Extremes left = Node(2 * node);
-            const Extremes right = Node(2 * node + 1);
-            const Extremes now = {std::max(left.Largest, right.Largest),
-                                  std::max(left.SmallestNegated, right.SmallestNegated)};
-            if (now == m_nodes[node])
-                return;
-            m_nodes[node] = now;
-        }
+        ++Writes;
     }
 
     void Zero()
     {
         Sum = 0;
         Number = 0;
-        std::fill(m_nodes.begin(), m_nodes.end(), Extremes{});
-        std::fill(m_entries.begin(), m_entries.end(), 0);
+        std::fill(Entries.begin(), Entries.end(), 0);
     }
 
-private:
-    /// Negation modulo 2^64 makes the smallest nonzero number the largest, and keeps zero the smallest of all.
-    struct Extremes
-    {
-        std::uint64_t Largest = 0;
-        std::uint64_t SmallestNegated = 0;
-        bool operator==(const Extremes&) const = default;
-    };
-
-    /// Returns a node of the tree: 1 is the root, 2n and 2n + 1 are the children of n, and the indices from the
-    /// number of entries on denote the entries themselves.
-    Extremes Node(std::size_t node) const
-    {
-        if (node < m_nodes.size())
-            return m_nodes[node];
-        const std::uint64_t entry = m_entries[node - m_nodes.size()];
-        return {entry, 0 - entry};
-    }
-
-    std::vector<Extremes> m_nodes;
-    std::vector<std::uint64_t> m_entries;
+    std::vector<std::uint64_t> Entries;
+    std::uint64_t Sum = 0;
+    std::uint64_t Number = 0;
+    std::uint64_t Writes = 0; ///< number of calls of `Store`; `Zero` keeps it, so that no count occurs twice
 };
 
 CQMFPSCounter::CQMFPSCounter() : CQMFPSCounter(eQMFPSType_Instant) {}
@@ -105,9 +69,21 @@ void CQMFPSCounter::End()
         TickRing& ring = *m_pTickSamples;
         if (m_state.TickSampleIndex >= m_nTickSampleCount)
             m_state.TickSampleIndex = 0;
-        ring.Store(m_state.TickSampleIndex++, m_state.TickElapsed); // nonzero, as Minimum requires
-        m_state.TickMinimum = std::min(m_state.TickMinimum, ring.Minimum());
-        m_state.TickMaximum = std::max(m_state.TickMaximum, ring.Maximum());
+        // All other entries count already, unless the calibration or a copy stored some since the last frame.
+        const bool isOnlyNew = m_state.TickWrites == ring.Writes;
+        ring.Store(m_state.TickSampleIndex++, m_state.TickElapsed);
+        m_state.TickWrites = ring.Writes;
+        std::uint64_t minimum = m_state.TickMinimum;
+        std::uint64_t maximum = m_state.TickMaximum;
+        for (const std::uint64_t entry :
+             isOnlyNew ? std::span(&m_state.TickElapsed, 1) : std::span(ring.Entries)) {
+            if (entry == 0)
+                continue;
+            minimum = std::min(minimum, entry);
+            maximum = std::max(maximum, entry);
+        }
+        m_state.TickMinimum = minimum;
+        m_state.TickMaximum = maximum;
         // Signed: the duration of a frame shorter than the tolerance has wrapped, and is then the small negative
         // number that keeps the average right.
         const auto sum = static_cast<std::int64_t>(ring.Sum);
@@ -134,17 +110,20 @@ void CQMFPSCounter::End()
         m_state.FPSMaximum = -0x1p63;
     }
     m_pFPSSamples[m_state.FPSSampleIndex++] = m_state.FPS;
+    double minimum = m_state.FPSMinimum;
+    double maximum = m_state.FPSMaximum;
     double sum = 0;
     std::uint32_t number = 0;
-    for (std::uint32_t i = 0; i != m_nFPSSampleCount; ++i) {
-        const double rate = m_pFPSSamples[i];
+    for (const double rate : std::span(m_pFPSSamples.get(), m_nFPSSampleCount)) {
         if (!(rate > 0))
             continue;
-        m_state.FPSMinimum = std::min(m_state.FPSMinimum, rate);
-        m_state.FPSMaximum = std::max(m_state.FPSMaximum, rate);
+        minimum = std::min(minimum, rate);
+        maximum = std::max(maximum, rate);
         sum += rate;
         ++number;
     }
+    m_state.FPSMinimum = minimum;
+    m_state.FPSMaximum = maximum;
     m_state.FPSAverage = number != 0 ? sum / number : 0;
     m_state.IsStarted = false;
 }

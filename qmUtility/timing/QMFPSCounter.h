@@ -28,13 +28,14 @@ enum eQMFPSType : int
 /// huge number; 0 counts as 1.
 ///
 /// **Average mode** leaves a frame started until its period is full. All frames of a period therefore measure
-/// from the period's first `Start`, and these growing durations are added up. This is deliberate.
+/// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is then
+/// about the square root of twice the true one.
 ///
 /// **Statistics.** Minimum and maximum of the durations include every entry that is in the ring when a frame
 /// ends, and are kept until `Reset`. The empty frames of construction stay in the ring, and count, until
 /// 10000 real ones have replaced them. Minimum and maximum of the rates start again from 2^63 and -2^63 when
-/// their ring wraps, and from 2147483647 and -1 at construction and `Reset`. Averages are those of the rings'
-/// entries.
+/// their ring wraps, and from 2147483647 and -1 at construction and `Reset`; they, too, include every entry that
+/// is in the ring. Averages are those of the rings' entries.
 ///
 /// **Copies** share both rings with their source but have write positions of their own; the last owner deletes
 /// the rings.
@@ -65,7 +66,8 @@ public:
     void Start();
 
     /// Ends a frame and updates all figures. Does nothing when no frame is started or the counter is on hold.
-    /// Allocates nothing; takes time proportional to the length of the rate ring.
+    /// Allocates nothing; takes time proportional to the length of the rate ring, and to that of the duration ring
+    /// when a copy has stored durations since the last call.
     void End();
 
     /// Suspends or resumes counting.
@@ -137,6 +139,7 @@ private:
         std::uint64_t TickMaximum = 0;
         std::uint64_t TickMinimum = INT64_MAX;
         std::uint32_t TickSampleIndex = 0;
+        std::uint64_t TickWrites = 0; ///< writes to the duration ring up to the last `End`
         double TickAverage = 0;
     };
 

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/timing/QMTimer.h"
 
+#include "qmUtility/framework/CString.h"
 #include "qmUtility/host/qmConsole.h"
 #include "qmUtility/platform/Kernel.h"
-#include "qmUtility/platform/WidePrint.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <cstdarg>
 #include <cstddef>
+#include <string>
 
 // A stopwatch runs while its end mark equals a sum, exactly. `FLT_EVAL_METHOD` is negative where it varies.
 #if FLT_EVAL_METHOD < 0 || FLT_EVAL_METHOD == 2
@@ -16,8 +18,8 @@
 
 namespace {
 
-/// Size of the report buffers, in characters, the terminating null included.
-constexpr std::size_t Capacity = 1024;
+/// Truncates a report to the 1023 characters that are written.
+void Truncate(std::wstring& text) { text.resize(std::min<std::size_t>(text.size(), 1023)); }
 
 std::int64_t ReadCounter()
 {
@@ -96,14 +98,15 @@ void CQMTimer::LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, .
 {
     if (bStop)
         _StopStep();
-    constexpr std::size_t lead = 4;
-    wchar_t text[Capacity] = L">>> ";
     std::va_list arguments;
     va_start(arguments, format);
-    platform::VPrint(text + lead, Capacity - lead, format, arguments);
+    CString message;
+    message.FormatV(format, arguments);
     va_end(arguments);
-    platform::Append(text, Capacity, L" : %.5lf sec\n");
-    _Log(text, _Elapsed());
+    std::wstring text = L">>> ";
+    text.append(message.GetString()).append(L" : %.5lf sec\n");
+    Truncate(text);
+    _Log(text.c_str(), _Elapsed());
     if (bRestart)
         _RestartStep();
 }
@@ -112,9 +115,11 @@ void CQMTimer::TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label)
 {
     if (bStop)
         _StopStep();
-    wchar_t text[Capacity];
-    platform::Print(text, Capacity, L">>> %s : %.5lf sec\n", label, _Elapsed());
-    _Trace(text);
+    CString line;
+    line.Format(L">>> %s : %.5lf sec\n", label, _Elapsed());
+    std::wstring text = line.GetString();
+    Truncate(text);
+    _Trace(text.c_str());
     if (bRestart)
         _RestartStep();
 }

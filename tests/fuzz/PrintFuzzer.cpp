@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Wide printing: directives for numbers compared with the C library's wide printing, and arbitrary formats, which must
-/// stay within the buffer.
+/// Wide printing: directives for numbers compared with the C library's wide printing, and arbitrary formats.
 
-#include "qmUtility/platform/WidePrint.h"
+#include "qmUtility/framework/CString.h"
 #include "tests/fuzz/Model.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -28,15 +27,9 @@ void Check(FuzzedDataProvider& data, const std::wstring& ours, const std::wstrin
     const int size = std::swprintf(expected.data(), expected.size(), (start + standard + L'>').c_str(),
                                    std::clamp(width, -65535, 65535), std::min(precision, 65535), number);
     Require(size >= 0, "the C library prints");
-    std::wstring text(expected.data(), static_cast<std::size_t>(size));
-    const auto capacity = data.ConsumeIntegralInRange<std::size_t>(1, 400);
-    std::vector<wchar_t> buffer(capacity); // the address sanitizer detects a write past the end
-    const std::ptrdiff_t result =
-        platform::Print(buffer.data(), capacity, (start + ours + L'>').c_str(), width, precision, number);
-    Require(result == (text.size() < capacity ? size : -1), "the length of the text");
-    text.resize(std::min(text.size(), capacity - 1));
-    text += L'\0';
-    Require(std::equal(text.begin(), text.end(), buffer.begin()), "the text");
+    CString text;
+    text.Format((start + ours + L'>').c_str(), width, precision, number);
+    Require(text.GetString() == std::wstring(expected.data()), "the text");
 }
 
 void CheckNumber(FuzzedDataProvider& data)
@@ -58,18 +51,14 @@ void CheckNumber(FuzzedDataProvider& data)
 /// Each argument is the address of a text that is null-terminated as bytes and as wide characters.
 void CheckAnyFormat(FuzzedDataProvider& data)
 {
-    const auto capacity = data.ConsumeIntegralInRange<std::size_t>(1, 100);
     const std::string bytes = data.ConsumeRemainingBytesAsString();
     std::wstring format(bytes.begin(), bytes.end());
     int arguments = 0; // a long double is as large as two of those below
     std::erase_if(format, [&](wchar_t c) { return (c == L'%' || c == L'*') && ++arguments > 12; });
     const auto* const t = L"text";
-    std::vector<wchar_t> buffer(capacity);
-    const std::ptrdiff_t result =
-        platform::Print(buffer.data(), capacity, format.c_str(), t, t, t, t, t, t, t, t, t, t, t, t, t, t, t,
-                        t, t, t, t, t, t, t, t, t, t, t, t, t, t, t);
-    Require(buffer[result < 0 ? capacity - 1 : static_cast<std::size_t>(result)] == 0,
-            "the text is terminated");
+    CString text;
+    text.Format(format.c_str(), t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t,
+                t, t, t);
 }
 
 } // namespace

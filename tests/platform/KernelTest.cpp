@@ -101,6 +101,8 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal)
     OutputDebugStringW(L"text");
     const timespec noWait{};
     EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), SIGPIPE) << "of another pipe, and still pending";
+    OutputDebugStringW(L"text");
+    EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), -1) << "of this write";
 }
 
 } // namespace

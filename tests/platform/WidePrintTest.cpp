@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/platform/WidePrint.h"
-
 #include "qmUtility/framework/CString.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +23,8 @@ TEST(WidePrint, StringsAndCharactersAreWideOrUtf8)
                       L'g', L"ab", L"ab", L"abc", -4, L"x"),
               L"abcde\u0416g|   ab|ab   |ab|x   |");
     const wchar_t unterminated[] = {L'a', L'b'};
-    EXPECT_EQ(Printed(L"%-*.*s|", 3, 2, unterminated), L"ab |");
+    const char unterminatedNarrow[] = {'c', 'd'};
+    EXPECT_EQ(Printed(L"%-*.*s|%3.2hs|", 3, 2, unterminated, unterminatedNarrow), L"ab | cd|");
     EXPECT_EQ(Printed(L"%s %hs %.3s", nullptr, nullptr, nullptr) + Printed(nullptr), L"(null) (null) (nu");
     EXPECT_EQ(Printed(L"%99999s|%*s|", L"x", INT_MIN, L"x").size(), 2 * 65536U);
     EXPECT_EQ(Printed(L"%hs%S%hS%hhs%hc%C%hhc", "a", "b", "c", "\u20AC \U0001F600", 'e', '\xE9', '\xE9'),
@@ -55,22 +54,6 @@ TEST(WidePrint, NothingIsStoredAndUnknownDirectivesAreUnchanged)
     for (const wchar_t* const format :
          {L"%y|%5|%-.3k|", L"%", L"%.", L"%5.2", L"%ll", L"%-+ #0", L"%I6", L"%99999999999999999999y"})
         EXPECT_EQ(Printed(format), format);
-}
-
-TEST(WidePrint, TextThatDoesNotFitIsTruncated)
-{
-    const std::wstring whole = L"a   b|cd  12\u00E95%y";
-    for (std::size_t capacity = 0; capacity != 20; ++capacity) {
-        const std::wstring kept = capacity == 0 ? L"" : whole.substr(0, capacity - 1) + L'\0';
-        std::wstring buffer(20, L'#');
-        const auto size = platform::Print(buffer.data(), capacity, L"a%4s|%-4s%.2hs%hs%d%y%.0s", L"b", L"cd",
-                                          "123", "\u00E9", 5, L"x");
-        EXPECT_EQ(size, capacity > whole.size() ? std::ssize(whole) : -1);
-        EXPECT_EQ(buffer, kept + std::wstring(20 - kept.size(), L'#'));
-    }
-    const char unterminated[] = {'1', '2', '3'}; // fills the buffer, so nothing after it is read
-    wchar_t buffer[3];
-    EXPECT_EQ(platform::Print(buffer, 3, L"%1hs", unterminated), -1);
 }
 
 TEST(CString, ReplacesAndTrims)
