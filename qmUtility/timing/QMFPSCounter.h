@@ -19,9 +19,15 @@ enum eQMFPSType : int
     eQMFPSType_Instant = 2,
 };
 
-/// Counts frames per second on the host's processor tick counter. The loop calls `Start` at the beginning of
-/// a frame and `End` at its end. Durations are in ticks; `GetTickPeriod` returns the ticks per second. Two rings
-/// keep the last 10000 durations and the last 16 rates (see `SetFPSAverageSampleCount`).
+/// Counts frames per second on the host's processor tick counter.
+///
+///     CQMFPSCounter counter(eQMFPSType_Instant);
+///     counter.Start();
+///     Draw();           // a frame
+///     counter.End();    // now GetFPS() returns its rate, GetFPSAverage() that of the last 16 frames
+///
+/// Durations are in ticks; `GetTickPeriod` returns the ticks per second. Two rings keep the last 10000 durations
+/// and the last 16 rates (see `SetFPSAverageSampleCount`).
 ///
 /// **Tolerance.** Construction and `Reset` measure the counter's own cost with 1001 empty frames. It is
 /// subtracted from every duration (`GetTickTolerance`). The duration of a frame shorter than that wraps to a
