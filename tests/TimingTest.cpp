@@ -199,31 +199,56 @@ TEST_F(Timer, ReportsAreTruncated)
 
 TEST_F(Scripted, MarkerFlagsSelectLinesAndTime)
 {
-    // Whether it has the timer, the console, the processor's time; then the timer and the console set later, and
-    // whether the times are still available.
-    const std::tuple<bool, bool, bool, bool, bool, bool, const wchar_t*> cases[] = {
-        {1, 1, 0, 1, 0, 1, L"sleep 0|0|5|10|log %% - Start\n|15|1270|debug >>> %% - End : 1.25 sec|"},
-        {1, 0, 0, 1, 1, 1, L"sleep 0|0|5|10|debug >>> %% - Start|15|1270|log % - End : 1.25 sec\n|"},
-        {1, 1, 1, 1, 1, 1, L"log %% - Start\n|times|times|log % - End : -3.50 sec (CPU)\n|"},
-        {1, 0, 1, 1, 0, 0, L"debug >>> %% - Start|times|times|debug >>> %% - End : 0.00 sec (CPU)|"},
-        {1, 0, 1, 0, 1, 1, L"debug >>> %% - Start|times|log % - End\n|"},
-        // Without a measured start, the time is 0 or all the processor time: 9 * 2^32 + 15,000,000 units.
-        {0, 1, 0, 1, 0, 1, L"log %% - Start\n|debug >>> %% - End : 0.00 sec|"},
-        {0, 1, 1, 1, 0, 1, L"log %% - Start\n|times|debug >>> %% - End : 3866.97 sec (CPU)|"},
+    struct Case
+    {
+        bool UsesTimer = false;
+        bool UsesConsole = false;
+        bool UsesCpuTime = false;
+        bool UsesTimerLater = true;
+        bool UsesConsoleLater = false;
+        bool AreTimesAvailable = true;
+        const wchar_t* Calls;
     };
-    for (const auto& [timer, console, cpu, timerLater, consoleLater, isAvailable, calls] : cases) {
+    const Case cases[] = {
+        {.UsesTimer = true,
+         .UsesConsole = true,
+         .Calls = L"sleep 0|0|5|10|log %% - Start\n|15|1270|debug >>> %% - End : 1.25 sec|"},
+        {.UsesTimer = true,
+         .UsesConsoleLater = true,
+         .Calls = L"sleep 0|0|5|10|debug >>> %% - Start|15|1270|log % - End : 1.25 sec\n|"},
+        {.UsesTimer = true,
+         .UsesConsole = true,
+         .UsesCpuTime = true,
+         .UsesConsoleLater = true,
+         .Calls = L"log %% - Start\n|times|times|log % - End : -3.50 sec (CPU)\n|"},
+        {.UsesTimer = true,
+         .UsesCpuTime = true,
+         .AreTimesAvailable = false,
+         .Calls = L"debug >>> %% - Start|times|times|debug >>> %% - End : 0.00 sec (CPU)|"},
+        {.UsesTimer = true,
+         .UsesCpuTime = true,
+         .UsesTimerLater = false,
+         .UsesConsoleLater = true,
+         .Calls = L"debug >>> %% - Start|times|log % - End\n|"},
+        // Without a measured start, the time is 0 or all the processor time: 9 * 2^32 + 15,000,000 units.
+        {.UsesConsole = true, .Calls = L"log %% - Start\n|debug >>> %% - End : 0.00 sec|"},
+        {.UsesConsole = true,
+         .UsesCpuTime = true,
+         .Calls = L"log %% - Start\n|times|debug >>> %% - End : 3866.97 sec (CPU)|"},
+    };
+    for (const Case& c : cases) {
         script = {};
         script.ProcessTimes = {{30'000'000, 7}, {20'000'000, 2}};
         {
             // The name is an argument first, then part of the format.
-            CQMDebugTraceStartEndMarker marker(L"%%", timer, console, cpu);
-            marker.SetUseTimer(timerLater);
-            marker.SetUseLogConsole(consoleLater);
+            CQMDebugTraceStartEndMarker marker(L"%%", c.UsesTimer, c.UsesConsole, c.UsesCpuTime);
+            marker.SetUseTimer(c.UsesTimerLater);
+            marker.SetUseLogConsole(c.UsesConsoleLater);
             script.Clock = 1270;
             script.ProcessTimes = {{10'000'000, 7}, {5'000'000, 2}}; // less, as in the child of a fork
-            script.AreTimesAvailable = isAvailable;
+            script.AreTimesAvailable = c.AreTimesAvailable;
         }
-        EXPECT_EQ(script.Calls, calls);
+        EXPECT_EQ(script.Calls, c.Calls);
     }
 }
 
