@@ -3,7 +3,10 @@
 # loaded: one that a host module lacks is reported there, and not when it is called. Their table is read-only then.
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
   add_link_options("LINKER:-z,relro,-z,now")
-  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize|_FORTIFY_SOURCE") # sanitizers check more; the user's level goes first
+  get_directory_property(options COMPILE_OPTIONS)
+  string(TOUPPER "${CMAKE_BUILD_TYPE}" type)
+  # Sanitizers check more, and a level that the user has set goes first.
+  if(NOT "${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${type}} ${options}" MATCHES "-fsanitize|_FORTIFY_SOURCE")
     add_compile_options("$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
   endif()
 endif()

@@ -18,7 +18,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
 # Installs the documents that each package must contain.
 set(debian "${PROJECT_BINARY_DIR}/debian")
-string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+set(date "Sun, 22 Nov 2026 00:00:00 +0000") # of the version: packages of several architectures share the file
 function(qm_package_documents package component)
   file(WRITE "${debian}/${package}/changelog" "${package} (${debian_version}) unstable; urgency=low
 
@@ -33,7 +33,7 @@ function(qm_package_documents package component)
   install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${documents}" RENAME copyright COMPONENT ${component})
 endfunction()
 
-# Installs a package's list of what the checker finds and is meant.
+# Installs a package's lintian overrides: findings that are intended.
 function(qm_package_overrides package component overrides)
   file(WRITE "${debian}/${package}/overrides" "${overrides}")
   install(FILES "${debian}/${package}/overrides" DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides"
@@ -66,8 +66,10 @@ add_custom_command(OUTPUT "${debian}/symbols"
   VERBATIM)
 add_custom_target(qm_debian_symbols ALL DEPENDS "${debian}/symbols")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${debian}/triggers" "${debian}/symbols")
-qm_package_overrides(${runtime_package} Runtime "# This library calls only functions that the compiler and libm have.
+qm_package_overrides(${runtime_package} Runtime "# This library calls only functions of the compiler's runtime and of libm.
 library-not-linked-against-libc [*libqmSystemInfo.so*]
+# The libraries are compiled for it; a library in which no buffer's size is known has no such call.
+hardening-no-fortify-functions *
 # CPack adds scripts that call ldconfig, beside the trigger.
 maintscript-calls-ldconfig *
 # CPack does not strip this section.
@@ -97,7 +99,7 @@ if(TARGET qmini)
   qm_package_documents(qmini Tools)
   qm_package_overrides(qmini Tools "# The tool contains the C++ runtime, which is not fortified.
 hardening-no-fortify-functions [usr/bin/qmini]
-# Half a word.
+# A fragment of a word in the program's text.
 spelling-error-in-binary ment meant [usr/bin/qmini]
 # CPack does not strip this section.
 binary-has-unneeded-section .comment [usr/bin/qmini]

@@ -38,16 +38,16 @@ for package in "${packages[@]}"; do
 done
 [ ${#missing[@]} -gt 0 ] || exit 0
 
+if [ -n "${NO_SETUP:-}" ]; then
+    echo "setup: NO_SETUP is set; not installed: ${missing[*]}"
+    exit 0
+fi
 if ! command -v apt-get >/dev/null; then
     echo "setup: no apt-get; install the equivalents of these Debian packages: ${missing[*]}" >&2
     exit 1
 fi
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(sudo)
-if [ -n "${NO_SETUP:-}" ]; then
-    echo "setup: NO_SETUP is set; not installed: ${missing[*]}"
-    exit 0
-fi
 echo "setup: installing ${missing[*]} (NO_SETUP=1 skips this)"
 "${as_root[@]}" apt-get update -qq
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \

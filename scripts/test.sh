@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs missing packages (not if NO_SETUP is set), then builds the library and runs every test with each preset that is named: release (the
-# default, with asan-ubsan), asan-ubsan, tsan, clang-libcxx, aarch64 (under QEMU), or windows (under Wine).
+# Installs missing packages (not if NO_SETUP is set), then builds the library and runs every test with each preset
+# that is named: release (the default, with asan-ubsan), asan-ubsan, tsan, clang-libcxx, aarch64 (under QEMU), or
+# windows (under Wine).
 #
 #   scripts/test.sh [PRESET...]
 set -euo pipefail

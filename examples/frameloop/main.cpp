@@ -262,6 +262,9 @@ int main(int argc, char* argv[])
     }
     (void)std::signal(SIGINT, Interrupt);
     (void)std::signal(SIGTERM, Interrupt);
+#ifdef SIGPIPE
+    (void)std::signal(SIGPIPE, SIG_IGN); // a closed output ends the loop, which then saves the statistics
+#endif
     try {
         Run(options);
     } catch (const std::exception& error) {

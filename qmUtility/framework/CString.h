@@ -17,9 +17,10 @@
 #include <cstdarg>
 #include <cstddef>
 #include <string>
+#include <utility>
 
 /// The classes of the subset. The namespace is in the names of their symbols only: a program that has its own global
-/// `CObject` or `CString` neither replaces ours nor has its own replaced. No source names it.
+/// `CObject` or `CString` neither replaces ours nor has its own replaced. Users never write its name.
 inline namespace qmFramework {
 
 /// A wide string value.
@@ -57,9 +58,9 @@ public:
     CString& operator+=(wchar_t character) { return m_text += character, *this; } ///< @overload
 
     /// @return both parts in one string.
-    friend CString operator+(CString a, const CString& b) { return a += b; }
-    friend CString operator+(CString a, wchar_t b) { return a += b; }                       ///< @overload
-    friend CString operator+(wchar_t a, const CString& b) { return (CString() += a) += b; } ///< @overload
+    friend CString operator+(CString a, const CString& b) { return std::move(a += b); }
+    friend CString operator+(CString a, wchar_t b) { return std::move(a += b); }        ///< @overload
+    friend CString operator+(wchar_t a, const CString& b) { return CString() + a + b; } ///< @overload
 
     /// Compares the values of the characters one by one, whatever the locale. A null text equals an empty one. All
     /// operators take a text on either side: for those that did not, the language would compare addresses.

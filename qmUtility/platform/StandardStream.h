@@ -25,8 +25,9 @@ enum class Stream
 /// On Linux a write that is partial or interrupted by a signal is continued. After any other failure, for
 /// example on a full non-blocking pipe, the rest of the text is dropped. So is the text for a stream that the host has
 /// closed, whose descriptor no file of the library ever gets (`OpenDescriptor`). A closed pipe sends no SIGPIPE, as
-/// there is none on Windows: a log that nobody reads any longer does not end the host. `errno` is preserved, because
-/// the caller may be logging a failure.
+/// there is none on Windows: a log that nobody reads any longer does not end the host. That takes two more system
+/// calls on what has no file position, such as a pipe or a terminal. `errno` is preserved, because the caller may be
+/// logging a failure.
 /// @throws std::bad_alloc
 void Write(Stream stream, std::wstring_view text);
 

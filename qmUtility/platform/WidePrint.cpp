@@ -268,6 +268,7 @@ private:
 std::wstring VFormat(const wchar_t* format, std::va_list arguments)
 {
     std::wstring text;
+    text.reserve(128); // a usual line
     if (format != nullptr)
         Printer(text, arguments).Run(format);
     return text;

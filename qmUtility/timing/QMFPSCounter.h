@@ -72,8 +72,8 @@ public:
     void Start();
 
     /// Ends a frame and updates all figures. Does nothing when no frame is started or the counter is on hold.
-    /// Allocates nothing; takes time proportional to the length of the rate ring, and to that of the duration ring
-    /// when a copy has stored durations since the last call.
+    /// Allocates nothing; takes time proportional to the length of the rate ring, and to that of the duration
+    /// ring in the first frame after construction or `Reset` and after a frame of a copy.
     void End();
 
     /// Suspends or resumes counting.
