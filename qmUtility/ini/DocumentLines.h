@@ -71,15 +71,15 @@ public:
     /// @return the header of the section that the record of this line has, 0 above the first header.
     LineNumber Header() const { return IsActive() ? NearestActive : Nearest; }
 
-private:
     /// @throws std::length_error
     static std::uint32_t To32(std::size_t size)
     {
         if (size > std::numeric_limits<std::uint32_t>::max())
-            throw std::length_error("a line of an INI file is too long");
+            throw std::length_error("an INI file is too large");
         return static_cast<std::uint32_t>(size);
     }
 
+private:
     const Char* m_begin = nullptr;
     std::uint32_t m_size = 0;
     std::uint32_t m_name = 0; ///< where it begins
@@ -138,7 +138,7 @@ public:
         platform::ExpectUse(m_lines.data(), m_lines.capacity() * sizeof(DocLine));
         Context context;
         Scan(whole, [&](const Line<Char>& scanned) {
-            const auto number = static_cast<LineNumber>(m_lines.size());
+            const LineNumber number = DocLine::To32(m_lines.size());
             if (scanned.Kind == LineKind::MalformedHeader)
                 throw INIFormatError(number);
             DocLine& line = m_lines.emplace_back(scanned);
@@ -221,11 +221,9 @@ public:
     {
         return FindHeader(section) != 0 || (section.empty() && GetIndex().LastKey[0] != 0);
     }
-    /// @return the last active key, or 0. Not const: the index may have to be made anew.
-    LineNumber FindLastKey(View section)
+    /// @return the last active key, or 0.
+    LineNumber FindLastKey(View section) const
     {
-        if (!GetIndex().IsLastKeyKnown)
-            DropIndex();
         const std::vector<LineNumber>& lastKeys = GetIndex().LastKey;
         LineNumber last = section.empty() ? lastKeys[0] : 0;
         VisitHeaders(section, [&](LineNumber header) {
@@ -399,7 +397,6 @@ private:
         std::vector<LineNumber> Next;    ///< by line, in its chain
         std::vector<LineNumber> LastKey; ///< by header: the last active key below it
         std::size_t Size = 0;            ///< number of lines
-        bool IsLastKeyKnown = true;      ///< else `LastKey` is some key
     };
 
     /// Adds a line to the index, at the start of its chain.
@@ -474,10 +471,12 @@ private:
         bool isNew = true;
         if (line.IsHeader())
             VisitHeaders(line.Name(), [&](LineNumber) { return isNew = false; });
-        LineNumber& lastKey = index->LastKey[line.NearestActive];
-        if (line.IsKey() && lastKey != 0) {
-            index->IsLastKeyKnown = index->IsLastKeyKnown && AfterContinuations(lastKey) == number;
-            lastKey = 0;
+        if (line.IsActiveKey()) { // is it below the last key of its header?
+            LineNumber above = line.Previous;
+            while (above != line.NearestActive && !m_lines[above].IsActiveKey())
+                above = Previous(above);
+            LineNumber& lastKey = index->LastKey[line.NearestActive];
+            lastKey = above == lastKey ? 0 : lastKey;
         }
         AddTo(*index, number);
         if (!isNew || index->Size > index->First.size())

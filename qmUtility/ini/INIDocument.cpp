@@ -5,8 +5,8 @@
 #include "qmUtility/ini/TextFile.h"
 
 #include <charconv>
+#include <set>
 #include <sstream>
-#include <unordered_set>
 
 using ini::LineKind;
 using ini::LineNumber;
@@ -232,7 +232,7 @@ template <class Char>
 auto BasicINIDocument<Char>::GetSectionNames() const -> std::vector<String>
 {
     const Lines& lines = GetLines();
-    std::unordered_set<View> seen;
+    std::set<View> seen; // whose time does not depend on the names
     std::vector<String> names;
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line))
         if (lines[line].IsActiveHeader() && seen.insert(lines[line].Name()).second)

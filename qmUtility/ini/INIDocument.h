@@ -48,11 +48,11 @@ class DocumentLines;
 /// document.
 ///
 /// **Complexity.** `Load`, `Parse`, `Text` and `Save` are linear in the text. `SetValue`, `AddSection` and lookups
-/// of one record take constant time on average when there are many; `Sort` takes n log n, everything else at most
-/// linear time in the number of lines.
+/// of one record take constant time on average when there are many; `Sort` and `GetSectionNames` take n log n,
+/// everything else at most linear time in the number of lines.
 ///
 /// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it was. A
-/// line of 2^32 characters or more throws std::length_error.
+/// line of 2^32 characters or more, and as many lines, throw std::length_error.
 ///
 /// **Threads.** Several threads may read a document that none edits. Copies are independent.
 template <class Char>
@@ -212,7 +212,8 @@ public:
     bool DeleteRecord(View key, View section);
 
     /// Removes the active headers of the section and everything that stands below them, up to the comments of the
-    /// next header; for the empty name, the keys above the first header with their comments.
+    /// next header, and the section's active keys below a commented-out header, with their comments; for the empty
+    /// name, the keys that have no active header above.
     bool DeleteSection(View section);
 
     /// Changes the name in the section's active headers.

@@ -8,10 +8,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <locale>
+#include <map>
 #include <string_view>
 #include <system_error>
 #include <type_traits>
-#include <unordered_map>
 #include <utility>
 
 /// The records of a file, in file order, as views into the text that was read and into the arguments of an edit.
@@ -195,7 +195,7 @@ bool INIParser::Sort(std::string path, bool descending)
         });
     };
     Pointers headers;
-    std::unordered_map<std::string_view, Pointers> keys; // of each section, in file order
+    std::map<std::string_view, Pointers> keys; // of each section, in file order
     for (const RecordView& record : list.Records)
         (record.Key.empty() ? headers : keys[record.Section]).push_back(&record);
     if (headers.empty())

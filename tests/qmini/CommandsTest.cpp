@@ -37,7 +37,7 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
          "  \"\\\\\": {\n    \"k\": \"\\u001f\"\n  }\n}\n"},
         {"list|-|E|--json<[S]\n[E]", 0, "{\n  \"E\": {}\n}\n"},
         {"list|-|--json<k=\xFF\n", 1, "qmini: standard input: not UTF-8, so no JSON: \"\xFF\"\n"},
-        {"check|-<; note\r\n\r\n[S]\r\nk=v ]\n#c=1\n;[T]\n;k=v=w\n  \t\nd=\\\n", 0, ""},
+        {"check|-<; note\r\n\r\n[S]\r\nk=v ]\n#c=1\n;[S]\n;k=v=w\n  \t\nd=\\\n", 0, ""},
         {"check|f|--quiet", 1, ""},
         {"check|-<[S]\nk=1\n[T]\nk=1\n[S]\nk=2\nk=3\n;k=4\n", 1,
          "standard input:5: duplicate section \"S\": first in line 1\n"
@@ -53,6 +53,10 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
          "standard input:9: continuation line: it is indented deeper than the key above\n"
          "standard input:10: continuation line: it is indented deeper than the key above\n"
          "standard input:10: last line without a newline: INIParser does not read it\n"},
+        {"check|-<#[B]\nz=3\ny=1\r=x\n", 1,
+         "standard input:2: INIParser reads it in section \"B\"\n"
+         "standard input:3: carriage return inside the line: many programs end it there\n"
+         "standard input:3: INIParser reads it in section \"B\"\n"},
         {"check|-<k=x[1]\n# see [b\n[ S ]\n[a=b]\nk =v\n# a = b\n", 1,
          "standard input:1: INIParser reads the header of section \"=x[1\"\n"
          "standard input:2: INIParser cannot read the file: \"[\" without \"]\"\n"
@@ -79,11 +83,14 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
         {"set|f|E|long|c", 3, "qmini: f:15: continues the value of key \"long\"\n"},
         {"comment|-|S|k<[S]\nk=a\\\nb=1\n", 3,
          "qmini: standard input:3: continues the value of key \"k\"; --"},
-        {"comment|-|A|z<[A]\n#[B]\nz=3\n", 3, "qmini: standard input:3: refused, since another"},
+        {"comment|-|A|z<[A]\n#[B]\nz=3\n", 3, "qmini: standard input:3: refused, since a line"},
+        {"delete|-|S|k<[S]\nk=a\n\n# c\n  more\n", 3,
+         "qmini: standard input:5: continues the value of key \"k\"\n"},
         {"create|f", 1, "qmini: f exists already\n"},
         {"create|new|--dry-run", 0, ""},
         {"get|new||k", 1, "qmini: cannot read new: "},
         {"create|new", 0, ""},
+        {"create|-", 1, "qmini: standard input exists already\n"},
         {"list|new", 0, ""},
         {"sort|.", 1, "qmini: cannot edit .: no regular file\n"},
         {"sort|none", 1, "qmini: cannot edit none: "},
@@ -94,7 +101,7 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
         {"edit|f<set S a 'b\0c'"s, 2, "qmini: line 1: \"b?c\" holds a NUL\n"},
         {"edit|f<set 'N N' k 1", 3, "qmini: line 1: f:9: one of several lines"},
         {"edit|f<set E z 1\nrename 'N N' R\nset R k 1", 3, "qmini: line 3: f:9: one of several lines"},
-        {"edit|f<set E l2 1", 3, "qmini: line 1: f:17: continues the value of key \"l2\"; --force edits"},
+        {"edit|f<set E l2 1", 3, "qmini: line 1: f:17: continues the value of key \"l2\"\n"},
         {"edit|f<set S y 1\nuncomment S x\nset S x 1", 3, "qmini: line 3: f:13: one of several lines"},
     };
     for (const auto& [call, code, expected] : cases) {

@@ -21,6 +21,8 @@ std::string Remark(const NumberedLine& line)
         return "continuation line: the line above ends in a backslash";
     if (line.Continues == NumberedLine::Indented)
         return "continuation line: it is indented deeper than the key above";
+    if (line.Text.find('\r') != std::string_view::npos)
+        return "carriage return inside the line: many programs end it there";
     if (line.Text.starts_with('[') && close == std::string_view::npos)
         return "header without \"]\"";
     if (line.Kind == LineKind::Other)
@@ -75,10 +77,14 @@ std::vector<std::pair<std::size_t, std::string>> Check(std::string_view text)
 
     // The first active and the first commented-out line of each name
     std::map<std::pair<std::string_view, std::string_view>, std::pair<std::size_t, std::size_t>> firstLines;
+    std::string_view header; // the nearest name, active or commented out
     std::vector<NumberedLine> parsed;
     EachLine(text, INISyntax::Parser, [&](const NumberedLine& line) { parsed.push_back(line); });
     EachLine(text, INISyntax::Common, [&](const NumberedLine& line) {
         add(line.Number, Remark(line));
+        header = line.Kind == LineKind::Header ? line.Section : header;
+        if (line.Kind == LineKind::Key && line.Commented == ' ' && line.Within != header)
+            add(line.Number, "INIParser reads it in section " + Quoted(header));
         if (line.Kind == LineKind::Header || line.Kind == LineKind::Key) {
             auto& [active, commentedOut] = firstLines[{line.Within, line.Key}];
             const bool isActive = line.Commented == ' ';

@@ -66,8 +66,9 @@ void EachLine(std::string_view text, INISyntax syntax, const std::function<void(
         line.Continues = canContinue && own > indentation  ? NumberedLine::Indented
                          : canContinue && isAfterBackslash ? NumberedLine::AfterBackslash
                                                            : NumberedLine::None;
-        if (line.Continues == NumberedLine::None)
-            indentation = isKey ? own : std::string_view::npos;
+        if (line.Continues == NumberedLine::None &&
+            (canContinue || (line.Kind == LineKind::Header && isActive)))
+            indentation = isKey ? own : std::string_view::npos; // comments and empty lines do not end a value
         // The last of an odd number of backslashes is escaped by none.
         const std::size_t backslashes = line.Text.size() - (line.Text.find_last_not_of('\\') + 1);
         isAfterBackslash = (isKey || line.Continues != NumberedLine::None) && backslashes % 2 != 0;

@@ -60,26 +60,34 @@ std::string CommentLines(const Call& call)
     return comments;
 }
 
-/// Refuses an edit of a key whose value goes on in the next line, or that is active a second time.
-/// @param isRefused whether the document does not make the edit, and a line that is nothing may be why
+/// Refuses an edit of a key whose value goes on in further lines, or that is active a second time.
+/// @param isRefused whether the document does not make the edit. Else it takes indented lines that are nothing,
+///   directly below the key, for a part of it.
 void RefuseUnlessPlain(const Call& call, std::string_view text, bool mayRepeat, bool isRefused = false)
 {
-    std::size_t first = 0; // line of the key
+    bool isFound = false;
+    bool isValue = false;  // whether a line that continues a value continues the key's
+    bool isDirect = false; // without empty lines and comments in between
     EachLine(text, call.Syntax(), [&](const NumberedLine& line) {
-        const bool isNothing = line.Kind == ini::LineKind::Other && line.Continues == NumberedLine::Indented;
-        const auto refuse = [&](const std::string& why) {
+        const auto refuse = [&](const std::string& why, bool canBeForced) {
             throw Failure(Refused, call.FileName() + ':' + std::to_string(line.Number) + ": " + why +
                                        Quoted(call.Key) +
-                                       (isNothing || call.Force ? "" : "; --force edits the first line"));
+                                       (canBeForced && !call.Force ? "; --force edits the first line" : ""));
         };
-        if (first != 0 && line.Number == first + 1 && line.Continues != NumberedLine::None &&
-            (isRefused || !isNothing))
-            refuse("continues the value of key ");
+        const bool isIndented = line.Continues == NumberedLine::Indented;
+        const bool isContinuation = line.Continues != NumberedLine::None;
+        isDirect = isDirect && isContinuation;
+        if (isValue && isContinuation &&
+            (isRefused || !isDirect || !isIndented || line.Kind != ini::LineKind::Other))
+            refuse("continues the value of key ", !isIndented);
+        isValue =
+            isValue && (isContinuation || line.Text.empty() || ini::IsCommentCharacter(line.Text.front()));
         if (!IsMatch(line, call))
             return;
-        if (first != 0 && !mayRepeat)
-            refuse("one of several lines of key ");
-        first = first != 0 ? first : line.Number;
+        if (isFound && !mayRepeat)
+            refuse("one of several lines of key ", true);
+        isValue = isDirect = isValue || !isFound;
+        isFound = true;
     });
 }
 
@@ -126,7 +134,8 @@ void RequirePlain(const Call& call, Editing& editing, bool mayRepeat)
         if (at.empty() && IsMatch(line, call, isActive))
             at = ':' + std::to_string(line.Number);
     });
-    throw Failure(Refused, call.FileName() + at + ": refused, since another line would be read differently");
+    throw Failure(Refused, call.FileName() + at +
+                               ": refused, since a line would be read differently or in another section");
 }
 
 /// Makes sure that an edit of what is there and active was made.
@@ -223,7 +232,11 @@ void Uncomment(const Call& call, Editing& editing)
         editing.Unusual.reset();
 }
 
-void Sort(const Call& call, Editing& editing) { editing.Document.Sort(call.Descending); }
+void Sort(const Call& call, Editing& editing)
+{
+    editing.Document.Sort(call.Descending);
+    editing.Unusual.reset();
+}
 
 void Note(const Call& call, Editing& editing)
 {

@@ -135,8 +135,8 @@ void CheckFile(const Call& call, const Streams& streams)
 void Create(const Call& call, const Streams& /*streams*/)
 {
     std::error_code error;
-    if (std::filesystem::exists(call.File, error))
-        throw Failure(Failed, call.File + " exists already");
+    if (call.File == "-" || std::filesystem::exists(call.File, error))
+        throw Failure(Failed, call.FileName() + " exists already");
     if (!call.DryRun && !INIDocument().Save(call.File, error))
         throw Failure(Failed, "cannot write " + call.File + ": " + error.message());
 }
