@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// INI operations beside other libraries and beside baselines: `ReadLines`, `WriteRecords` and `Replace`. Names are
-/// job/library/KiB.
+/// INI operations beside other libraries and beside baselines: `ReadLines`, `WriteRecords` and `Replace`.
+/// Names are job/library/KiB.
 
 #include "benchmarks/IniPeers.h"
 
@@ -66,8 +66,8 @@ struct Shape
     bool IsOnDisk = false; ///< in the current directory, otherwise in the one for temporary files
 };
 
-/// A settings file that exists as long as the object: a comment above every fourth key, sections and keys in no
-/// order.
+/// A settings file that exists as long as the object: a comment above every fourth key, sections and keys in
+/// no order.
 template <class Char>
 class Sample
 {
@@ -158,7 +158,8 @@ void Load(benchmark::State& state, const Shape& shape)
         benchmark::DoNotOptimize(Library(sample.OwnPath));
 }
 
-/// Looks up the last settings of a file. It is loaded every time: a library may leave work to the first lookup.
+/// Looks up the last settings of a file. It is loaded every time: a library may leave work to the first
+/// lookup.
 template <class Library>
 void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool isLoadTimed)
 {

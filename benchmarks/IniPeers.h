@@ -2,8 +2,9 @@
 #pragma once
 
 /// @file
-/// INI libraries behind one interface: the constructor loads a file, `GetValue` looks up a setting, `SetValue`
-/// changes one, and `Text` returns what the library saves. The others are present where their headers are.
+/// INI libraries behind one interface: the constructor loads a file, `GetValue` looks up a setting,
+/// `SetValue` changes one, and `Text` returns what the library saves. The others are present where their
+/// headers are.
 
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Fault injection: every operation with each of its system calls and allocations failing, and saves that are killed.
+/// Fault injection: every operation with each of its system calls and allocations failing, and saves that are
+/// killed.
 
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/host/qmConsole.h"
@@ -346,7 +347,8 @@ void MakeLink(const std::string& path)
     fs::create_symlink("test.ini.target", path);
 }
 void MakeName(const std::string& path) { fs::create_hard_link(path, path + ".same"); }
-/// Attributes of a file, and an access list that new files inherit from its folder, where the file system has them.
+/// Attributes of a file, and an access list that new files inherit from its folder, where the file system has
+/// them.
 void MakeAttributes(const std::string& path)
 {
     constexpr unsigned list[] = {2, 0x60001, ~0U, 0x60002, 1, 0x40004, ~0U, 0x60010, ~0U, 0x40020, ~0U};

@@ -8,23 +8,24 @@
 #include "qmUtility/framework/CFile.h"
 #include "qmUtility/framework/CString.h"
 
-/// Holds the path of a file and the status that the file had at construction or at the last `ApplyChanges`, and
-/// checks on request whether the file has been deleted or modified since. Nothing runs in the background.
+/// Holds the path of a file and the status that the file had at construction or at the last `ApplyChanges`,
+/// and checks on request whether the file has been deleted or modified since. Nothing runs in the background.
 ///
-/// **Paths** are stored with backslashes in place of slashes and without leading and trailing white space. Outside
-/// Windows the system gets them with slashes in place of backslashes and in UTF-8, whatever the locale; a file with
-/// a backslash in its name therefore cannot be watched there. A path that is not valid Unicode names no file.
+/// **Paths** are stored with backslashes in place of slashes and without leading and trailing white space.
+/// Outside Windows the system gets them with slashes in place of backslashes and in UTF-8, whatever the
+/// locale; a file with a backslash in its name therefore cannot be watched there. A path that is not valid
+/// Unicode names no file.
 ///
-/// **Failure.** A file that does not exist or whose status cannot be read is not an error: its times are zero. The
-/// only exception is std::bad_alloc, from construction and copying.
+/// **Failure.** A file that does not exist or whose status cannot be read is not an error: its times are
+/// zero. The only exception is std::bad_alloc, from construction and copying.
 ///
 /// **Threads.** An instance belongs to one thread at a time.
 class QMUTILITY_API CQMFileCheck
 {
 public:
     /// Reads the file's status. Converts implicitly, because hosts rely on it.
-    /// @param path of a file or directory, which need not exist; each call resolves a relative path against the
-    ///   current directory.
+    /// @param path of a file or directory, which need not exist; each call resolves a relative path against
+    ///   the current directory.
     CQMFileCheck(CString path = CString());
 
     /// Copies the path and the stored status; does not access the file.
@@ -40,14 +41,14 @@ public:
     ///   cannot be acknowledged.
     bool ApplyChanges();
 
-    /// @return whether the file cannot be opened for reading. An existing file that is locked or not permitted
-    ///   counts as deleted, and so does a directory.
+    /// @return whether the file cannot be opened for reading. An existing file that is locked or not
+    ///   permitted counts as deleted, and so does a directory.
     bool CheckDeleted();
 
     /// Compares the file's modification time, and nothing else, with the stored one. The stored status is
     /// unchanged.
-    /// @return whether the times differ, in either direction. A file that has been deleted or created counts as
-    ///   modified.
+    /// @return whether the times differ, in either direction. A file that has been deleted or created counts
+    ///   as modified.
     bool CheckModified();
 
     /// @return true, always; nothing is checked.

@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// The framework's binary archive and its exception: the subset used here, or the framework's own classes (see
-/// `CString.h`).
+/// The framework's binary archive and its exception: the subset used here, or the framework's own classes
+/// (see `CString.h`).
 
 #include "qmUtility/framework/CObject.h"
 
@@ -25,7 +25,8 @@ public:
         load = 1,  ///< reads from the stream
     };
 
-    /// @param file the stream, which takes the place of the framework's file object; must outlive the archive.
+    /// @param file the stream, which takes the place of the framework's file object; must outlive the
+    ///   archive.
     /// @param mode `store` or `load`.
     CArchive(std::streambuf& file, Mode mode) : m_file(file), m_mode(mode) {}
 

@@ -21,13 +21,13 @@ inline namespace qmFramework {
 
 /// A dynamic array of contiguous elements.
 ///
-/// **Growth.** The first allocation has the size asked for. Each later one adds an eighth of the array's size, at
-/// least 4 and at most 1024 elements, and invalidates references to elements. `RemoveAll` and `SetSize(0)` release the
-/// storage.
+/// **Growth.** The first allocation has the size asked for. Each later one adds an eighth of the array's
+/// size, at least 4 and at most 1024 elements, and invalidates references to elements. `RemoveAll` and
+/// `SetSize(0)` release the storage.
 ///
-/// **Failure.** Throws `CInvalidArgException*` for an index or size out of range, std::length_error for a size
-/// that no memory could hold, and std::bad_alloc. The elements are unchanged then, but references to them may be
-/// invalid. An exception of an assignment in `RemoveAt` leaves some elements doubled.
+/// **Failure.** Throws `CInvalidArgException*` for an index or size out of range, std::length_error for a
+/// size that no memory could hold, and std::bad_alloc. The elements are unchanged then, but references to
+/// them may be invalid. An exception of an assignment in `RemoveAt` leaves some elements doubled.
 ///
 /// **Threads.** An array belongs to one thread at a time.
 ///
@@ -90,20 +90,20 @@ public:
         m_elements.erase(first, std::next(first, count));
     }
 
-    /// Stores the number of elements (`CArchive::WriteCount`) and then the bytes of the elements in memory, or
-    /// loads an array stored this way.
+    /// Stores the number of elements (`CArchive::WriteCount`) and then the bytes of the elements in memory,
+    /// or loads an array stored this way.
     ///
-    /// Load from trusted sources only: the memory for all elements is allocated before the first one is read, and
-    /// a corrupt number may claim all there is.
+    /// Load from trusted sources only: the memory for all elements is allocated before the first one is read,
+    /// and a corrupt number may claim all there is.
     /// @param archive stores or loads.
     /// @throws CArchiveException* with one of these causes:
     ///   - `genericException`: not all could be stored.
-    ///   - `endOfFile`: the stream ends within the number, and the array is unchanged; or within the elements. An
-    ///     array of trivially copyable elements then has the new size, and those that were not read keep their
-    ///     former or default value. Other arrays are unchanged, and so is any array if no memory could hold
-    ///     the number.
-    ///   - `badClass`: the elements are not trivially copyable, so their bytes do not make up their value. Only
-    ///     the number 0 can be loaded; after another the array is unchanged.
+    ///   - `endOfFile`: the stream ends within the number, and the array is unchanged; or within the
+    ///     elements. An array of trivially copyable elements then has the new size, and those that were not
+    ///     read keep their former or default value. Other arrays are unchanged, and so is any array if no
+    ///     memory could hold the number.
+    ///   - `badClass`: the elements are not trivially copyable, so their bytes do not make up their value.
+    ///     Only the number 0 can be loaded; after another the array is unchanged.
     void Serialize(CArchive& archive) override
     {
         if (archive.IsStoring()) {

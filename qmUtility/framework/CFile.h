@@ -48,7 +48,8 @@ private:
     std::int32_t m_nanoseconds = 0;
 };
 
-/// Status of a file. Default initialization sets the times to zero and leaves the other members indeterminate.
+/// Status of a file. Default initialization sets the times to zero and leaves the other members
+/// indeterminate.
 struct CFileStatus
 {
     CTime m_ctime;             ///< creation; the zero time where the system does not report it
@@ -72,8 +73,8 @@ public:
     };
 
     /// Reads the status of a file or directory. Symbolic links are followed.
-    /// @param path backslashes separate directories on every platform. Outside Windows the path is passed to the
-    ///   system in UTF-8, whatever the locale; a path that is not valid Unicode names no file.
+    /// @param path backslashes separate directories on every platform. Outside Windows the path is passed to
+    ///   the system in UTF-8, whatever the locale; a path that is not valid Unicode names no file.
     /// @param status receives the status.
     /// @return whether the status could be read; otherwise `status` is unchanged.
     static bool GetStatus(const wchar_t* path, CFileStatus& status);

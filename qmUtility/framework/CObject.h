@@ -25,13 +25,13 @@ struct CRuntimeClass
     int m_nObjectSize;           ///< size of an object in bytes
 };
 
-/// The root class. Its objects cannot be copied. The virtual functions are declared in the framework's order, those
-/// without a use here included.
+/// The root class. Its objects cannot be copied. The virtual functions are declared in the framework's order,
+/// those without a use here included.
 class QMFRAMEWORK_API CObject
 {
 public:
-    /// @return the description of the most derived class that has one, which here is always `CObject`; owned by
-    ///   the class.
+    /// @return the description of the most derived class that has one, which here is always `CObject`; owned
+    ///   by the class.
     virtual CRuntimeClass* GetRuntimeClass() const;
 
     virtual ~CObject();

@@ -4,9 +4,9 @@
 /// @file
 /// The framework's wide string class: the subset used here, or the framework's own class.
 ///
-/// The CMake option `QMUTILITY_FRAMEWORK` (Visual C++, `UNICODE`) builds the library with the framework itself.
-/// The build and all users then define `QMUTILITY_FRAMEWORK`, and the headers of this folder include the
-/// framework's. Otherwise they declare the subset used here, with the same names and meaning.
+/// The CMake option `QMUTILITY_FRAMEWORK` (Visual C++, `UNICODE`) builds the library with the framework
+/// itself. The build and all users then define `QMUTILITY_FRAMEWORK`, and the headers of this folder include
+/// the framework's. Otherwise they declare the subset used here, with the same names and meaning.
 
 #if defined(QMUTILITY_FRAMEWORK)
 #include <afxwin.h>
@@ -19,8 +19,8 @@
 #include <string>
 #include <utility>
 
-/// The classes of the subset. The namespace is in the names of their symbols only: a program that has its own global
-/// `CObject` or `CString` neither replaces ours nor has its own replaced. Users never write its name.
+/// The classes of the subset. The namespace is in the names of their symbols only: a program that has its own
+/// global `CObject` or `CString` neither replaces ours nor has its own replaced. Users never write its name.
 inline namespace qmFramework {
 
 /// A wide string value.
@@ -62,8 +62,9 @@ public:
     friend CString operator+(CString a, wchar_t b) { return std::move(a += b); }        ///< @overload
     friend CString operator+(wchar_t a, const CString& b) { return CString() + a + b; } ///< @overload
 
-    /// Compares the values of the characters one by one, whatever the locale. A null text equals an empty one. All
-    /// operators take a text on either side: for those that did not, the language would compare addresses.
+    /// Compares the values of the characters one by one, whatever the locale. A null text equals an empty
+    /// one. All operators take a text on either side: for those that did not, the language would compare
+    /// addresses.
     friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
     friend bool operator==(const CString& a, const wchar_t* b) { return a == CString(b); }    ///< @overload
     friend bool operator==(const wchar_t* a, const CString& b) { return CString(a) == b; }    ///< @overload
@@ -109,9 +110,10 @@ public:
     /// | `%p`                         | pointer, printed as `%#llx`                                        |
     /// | `%n`                         | pointer, which is ignored: nothing is stored or printed            |
     ///
-    /// The flags `- + # 0` and space, width, precision and `*` work as in the C library. The precision of a string
-    /// counts `wchar_t`. A width, or the precision of a number, above 65535 counts as 65535. A null string prints
-    /// as "(null)", a null format as nothing. Anything else after a percent sign is printed unchanged.
+    /// The flags `- + # 0` and space, width, precision and `*` work as in the C library. The precision of a
+    /// string counts `wchar_t`. A width, or the precision of a number, above 65535 counts as 65535. A null
+    /// string prints as "(null)", a null format as nothing. Anything else after a percent sign is printed
+    /// unchanged.
     /// @param format the arguments after it may point into this string.
     /// @throws std::bad_alloc; the string is then unchanged.
     void Format(const wchar_t* format, ...);

@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// The framework's process-wide list of extension modules (libraries that extend it): the subset used here, or the
-/// framework's own list (see `CString.h`).
+/// The framework's process-wide list of extension modules (libraries that extend it): the subset used here,
+/// or the framework's own list (see `CString.h`).
 ///
 /// Include it in source files only (see `platform/Kernel.h`). The list may be used from any thread, because
 /// libraries are loaded from any thread.
@@ -48,8 +48,8 @@ public:
     HINSTANCE m_hModule; ///< base address of the module
 };
 
-/// Returns the list, so that tests can tell whether a module is registered. The framework's own readers (lookups of
-/// resources and classes) are not in the subset.
+/// Returns the list, so that tests can tell whether a module is registered. The framework's own readers
+/// (lookups of resources and classes) are not in the subset.
 /// @return the module of each entry, in the order of registration.
 QMFRAMEWORK_API std::vector<HINSTANCE> ExtensionModules();
 

@@ -11,7 +11,7 @@
 class QMCOMMONBASE_API CQMProcess
 {
 public:
-    /// @return the handle (`HANDLE`) of the host process, valid for `GetProcessTimes`; callers do not close it.
-    ///   The default returns `GetCurrentProcess()`. Any thread may call.
+    /// @return the handle (`HANDLE`) of the host process, valid for `GetProcessTimes`; callers do not close
+    ///   it. The default returns `GetCurrentProcess()`. Any thread may call.
     static void* GetHandle();
 };

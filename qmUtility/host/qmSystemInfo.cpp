@@ -44,8 +44,8 @@ struct Moment
     std::chrono::duration<double> Time{};
 };
 
-/// Reads the counter before and after the clock, and returns the narrowest of ten tries, since the thread may be
-/// interrupted in between.
+/// Reads the counter before and after the clock, and returns the narrowest of ten tries, since the thread may
+/// be interrupted in between.
 Moment Now()
 {
     Moment moment;
@@ -74,8 +74,8 @@ std::uint64_t MeasureRate()
 
 std::uint64_t CounterRate()
 {
-    // The counter runs at B / A times the crystal's frequency, C hertz. The nominal frequency in leaf 0x16 is no
-    // substitute for a missing C: it is rounded, and a virtual machine's counter may run at another rate.
+    // The counter runs at B / A times the crystal's frequency, C hertz. The nominal frequency in leaf 0x16 is
+    // no substitute for a missing C: it is rounded, and a virtual machine's counter may run at another rate.
     const Registers r = Identify(0x15);
     if (r.A != 0 && r.B != 0 && r.C != 0)
         return std::uint64_t{r.C} * r.B / r.A;

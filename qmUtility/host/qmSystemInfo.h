@@ -9,15 +9,16 @@
 
 #include <cstdint>
 
-/// The default reads the processor's time stamp counter where that is invariant (its rate is then constant, and
-/// all processors of the machine agree), and the monotonic clock in nanoseconds elsewhere. Any thread may call.
+/// The default reads the processor's time stamp counter where that is invariant (its rate is then constant,
+/// and all processors of the machine agree), and the monotonic clock in nanoseconds elsewhere. Any thread may
+/// call.
 namespace cpu {
 
 /// @return the counter's value; the processor may execute the read a few instructions early or late.
 QMSYSTEMINFO_API std::uint64_t GetTick();
 
-/// @return ticks per second, the same on every call. The first call measures the rate of a processor that does
-///   not report it, which takes about 5 milliseconds.
+/// @return ticks per second, the same on every call. The first call measures the rate of a processor that
+///   does not report it, which takes about 5 milliseconds.
 QMSYSTEMINFO_API std::uint64_t GetClockSpeed();
 
 } // namespace cpu

@@ -23,7 +23,8 @@
 
 namespace ini {
 
-/// A line in its list. It stays the same while lines are inserted and erased around it; 0 is the end of the list.
+/// A line in its list. It stays the same while lines are inserted and erased around it; 0 is the end of the
+/// list.
 using LineNumber = std::uint32_t;
 
 /// A line of a document. It is small because loading a large file is bound by the memory that it fills.
@@ -270,7 +271,8 @@ public:
         return View(crLf, 2).substr(isCrLf ? 0 : 1);
     }
 
-    /// @return a line of these pieces of text, to be part of a change; nothing when they do not make one line.
+    /// @return a line of these pieces of text, to be part of a change; nothing when they do not make one
+    ///   line.
     std::optional<NewLine<Char>> Make(std::initializer_list<View> pieces)
     {
         std::size_t size = 0;
@@ -447,8 +449,8 @@ private:
     /// @return whether a text at the start would be read as a byte order mark.
     bool IsMark(View text) const { return IsCommon() && m_mark.empty() && ByteOrderMarkSize(text) != 0; }
 
-    // The three changes. The index goes, unless it is one that applications make many times: a new value, key,
-    // section or comment.
+    // The three changes. The index goes, unless it is one that applications make many times: a new value,
+    // key, section or comment.
 
     void Insert(LineNumber before, NewLine<Char> made)
     {

@@ -128,7 +128,8 @@ template <class Char>
         return {.Raw = raw, .Text = text};
     const bool isCommented = IsCommentCharacter(text.front());
     const View rest = isCommented ? TrimmedFront(text.substr(1)) : text;
-    // A comment character and blanks: prose, unless what follows is wholly a header, or has a key of one word.
+    // A comment character and blanks: prose, unless what follows is wholly a header, or has a key of one
+    // word.
     const bool isStrict = isCommented && rest.data() != text.data() + 1;
     const Line<Char> none = {
         .Kind = isCommented ? LineKind::Comment : LineKind::Other, .Raw = raw, .Text = text};
@@ -195,7 +196,8 @@ template <class Char>
     return line;
 }
 
-/// Calls `visit` with each `Line` of a text. A last line without a newline counts in the syntax `Common` only.
+/// Calls `visit` with each `Line` of a text. A last line without a newline counts in the syntax `Common`
+/// only.
 template <INISyntax Syntax, class Char, class Visitor>
 void ScanLines(std::basic_string_view<Char> whole, Visitor&& visit)
 {
@@ -218,7 +220,8 @@ void ScanLines(std::basic_string_view<Char> whole, Visitor&& visit)
     }
 }
 
-/// @return how many characters at the start of a text are a byte order mark: U+FEFF, or the bytes that encode it.
+/// @return how many characters at the start of a text are a byte order mark: U+FEFF, or the bytes that encode
+///   it.
 template <class Char>
 std::size_t ByteOrderMarkSize(std::basic_string_view<Char> text)
 {

@@ -30,29 +30,29 @@ class DocumentLines;
 /// An INI file in memory: a text, and the records that it holds.
 ///
 ///     INIDocument settings;
-///     settings.Load("app.ini");                                              // false if it cannot be read
-///     const int width = settings.Get<int>("Width", "Window").value_or(800);  // key, section
-///     settings.SetValue("Width", "1024", "Window");                          // changes only these characters
-///     settings.Save("app.ini");                                              // false: the file is as it was
+///     settings.Load("app.ini");                               // false if it cannot be read
+///     int width = settings.Get<int>("Width", "Window").value_or(800);
+///     settings.SetValue("Width", "1024", "Window");           // changes the characters of the value
+///     settings.Save("app.ini");                               // false: the file is as it was
 ///
 /// **Text.** An edit changes the characters that it is about; all other text stays as it is. The records are
-/// always those that a new document would read from `Text()`. docs/ini-format.md describes both syntaxes and every
-/// edit.
+/// always those that a new document would read from `Text()`. docs/ini-format.md describes both syntaxes and
+/// every edit.
 ///
-/// **Names** match when they have the same code units. Of several matches the first in the file counts. Lookups
-/// see active records only, iteration all of them. An empty key names the section's header in a lookup; an empty
-/// section name is that of the keys above the first header.
+/// **Names** match when they have the same code units. Of several matches the first in the file counts.
+/// Lookups see active records only, iteration all of them. An empty key names the section's header in a
+/// lookup; an empty section name is that of the keys above the first header.
 ///
-/// **Edits** return false and change nothing when there is no such record or section, when the result would not be
-/// read back as given, and when another record would be read differently. Arguments may be views into the
-/// document.
+/// **Edits** return false and change nothing when there is no such record or section, when the result would
+/// not be read back as given, and when another record would be read differently. Arguments may be views into
+/// the document.
 ///
-/// **Complexity.** `Load`, `Parse`, `Text` and `Save` are linear in the text. `SetValue`, `AddSection` and lookups
-/// of one record take constant time on average when there are many; `Sort` and `GetSectionNames` take n log n,
-/// everything else at most linear time in the number of lines.
+/// **Complexity.** `Load`, `Parse`, `Text` and `Save` are linear in the text. `SetValue`, `AddSection` and
+/// lookups of one record take constant time on average when there are many; `Sort` and `GetSectionNames` take
+/// n log n, everything else at most linear time in the number of lines.
 ///
-/// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it was. A
-/// line of 2^32 characters or more, and as many lines, throw std::length_error.
+/// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it
+/// was. A line of 2^32 characters or more, and as many lines, throw std::length_error.
 ///
 /// **Threads.** Several threads may read a document that none edits. Copies are independent.
 template <class Char>
@@ -131,9 +131,9 @@ public:
 
     /// Replaces the text by that of a file.
     /// @param path of the file.
-    /// @param error the reason of a failure: `no_such_file_or_directory`, `is_a_directory`, `permission_denied`,
-    ///   `illegal_byte_sequence` for what the locale cannot decode and, in the syntax `Common`, for a file with
-    ///   a NUL (UTF-16 has them), or any other of the system; cleared on success.
+    /// @param error the reason of a failure: `no_such_file_or_directory`, `is_a_directory`,
+    ///   `permission_denied`, `illegal_byte_sequence` for what the locale cannot decode and, in the syntax
+    ///   `Common`, for a file with a NUL (UTF-16 has them), or any other of the system; cleared on success.
     /// @return false when the file cannot be opened, read to its end or decoded; the document is as it was.
     /// @throws INIFormatError for a malformed header, in the syntax `Parser` only; the document is as it was.
     bool Load(const std::filesystem::path& path, std::error_code& error);
@@ -152,9 +152,9 @@ public:
     /// its mode and owner, takes its place. Symbolic links are followed.
     ///
     /// A file that a new one could not replace without a loss is written in place: one with other hard links,
-    /// with an owner or access list that cannot be given to another file, or in a folder that cannot be written
-    /// to. Its old content is put back when that fails, but a process that is killed meanwhile can leave a
-    /// mixture. A pipe or a device is written to directly.
+    /// with an owner or access list that cannot be given to another file, or in a folder that cannot be
+    /// written to. Its old content is put back when that fails, but a process that is killed meanwhile can
+    /// leave a mixture. A pipe or a device is written to directly.
     /// @param path of the file.
     /// @param error the reason of a failure, `illegal_byte_sequence` for a character that the locale cannot
     ///   encode; cleared on success.
@@ -170,8 +170,9 @@ public:
     String GetValue(View key, View section, View fallback = {}) const;
 
     /// Reads a value as a number, a truth value or a text.
-    /// @tparam T `bool` (true/false, yes/no, on/off, 1/0, in any case), an integer (decimal digits, after a "-"
-    ///   if it is signed), `float` or `double` (decimal, with a point and an exponent if need be), or `String`.
+    /// @tparam T `bool` (true/false, yes/no, on/off, 1/0, in any case), an integer (decimal digits, after a
+    ///   "-" if it is signed), `float` or `double` (decimal, with a point and an exponent if need be), or
+    ///   `String`.
     /// @return nothing when the record is missing, or its value is out of range or not wholly such a value.
     template <class T>
     std::optional<T> Get(View key, View section) const;
@@ -184,8 +185,8 @@ public:
     std::vector<String> GetSectionNames() const;
     /// @return whether there is an active record of this key and section.
     bool RecordExists(View key, View section) const;
-    /// @return whether there is an active header of this name; for the empty name, also whether there is an active
-    ///   key above the first header.
+    /// @return whether there is an active header of this name; for the empty name, also whether there is an
+    ///   active key above the first header.
     bool SectionExists(View section) const;
 
     /// Iterates over all records in file order, commented-out ones included.
@@ -197,9 +198,9 @@ public:
     /// See above for what they have in common.
     /// @{
 
-    /// Sets the value of the first active record of this key and section. A missing key becomes a new line below
-    /// a commented-out record of the same name, else below the last key of its section, laid out as that one; a
-    /// missing section is added first.
+    /// Sets the value of the first active record of this key and section. A missing key becomes a new line
+    /// below a commented-out record of the same name, else below the last key of its section, laid out as
+    /// that one; a missing section is added first.
     /// @return false also for an empty key, and for a value that ignored lines continue.
     bool SetValue(View key, View value, View section);
 
@@ -207,13 +208,14 @@ public:
     /// @return false also when the section exists, and for an empty name.
     bool AddSection(View section);
 
-    /// Removes the first active record of this key and section with its comments and the lines that continue it.
+    /// Removes the first active record of this key and section with its comments and the lines that continue
+    /// it.
     /// @return false also when one of those is a record.
     bool DeleteRecord(View key, View section);
 
-    /// Removes the active headers of the section and everything that stands below them, up to the comments of the
-    /// next header, and the section's active keys below a commented-out header, with their comments; for the empty
-    /// name, the keys that have no active header above.
+    /// Removes the active headers of the section and everything that stands below them, up to the comments of
+    /// the next header, and the section's active keys below a commented-out header, with their comments; for
+    /// the empty name, the keys that have no active header above.
     bool DeleteSection(View section);
 
     /// Changes the name in the section's active headers.
@@ -244,9 +246,10 @@ public:
     /// Replaces the comments above the section's first active header, as `SetRecordComments` does.
     bool SetSectionComments(View comments, View section);
 
-    /// Sorts the sections by name and the keys between two headers by name, code unit by code unit; equal names
-    /// keep their order. Each record moves with its comments. What is above the first header and what is below
-    /// the last record stay where they are, and so do headings that an empty line sets apart from the keys.
+    /// Sorts the sections by name and the keys between two headers by name, code unit by code unit; equal
+    /// names keep their order. Each record moves with its comments. What is above the first header and what
+    /// is below the last record stay where they are, and so do headings that an empty line sets apart from
+    /// the keys.
     /// @return false if the text would then begin with a byte order mark.
     bool Sort(bool descending);
 

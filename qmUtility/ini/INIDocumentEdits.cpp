@@ -21,8 +21,8 @@ bool IsSame(const DocLine<Char>& a, const DocLine<Char>& b)
     return a.Kind == b.Kind && a.HasKey == b.HasKey && a.Key() == b.Key() && a.Name() == b.Name();
 }
 
-/// @return whether a line that is ignored continues the value of a key, active or not. Such a value cannot be set,
-///   and its key cannot be commented out.
+/// @return whether a line that is ignored continues the value of a key, active or not. Such a value cannot be
+///   set, and its key cannot be commented out.
 template <class Char>
 bool HasIgnoredContinuation(const Lines<Char>& lines, LineNumber key)
 {
@@ -362,7 +362,8 @@ bool BasicINIDocument<Char>::SetComments(std::uint32_t record, View comments)
         text += Char('\n');
     if (text == CommentsOf(lines, record))
         return true;
-    // Nothing comes between a key and what continues it, and `Parser` loses the comments of a header with a key.
+    // Nothing comes between a key and what continues it, and `Parser` loses the comments of a header with a
+    // key.
     if (!text.empty() && (lines[record].IsContinuation || (lines[record].IsHeader() && lines[record].HasKey)))
         return false;
 

@@ -14,7 +14,8 @@
 #include <type_traits>
 #include <utility>
 
-/// The records of a file, in file order, as views into the text that was read and into the arguments of an edit.
+/// The records of a file, in file order, as views into the text that was read and into the arguments of an
+/// edit.
 template <class Char>
 struct INIParser::List
 {
@@ -129,9 +130,9 @@ void AppendLines(std::string& text, std::string_view bytes)
 
 } // namespace
 
-/// The two widths of a saved file differ intentionally: the narrow form begins every active line with a space;
-/// the wide one does not, and has an empty line between a section's comments and its header, for each section
-/// but the first.
+/// The two widths of a saved file differ intentionally: the narrow form begins every active line with a
+/// space; the wide one does not, and has an empty line between a section's comments and its header, for each
+/// section but the first.
 template <class Char>
 bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list)
 {

@@ -13,27 +13,28 @@
 /// Reads and edits INI files named by their path.
 ///
 ///     INIParser::Create("app.ini");
-///     INIParser::SetValue("Width", "800", "Window", "app.ini");              // key, value, section, path
-///     std::string width = INIParser::GetValue("Width", "Window", "app.ini"); // "800"; empty if there is none
+///     INIParser::SetValue("Width", "800", "Window", "app.ini");       // key, value, section, path
+///     auto width = INIParser::GetValue("Width", "Window", "app.ini"); // "800"; empty if there is none
 ///     INIParser::CommentRecord(INIParser::CommentChar::Hash, "Width", "Window", "app.ini");
 ///
-/// Each call reads the whole file once; an edit rewrites it in place. docs/ini-format.md describes how a file is
-/// read, what a rewrite changes, and how characters are converted.
+/// Each call reads the whole file once; an edit rewrites it in place. docs/ini-format.md describes how a file
+/// is read, what a rewrite changes, and how characters are converted.
 ///
 /// **Names** match when they have the same code units. Commented-out records are found like active ones. Of
 /// several matches the first in the file counts. An empty key names the section's header.
 ///
-/// **Paths** are used as given. A wide path is UTF-8 where the system's paths are bytes. A path with a NUL, and a
-/// wide one that is not valid Unicode, name no file.
+/// **Paths** are used as given. A wide path is UTF-8 where the system's paths are bytes. A path with a NUL,
+/// and a wide one that is not valid Unicode, name no file.
 ///
-/// **Failure.** A file that cannot be opened, read to its end or decoded gives an empty result, false from an edit,
-/// which then writes nothing, and true from `RecordExists` and `SectionExists`. Errors after the file is open for
-/// writing, such as a full disk, are not reported.
+/// **Failure.** A file that cannot be opened, read to its end or decoded gives an empty result, false from an
+/// edit, which then writes nothing, and true from `RecordExists` and `SectionExists`. Errors after the file
+/// is open for writing, such as a full disk, are not reported.
 /// @throws INIFormatError from every operation that reads, for a header line without a "]" after its first
 ///   character; the file is unchanged.
 /// @throws std::bad_alloc when memory runs out; the file is unchanged.
 ///
-/// **Threads.** Any thread may call; there is no shared state. Of two simultaneous edits of a file, one is lost.
+/// **Threads.** Any thread may call; there is no shared state. Of two simultaneous edits of a file, one is
+/// lost.
 class QMUTILITY_API INIParser
 {
 public:
@@ -53,13 +54,13 @@ public:
     /// @return false when the file cannot be opened for writing.
     static bool Create(std::string path);
 
-    /// @return the file as a rewrite would write it, without the space before active lines; newlines are "\n".
-    ///   Empty when there are no records or the file cannot be read.
+    /// @return the file as a rewrite would write it, without the space before active lines; newlines are
+    ///   "\n". Empty when there are no records or the file cannot be read.
     static std::string Content(std::string path);
 
-    /// Sorts the sections by name and the keys of each section by name, byte by byte. Each header is followed by
-    /// all keys of its name: a name with two headers gets its keys twice, and keys above the first header are
-    /// dropped. The order of equal names is unspecified.
+    /// Sorts the sections by name and the keys of each section by name, byte by byte. Each header is followed
+    /// by all keys of its name: a name with two headers gets its keys twice, and keys above the first header
+    /// are dropped. The order of equal names is unspecified.
     /// @param path of the file.
     /// @param descending true for descending order, of sections and keys alike.
     /// @return false, and nothing is written, when the file has no section record or cannot be read; false
@@ -130,8 +131,8 @@ public:
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool CommentRecord(CommentChar character, std::string key, std::string section, std::string path);
 
-    /// Comments out every record of the section, its headers included. Returns true even if the section has no
-    /// records.
+    /// Comments out every record of the section, its headers included. Returns true even if the section has
+    /// no records.
     /// @param character stored as given: one that is neither "#" nor ";" comes back as part of the line.
     /// @param section its name.
     /// @param path of the file.
@@ -141,8 +142,8 @@ public:
     /// @return false also when there is no such record; the file is then not rewritten.
     static bool UnCommentRecord(std::string key, std::string section, std::string path);
 
-    /// Makes every record of the section active, its headers included. Returns true even if the section has no
-    /// records.
+    /// Makes every record of the section active, its headers included. Returns true even if the section has
+    /// no records.
     static bool UnCommentSection(std::string section, std::string path);
 
     /// Replaces the comments above the first record of this key and section.

@@ -56,8 +56,8 @@ bool Equal(View<Char> name, View<From> field)
                           [](Char a, From b) { return a == Widen<Char>(b); });
 }
 
-/// Calls `visit` with the records of a section that has a name, without the comments above its headers. Passes
-/// over the text between the headers of other sections.
+/// Calls `visit` with the records of a section that has a name, without the comments above its headers.
+/// Passes over the text between the headers of other sections.
 /// @throws INIFormatError for a malformed header in any section
 template <class Char, class From, class Visitor>
 void ScanSection(View<From> text, View<Char> section, Visitor& visit)
@@ -109,8 +109,8 @@ bool ScanFile(const String<Char>& path, View<Char> section, Visitor visit)
 }
 
 /// Calls `visit` with the first record of a key and section.
-/// @return whether there is one. A file that cannot be read is said to hold whatever is asked for; callers rely
-///   on it.
+/// @return whether there is one. A file that cannot be read is said to hold whatever is asked for; callers
+///   rely on it.
 template <class Char, class Visitor>
 bool VisitFirst(View<Char> key, View<Char> section, const String<Char>& path, Visitor visit)
 {

@@ -64,9 +64,9 @@ void Scan(std::basic_string_view<Char> text, Visitor&& visit)
     });
 }
 
-/// Brings a range of comment lines that `Scan` has found into the form of a record's `Comments`, in place: each
-/// line trimmed and followed by one newline, without the lines between them that are blank or made no record. It
-/// never gets longer.
+/// Brings a range of comment lines that `Scan` has found into the form of a record's `Comments`, in place:
+/// each line trimmed and followed by one newline, without the lines between them that are blank or made no
+/// record. It never gets longer.
 /// @param text that holds the range
 template <class Char>
 std::basic_string_view<Char> TidyComments(Char* text, std::basic_string_view<Char> range)

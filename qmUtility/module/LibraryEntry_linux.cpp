@@ -25,8 +25,8 @@ private:
     }
 };
 
-// A static object, because functions with the attribute "destructor" run too late at the end of the process: after
-// the static objects of all libraries are destroyed, the framework's list of modules included.
+// A static object, because functions with the attribute "destructor" run too late at the end of the process:
+// after the static objects of all libraries are destroyed, the framework's list of modules included.
 [[gnu::init_priority(101)]] const LibraryEntry Entry; // constructed first in the library, destroyed last
 
 } // namespace

@@ -11,8 +11,9 @@
 namespace platform {
 namespace {
 
-/// While one exists, descriptors 0 to 2 are taken. A placeholder takes the place of each that the host has closed. It
-/// refers to a folder in a way that allows neither reading nor writing, so that both fail as before.
+/// While one exists, descriptors 0 to 2 are taken. A placeholder takes the place of each that the host has
+/// closed. It refers to a folder in a way that allows neither reading nor writing, so that both fail as
+/// before.
 class StandardStreamsTaken
 {
 public:

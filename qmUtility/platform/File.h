@@ -4,8 +4,9 @@
 /// @file
 /// Files of the operating system: read whole, written in place, or replaced.
 ///
-/// Bytes are never changed. A file is not inherited by programs that the process starts, its descriptor is never that
-/// of a standard stream, and interrupted calls are resumed. Nothing here throws but `std::bad_alloc`.
+/// Bytes are never changed. A file is not inherited by programs that the process starts, its descriptor is
+/// never that of a standard stream, and interrupted calls are resumed. Nothing here throws but
+/// `std::bad_alloc`.
 
 #include "qmUtility/platform/SystemPath.h"
 
@@ -25,8 +26,8 @@ inline constexpr std::string_view Newline = "\r\n";
 inline constexpr std::string_view Newline = "\n";
 #endif
 
-/// Tells the system that all of a block of new memory will be written. A large one then comes in large pages where the
-/// system has them: else its pages take longer than what is written.
+/// Tells the system that all of a block of new memory will be written. A large one then comes in large pages
+/// where the system has them: else its pages take longer than what is written.
 void ExpectUse(void* memory, std::size_t size);
 
 /// Characters in memory that are not initialised before they are filled.
@@ -53,17 +54,17 @@ public:
     /// @return nothing when the file cannot be opened or read to its end (a directory, for example).
     static std::optional<Buffer<char>> Read(const SystemPath& path, std::error_code& error);
 
-    /// Replaces the content of a file, or creates the file: at every moment the path names the old content whole or
-    /// the new content whole, whatever fails and whoever is killed. Symbolic links are followed.
+    /// Replaces the content of a file, or creates the file: at every moment the path names the old content
+    /// whole or the new content whole, whatever fails and whoever is killed. Symbolic links are followed.
     ///
-    /// The new content is written to a temporary file in the same folder, which then takes the place of the old file
-    /// with its mode, owner and attributes. Where it could not, without losing something of the old file (other hard
-    /// links, an owner or access list that cannot be given to it, a folder that cannot be written to), the file is
-    /// written in place, and the old content is put back if that fails; a process that is killed then may leave a
-    /// mixture. A pipe or a device is written to directly.
+    /// The new content is written to a temporary file in the same folder, which then takes the place of the
+    /// old file with its mode, owner and attributes. Where it could not, without losing something of the old
+    /// file (other hard links, an owner or access list that cannot be given to it, a folder that cannot be
+    /// written to), the file is written in place, and the old content is put back if that fails; a process
+    /// that is killed then may leave a mixture. A pipe or a device is written to directly.
     ///
-    /// On Windows the path names neither for an instant. A process that is killed in it leaves the old file under the
-    /// temporary file's name with ".old".
+    /// On Windows the path names neither for an instant. A process that is killed in it leaves the old file
+    /// under the temporary file's name with ".old".
     /// @param error receives the reason of a failure; it is cleared otherwise.
     /// @return whether the path names the new content. On false it names the old content.
     static bool Replace(const SystemPath& path, std::string_view bytes, std::error_code& error);
@@ -76,8 +77,8 @@ public:
     /// @return whether the file could be opened, and no write has failed.
     bool IsOpen() const { return m_handle != Closed; }
 
-    /// Writes bytes at the end of those written before, with one system call unless it is partial or interrupted.
-    /// Allocates nothing.
+    /// Writes bytes at the end of those written before, with one system call unless it is partial or
+    /// interrupted. Allocates nothing.
     /// @return false when that fails; the file is then closed, so nothing more is written.
     bool Write(std::string_view bytes);
 

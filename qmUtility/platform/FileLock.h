@@ -11,9 +11,9 @@
 
 namespace platform {
 
-/// An exclusive lock on a file, whatever its name. It keeps out other locks of this kind only: `flock` on Linux, a
-/// byte range behind the end of the file on Windows. The lock ends with the object, and with the process, however
-/// that ends.
+/// An exclusive lock on a file, whatever its name. It keeps out other locks of this kind only: `flock` on
+/// Linux, a byte range behind the end of the file on Windows. The lock ends with the object, and with the
+/// process, however that ends.
 class FileLock
 {
 public:
@@ -24,7 +24,8 @@ public:
 
     /// Locks the file that a path names, if no other lock is on it. Symbolic links are followed.
     /// @param error why the file cannot be locked; no error when another try may succeed
-    /// @return whether the file is locked and the path still names it. A file is another one after it was replaced.
+    /// @return whether the file is locked and the path still names it. A file is another one after it was
+    ///   replaced.
     bool TryLock(const SystemPath& path, std::error_code& error);
 
     void Unlock();

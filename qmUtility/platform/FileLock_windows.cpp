@@ -4,8 +4,8 @@
 
 namespace {
 
-/// Opens a file so that it can be read, written, renamed and replaced meanwhile. A file that is being replaced has no
-/// name for a moment.
+/// Opens a file so that it can be read, written, renamed and replaced meanwhile. A file that is being
+/// replaced has no name for a moment.
 HANDLE Open(const platform::SystemPath& path)
 {
     for (int tries = 0;; ++tries) {

@@ -41,7 +41,8 @@ public:
 
     operator int() const { return m_number; }
 
-    /// Once the bytes are synchronised an interruption loses nothing, and the descriptor is closed all the same.
+    /// Once the bytes are synchronised an interruption loses nothing, and the descriptor is closed all the
+    /// same.
     bool Close()
     {
         const int number = std::exchange(m_number, -1);
@@ -57,8 +58,8 @@ bool ReadAll(int file, Buffer<char>& bytes)
     struct stat status;
     if (fstat(file, &status) != 0)
         return false;
-    // The size is only a hint: pipes and system files report none, and a file may grow. With one byte more than that,
-    // a read that finds the end needs no larger buffer.
+    // The size is only a hint: pipes and system files report none, and a file may grow. With one byte more
+    // than that, a read that finds the end needs no larger buffer.
     constexpr std::size_t unknownSize = 4095;
     const bool isKnown = S_ISREG(status.st_mode) && status.st_size > 0;
     std::size_t capacity = (isKnown ? static_cast<std::size_t>(status.st_size) : unknownSize) + 1;
@@ -105,7 +106,8 @@ bool Synchronise(int file)
     return Resumed([=] { return fsync(file); }) == 0 || errno == EINVAL || errno == EOPNOTSUPP;
 }
 
-/// Writes a file in place, so that its links, owner and attributes stay. Puts the old content back on failure.
+/// Writes a file in place, so that its links, owner and attributes stay. Puts the old content back on
+/// failure.
 bool Overwrite(const SystemPath& path, int file, std::string_view bytes)
 {
     const Descriptor reader(OpenDescriptor(path.Get(), O_RDONLY));
@@ -183,8 +185,8 @@ std::optional<std::string> ReadAttribute(Get get)
     return value;
 }
 
-/// Gives a new file the extended attributes of an old one, access lists and labels among them, and no others: it may
-/// have inherited some from its folder.
+/// Gives a new file the extended attributes of an old one, access lists and labels among them, and no others:
+/// it may have inherited some from its folder.
 bool CopyAttributes(int from, int to)
 {
     const auto names = [](int file) {
@@ -213,8 +215,8 @@ bool CopyAttributes(int from, int to)
     return true;
 }
 
-/// Gives a new file what is an old one's: owner, attributes and mode. The mode comes last: a change of the owner
-/// clears bits of it, and an access list changes others.
+/// Gives a new file what is an old one's: owner, attributes and mode. The mode comes last: a change of the
+/// owner clears bits of it, and an access list changes others.
 bool CopyStatus(int from, const struct stat& status, int to)
 {
     struct stat fresh;
@@ -276,13 +278,14 @@ bool ReplaceAt(const Place& place, int old, const struct stat& status, std::stri
     if (file < 0 || !WriteAll(file, bytes) || (old >= 0 && !CopyStatus(old, status, file)) ||
         !Synchronise(file) || !file.MoveTo(place.Name))
         return false;
-    // The path names the new content from here on. If the folder cannot be synchronised, the old content may come back
-    // when the machine crashes, whole; until then the save has succeeded.
+    // The path names the new content from here on. If the folder cannot be synchronised, the old content may
+    // come back when the machine crashes, whole; until then the save has succeeded.
     Synchronise(place.Folder);
     return true;
 }
 
-/// @return whether an error says that something may not be done, as opposed to one that says that it went wrong.
+/// @return whether an error says that something may not be done, as opposed to one that says that it went
+///   wrong.
 bool IsRefusal(int error)
 {
     constexpr int refusals[] = {EACCES, EPERM, EROFS, EBUSY, EXDEV, EINVAL, EOPNOTSUPP};

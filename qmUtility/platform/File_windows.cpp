@@ -61,8 +61,8 @@ constexpr std::size_t MostAtOnce = std::size_t{1} << 30; ///< bytes of one call
 
 bool ReadAll(HANDLE file, Buffer<char>& bytes)
 {
-    // The size is only a hint: pipes report none, and a file may grow. With one byte more than that, a read that finds
-    // the end needs no larger buffer.
+    // The size is only a hint: pipes report none, and a file may grow. With one byte more than that, a read
+    // that finds the end needs no larger buffer.
     constexpr std::size_t unknownSize = 4095;
     LARGE_INTEGER size;
     const bool isKnown =
@@ -112,7 +112,8 @@ bool Cut(HANDLE file, std::size_t size) { return Seek(file, size) && ::SetEndOfF
 
 bool Synchronise(HANDLE file) { return ::FlushFileBuffers(file) != 0; }
 
-/// Writes a file in place, so that its links, owner and attributes stay. Puts the old content back on failure.
+/// Writes a file in place, so that its links, owner and attributes stay. Puts the old content back on
+/// failure.
 bool Overwrite(const SystemPath& path, HANDLE file, std::string_view bytes)
 {
     const Handle reader(Open(path, GENERIC_READ, OPEN_EXISTING));
@@ -133,8 +134,8 @@ bool Overwrite(const SystemPath& path, HANDLE file, std::string_view bytes)
     return false;
 }
 
-/// @param get is called with a buffer and its size, and returns the size that it needs with the terminating null, or the
-///   length of what it has stored.
+/// @param get is called with a buffer and its size, and returns the size that it needs with the terminating
+///   null, or the length of what it has stored.
 /// @return what it stores; empty on failure.
 template <class Get>
 std::wstring GetPath(Get get)
@@ -196,8 +197,8 @@ public:
         return !m_isThere;
     }
 
-    /// Takes the place of the other file, and of what the file system stores about it. For an instant the path names
-    /// neither.
+    /// Takes the place of the other file, and of what the file system stores about it. For an instant the
+    /// path names neither.
     bool Replace()
     {
         m_isThere = !m_file.Close() ||
@@ -233,7 +234,8 @@ bool ReplaceAt(const std::wstring& target, const Handle& old, DWORD attributes, 
     return file && WriteAll(file, bytes) && Synchronise(file) && (old ? file.Replace() : file.Move());
 }
 
-/// @return whether an error says that something may not be done, as opposed to one that says that it went wrong.
+/// @return whether an error says that something may not be done, as opposed to one that says that it went
+///   wrong.
 bool IsRefusal(DWORD error)
 {
     constexpr DWORD refusals[] = {ERROR_INVALID_FUNCTION,  ERROR_ACCESS_DENIED,

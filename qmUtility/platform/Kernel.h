@@ -3,8 +3,8 @@
 
 /// @file
 /// The Windows kernel services in use. On Windows this header includes the system's header; elsewhere it
-/// declares the subset used here with the same names, widths and meaning, and states each difference. None of the
-/// functions changes `errno`, and there is no last-error code. They may be called from any thread.
+/// declares the subset used here with the same names, widths and meaning, and states each difference. None of
+/// the functions changes `errno`, and there is no last-error code. They may be called from any thread.
 ///
 /// Include it in source files only, because the Windows header defines many macros.
 
@@ -42,8 +42,8 @@ struct FILETIME
 };
 
 /// Reads the performance counter: the monotonic clock in nanoseconds since the machine started, which stands
-/// still while the machine is suspended. Its rate is usually 100 times that of Windows: a `double` holds it exactly
-/// for 104 days (2^53 ns), and to 2 ns for as long again.
+/// still while the machine is suspended. Its rate is usually 100 times that of Windows: a `double` holds it
+/// exactly for 104 days (2^53 ns), and to 2 ns for as long again.
 /// @return nonzero: it always succeeds.
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count);
 
@@ -65,22 +65,22 @@ constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highe
 /// Sets the priority of the calling thread through its nice value. Threads and processes that a raised thread
 /// starts begin at the normal priority.
 ///
-/// A nice value is a weight rather than a rank: even a time-critical thread does not keep a processor from all
-/// others. It is not relative to the priority of the process. A raise sets `SCHED_RESET_ON_FORK`: from then on, new
-/// threads and processes inherit neither a negative nice value nor a real-time policy, whoever set it. Where a sandbox
-/// refuses the flag, they inherit the raised priority.
+/// A nice value is a weight rather than a rank: even a time-critical thread does not keep a processor from
+/// all others. It is not relative to the priority of the process. A raise sets `SCHED_RESET_ON_FORK`: from
+/// then on, new threads and processes inherit neither a negative nice value nor a real-time policy, whoever
+/// set it. Where a sandbox refuses the flag, they inherit the raised priority.
 /// @param thread the result of `GetCurrentThread`; other threads are not supported.
 /// @param level one of the three constants above.
 /// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system
-///   refuses. A raise, or a return from a positive nice value, needs the capability `CAP_SYS_NICE` or a sufficient
-///   limit `RLIMIT_NICE`; Windows needs no privilege.
+///   refuses. A raise, or a return from a positive nice value, needs the capability `CAP_SYS_NICE` or a
+///   sufficient limit `RLIMIT_NICE`; Windows needs no privilege.
 BOOL SetThreadPriority(HANDLE thread, int level);
 
 /// @return a constant pseudo handle of this process; not to be closed.
 HANDLE GetCurrentProcess();
 
-/// Gets the processor time that all threads of this process have used, in 100-nanosecond units with a resolution
-/// of one microsecond. In the child of a fork the times begin at 0.
+/// Gets the processor time that all threads of this process have used, in 100-nanosecond units with a
+/// resolution of one microsecond. In the child of a fork the times begin at 0.
 /// @param process the result of `GetCurrentProcess`; other processes are not supported.
 /// @param creation,exit set to zero: neither is known here.
 /// @param kernel time spent in the kernel.
@@ -88,11 +88,11 @@ HANDLE GetCurrentProcess();
 /// @return nonzero on success; 0, with nothing stored, for another handle.
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user);
 
-/// Writes an entry to standard error, the substitute for a debugger: in UTF-8 whatever the locale, with one write, and
-/// with a newline added when the text does not end in one.
+/// Writes an entry to standard error, the substitute for a debugger: in UTF-8 whatever the locale, with one
+/// write, and with a newline added when the text does not end in one.
 ///
-/// The write blocks while a pipe is full. On a closed pipe the entry is dropped without SIGPIPE, as is a line of the
-/// console log (`StandardStream.h`).
+/// The write blocks while a pipe is full. On a closed pipe the entry is dropped without SIGPIPE, as is a line
+/// of the console log (`StandardStream.h`).
 /// @param text null writes nothing.
 /// @throws std::bad_alloc
 void OutputDebugStringW(const wchar_t* text);

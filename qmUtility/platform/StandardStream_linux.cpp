@@ -34,8 +34,8 @@ void platform::Write(Stream stream, std::wstring_view text)
     if (::lseek(descriptor, 0, SEEK_CUR) >= 0) // what has a position sends no signal
         WriteBytes(descriptor, bytes);
     else {
-        // A closed pipe sends SIGPIPE to the thread that writes. The signal is blocked meanwhile and taken back,
-        // unless one is pending already, which it can only be when it was blocked before.
+        // A closed pipe sends SIGPIPE to the thread that writes. The signal is blocked meanwhile and taken
+        // back, unless one is pending already, which it can only be when it was blocked before.
         sigset_t pipe;
         sigemptyset(&pipe);
         sigaddset(&pipe, SIGPIPE);

@@ -11,10 +11,11 @@
 
 namespace platform {
 
-/// A null-terminated path for system calls. It is empty, which names no file, for a path that holds a NUL and, where
-/// paths are bytes, for a wide one that is not valid Unicode.
+/// A null-terminated path for system calls. It is empty, which names no file, for a path that holds a NUL
+/// and, where paths are bytes, for a wide one that is not valid Unicode.
 ///
-/// A conversion allocates nothing. The object may refer to the text that it is made from, and must not outlive it.
+/// A conversion allocates nothing. The object may refer to the text that it is made from, and must not
+/// outlive it.
 class SystemPath
 {
 public:

@@ -25,8 +25,8 @@ enum class Length
     LongDouble,
 };
 
-/// Upper bound of widths and of the precision of numbers: enough for all digits of any number, and too little for a
-/// format to run for minutes or exhaust the memory.
+/// Upper bound of widths and of the precision of numbers: enough for all digits of any number, and too little
+/// for a format to run for minutes or exhaust the memory.
 constexpr int MaximumPadding = 65535;
 
 struct Directive

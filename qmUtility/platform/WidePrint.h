@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// Wide formatted printing that is the same on every platform. `CString::Format` documents the directives. May be
-/// called from any thread.
+/// Wide formatted printing that is the same on every platform. `CString::Format` documents the directives.
+/// May be called from any thread.
 
 #include <cstdarg>
 #include <string>

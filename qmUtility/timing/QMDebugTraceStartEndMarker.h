@@ -53,8 +53,9 @@ public:
     /// Chooses where the second line goes.
     void SetUseLogConsole(bool bUseLogConsole);
 
-    /// Chooses whether the second line carries the time. Does not start to measure: a marker constructed without
-    /// the timer then reports a wall-clock time of 0, or all the processor time of the process so far.
+    /// Chooses whether the second line carries the time. Does not start to measure: a marker constructed
+    /// without the timer then reports a wall-clock time of 0, or all the processor time of the process so
+    /// far.
     void SetUseTimer(bool bUseTimer);
 
 private:

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-/// The duration ring, with the sum and the number of its nonzero entries. They belong to the ring because copies of a
-/// counter write into it too.
+/// The duration ring, with the sum and the number of its nonzero entries. They belong to the ring because
+/// copies of a counter write into it too.
 struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
 {
     explicit TickRing(std::uint32_t length) : Entries(length) {}
@@ -84,8 +84,8 @@ void CQMFPSCounter::End()
         }
         m_state.TickMinimum = minimum;
         m_state.TickMaximum = maximum;
-        // Signed: the duration of a frame shorter than the tolerance has wrapped, and is then the small negative
-        // number that keeps the average right.
+        // Signed: the duration of a frame shorter than the tolerance has wrapped, and is then the small
+        // negative number that keeps the average right.
         const auto sum = static_cast<std::int64_t>(ring.Sum);
         m_state.TickAverage = static_cast<double>(sum) / static_cast<double>(ring.Number);
     }

@@ -9,11 +9,12 @@
 #include <cstdint>
 #include <memory>
 
-/// How `CQMFPSCounter::End` turns durations into frames per second. Every value but 2 selects the average mode.
+/// How `CQMFPSCounter::End` turns durations into frames per second. Every value but 2 selects the average
+/// mode.
 enum eQMFPSType : int
 {
-    /// Frames are counted until their durations add up to at least a second; the rate is their number per second
-    /// of that sum.
+    /// Frames are counted until their durations add up to at least a second; the rate is their number per
+    /// second of that sum.
     eQMFPSType_Average = 1,
     /// Every frame has a rate of its own: one second divided by its duration.
     eQMFPSType_Instant = 2,
@@ -26,25 +27,25 @@ enum eQMFPSType : int
 ///     Draw();           // a frame
 ///     counter.End();    // now GetFPS() returns its rate, GetFPSAverage() that of the last 16 frames
 ///
-/// Durations are in ticks; `GetTickPeriod` returns the ticks per second. Two rings keep the last 10000 durations
-/// and the last 16 rates (see `SetFPSAverageSampleCount`).
+/// Durations are in ticks; `GetTickPeriod` returns the ticks per second. Two rings keep the last 10000
+/// durations and the last 16 rates (see `SetFPSAverageSampleCount`).
 ///
 /// **Tolerance.** Construction and `Reset` measure the counter's own cost with 1001 empty frames. It is
 /// subtracted from every duration (`GetTickTolerance`). The duration of a frame shorter than that wraps to a
 /// huge number; 0 counts as 1.
 ///
 /// **Average mode** leaves a frame started until its period is full. All frames of a period therefore measure
-/// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is then
-/// about the square root of twice the true one.
+/// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is
+/// then about the square root of twice the true one.
 ///
 /// **Statistics.** Minimum and maximum of the durations include every entry that is in the ring when a frame
 /// ends, and are kept until `Reset`. The empty frames of construction stay in the ring, and count, until
 /// 10000 real ones have replaced them. Minimum and maximum of the rates start again from 2^63 and -2^63 when
-/// their ring wraps, and from 2147483647 and -1 at construction and `Reset`; they, too, include every entry that
-/// is in the ring. Averages are those of the rings' entries.
+/// their ring wraps, and from 2147483647 and -1 at construction and `Reset`; they, too, include every entry
+/// that is in the ring. Averages are those of the rings' entries.
 ///
-/// **Copies** share both rings with their source but have write positions of their own; the last owner deletes
-/// the rings.
+/// **Copies** share both rings with their source but have write positions of their own; the last owner
+/// deletes the rings.
 ///
 /// **Failure.** Running out of memory throws std::bad_alloc and leaves an existing counter unchanged.
 ///
@@ -55,8 +56,8 @@ public:
     /// A counter in instant mode.
     CQMFPSCounter();
 
-    /// Reads the host's ticks per second and measures the counter's own cost. Converts implicitly, because hosts
-    /// rely on it.
+    /// Reads the host's ticks per second and measures the counter's own cost. Converts implicitly, because
+    /// hosts rely on it.
     /// @param type the mode, which never changes.
     CQMFPSCounter(eQMFPSType type);
 
@@ -80,14 +81,14 @@ public:
     /// @param bHold true makes `Start` and `End` do nothing.
     void Hold(bool bHold);
 
-    /// Measures the counter's own cost again, clears all statistics and empties both rings, also for the copies
-    /// that share them. The counter is then neither started nor on hold.
+    /// Measures the counter's own cost again, clears all statistics and empties both rings, also for the
+    /// copies that share them. The counter is then neither started nor on hold.
     void Reset();
 
     /// Replaces the rate ring with an empty one and drops the duration ring. The statistics of the durations
-    /// (`GetTickMinimum`, `GetTickMaximum`, `GetTickAverage`, `GetTickSampleIndex`) then keep their values until
-    /// `Reset` clears them; only `Initialize`, which derived classes may call, brings the duration ring back.
-    /// All other figures, minimum and maximum of the rates included, continue from their values.
+    /// (`GetTickMinimum`, `GetTickMaximum`, `GetTickAverage`, `GetTickSampleIndex`) then keep their values
+    /// until `Reset` clears them; only `Initialize`, which derived classes may call, brings the duration ring
+    /// back. All other figures, minimum and maximum of the rates included, continue from their values.
     /// @param n the new length; 0 counts as 1.
     /// @throws std::bad_alloc when there is not enough memory or `n` exceeds 32 bits; the counter is then
     ///   unchanged.
@@ -117,8 +118,8 @@ public:
     unsigned long GetTotalFrame() const; ///< frames ended since construction or `Reset`
 
 protected:
-    /// Replaces both rings with new ones, measures the counter's own cost and clears the statistics. The empty
-    /// frames of the measurement stay in the rings and in the accumulator.
+    /// Replaces both rings with new ones, measures the counter's own cost and clears the statistics. The
+    /// empty frames of the measurement stay in the rings and in the accumulator.
     void Initialize();
 
     /// Measures the counter's own cost with empty frames, which count like real ones.

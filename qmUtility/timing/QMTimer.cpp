@@ -83,7 +83,8 @@ void CQMTimer::Resume()
     if (_IsRunning())
         return;
     m_liStartRaw = ReadCounter();
-    // Adds a negative number and leaves the end mark alone: the pause counts, and the stopwatch stays stopped.
+    // Adds a negative number and leaves the end mark alone: the pause counts, and the stopwatch stays
+    // stopped.
     m_dStart += static_cast<double>(m_liStopRaw - m_liStartRaw);
 }
 

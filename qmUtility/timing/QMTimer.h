@@ -18,18 +18,18 @@
 /// The cost of one counter read is subtracted from every interval.
 ///
 /// The stopwatch is **running** while its end mark equals the start mark plus that cost exactly, and stopped
-/// otherwise; there is no other state. The elapsed time is therefore 0, up to rounding, until an operation moves
-/// the end mark.
+/// otherwise; there is no other state. The elapsed time is therefore 0, up to rounding, until an operation
+/// moves the end mark.
 ///
-/// **Short intervals.** A stop leaves the stopwatch running if the interval took exactly the calibrated cost; a
-/// shorter interval has a negative elapsed time. When nothing lies between start and stop, 0.3 to 7 % of the
-/// stops leave the stopwatch running, depending on the process (measured).
+/// **Short intervals.** A stop leaves the stopwatch running if the interval took exactly the calibrated cost;
+/// a shorter interval has a negative elapsed time. When nothing lies between start and stop, 0.3 to 7 % of
+/// the stops leave the stopwatch running, depending on the process (measured).
 ///
 /// **Reports** take two flags: `bStop` ends the interval first, `bRestart` begins a new one afterwards.
 ///
-/// **Priority.** Restoring the priority after a raise (`Start`) sets the level that the raise itself returned, 1
-/// for success and 0 for failure, not the previous level: after a raised measurement the thread is at level 1
-/// (above normal), after a refused raise at level 0 (normal). Hosts rely on that.
+/// **Priority.** Restoring the priority after a raise (`Start`) sets the level that the raise itself
+/// returned, 1 for success and 0 for failure, not the previous level: after a raised measurement the thread
+/// is at level 1 (above normal), after a refused raise at level 0 (normal). Hosts rely on that.
 ///
 /// **Threads.** An instance belongs to one thread at a time. `Start`, `Stop` and the destructor change the
 /// priority of the thread that calls them, whichever thread was raised.
@@ -81,16 +81,16 @@ public:
     /// Reports to the console log: ">>> ", the message, " : ", the seconds with five decimals, " sec" and a
     /// newline.
     ///
-    /// The message is formatted twice, the second time with the seconds as the only argument: to print a percent
-    /// sign, write "%%%%" in the format or "%%" in a string argument. The first formatting truncates the message
-    /// to 1019 and the line to 1023 characters.
+    /// The message is formatted twice, the second time with the seconds as the only argument: to print a
+    /// percent sign, write "%%%%" in the format or "%%" in a string argument. The first formatting truncates
+    /// the message to 1019 and the line to 1023 characters.
     /// @param bStop ends the interval first.
     /// @param bRestart begins a new one afterwards.
     /// @param format directives as for `CString::Format`.
     void LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
-    /// Reports to the debugger: ">>> ", the label, " : ", the seconds with five decimals, " sec" and a newline,
-    /// truncated to 1023 characters.
+    /// Reports to the debugger: ">>> ", the label, " : ", the seconds with five decimals, " sec" and a
+    /// newline, truncated to 1023 characters.
     /// @param bStop ends the interval first.
     /// @param bRestart begins a new one afterwards.
     /// @param label printed verbatim.

@@ -44,8 +44,8 @@ protected:
         EXPECT_EQ(actual, expected) << "line " << line;
     }
 
-    /// Joins texts, with the digit 0 for each integer and each decimal, since numbers depend on the machine. A
-    /// minus sign is dropped: a duration that is less than the measured cost of a counter read is negative.
+    /// Joins texts, with the digit 0 for each integer and each decimal, since numbers depend on the machine.
+    /// A minus sign is dropped: a duration that is less than the measured cost of a counter read is negative.
     static std::string Figures(const std::vector<std::string>& texts)
     {
         std::string figures;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Random operations of `INIParser`, each compared with the model's, and random edits of documents: their records
-/// are those that the model reads in their text, and the rest of the text stays as it was.
+/// Random operations of `INIParser`, each compared with the model's, and random edits of documents: their
+/// records are those that the model reads in their text, and the rest of the text stays as it was.
 
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
@@ -226,8 +226,8 @@ struct DocumentSession : Session
         return isMade;
     }
 
-    /// @return the lines behind a byte order mark, each with its newline; the last one gets that of the first line
-    ///   of another text.
+    /// @return the lines behind a byte order mark, each with its newline; the last one gets that of the first
+    ///   line of another text.
     std::vector<std::string> Split(const std::string& text, const std::string& other) const
     {
         const bool hasCr = other.substr(0, other.find('\n') + 1).ends_with("\r\n");
@@ -381,8 +381,8 @@ void RequireThrow(Call call)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    // Choices are taken from the end of the bytes and texts from their front, up to a backslash before another
-    // character, so a seed is a plain INI file, a "\\.", and some more.
+    // Choices are taken from the end of the bytes and texts from their front, up to a backslash before
+    // another character, so a seed is a plain INI file, a "\\.", and some more.
     FuzzedDataProvider data(bytes, size);
     const auto steps = data.ConsumeIntegralInRange(1, 8);
     const auto kind = data.ConsumeIntegralInRange(0, 2);

@@ -28,7 +28,8 @@ constexpr auto Newline = "\r\n"; // of the platform's text files
 constexpr auto Newline = "\n";
 #endif
 
-/// @return the records of a document, or copies of some, each as "comments|Commented|Section|Key|Value" and a newline.
+/// @return the records of a document, or copies of some, each as "comments|Commented|Section|Key|Value" and a
+///   newline.
 std::string Flat(const auto& records)
 {
     std::string all;

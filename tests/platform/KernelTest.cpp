@@ -67,8 +67,8 @@ TEST(Kernel, ProcessTimesAreIn100NanosecondUnits)
 
 TEST(Kernel, DebuggerEntriesAreLinesOfUtf8)
 {
-    // Lone surrogates and values past the last character; a smiley as two surrogates and as one value; the last
-    // character.
+    // Lone surrogates and values past the last character; a smiley as two surrogates and as one value; the
+    // last character.
     std::wstring odd;
     for (const int c : {0xD800, 0x61, 0xDC00, 0x110000, -1, 0xD83D, 0xDE00, 0x1F600, 0xDBFF, 0xDFFF})
         odd += static_cast<wchar_t>(c);

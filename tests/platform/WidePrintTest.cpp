@@ -29,7 +29,8 @@ TEST(WidePrint, StringsAndCharactersAreWideOrUtf8)
     EXPECT_EQ(Printed(L"%99999s|%*s|", L"x", INT_MIN, L"x").size(), 2 * 65536U);
     EXPECT_EQ(Printed(L"%hs%S%hS%hhs%hc%C%hhc", "a", "b", "c", "\u20AC \U0001F600", 'e', '\xE9', '\xE9'),
               L"abc\u20AC \U0001F600e\u00E9\u00E9");
-    // Bytes that are not: Latin-1; an overlong sequence, a surrogate, past the last character; incomplete at the end
+    // Bytes that are not: Latin-1; an overlong sequence, a surrogate, past the last character; incomplete at
+    // the end
     EXPECT_EQ(Printed(L"%hs|%hs|%hs", "caf\xE9 ", "\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF", "\xC3\xC3"),
               L"caf\xE9 |\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF|\xC3\xC3");
 }

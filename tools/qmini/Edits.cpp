@@ -61,8 +61,8 @@ std::string CommentLines(const Call& call)
 }
 
 /// Refuses an edit of a key whose value goes on in further lines, or that is active a second time.
-/// @param isRefused whether the document does not make the edit. Else it takes indented lines that are nothing,
-///   directly below the key, for a part of it.
+/// @param isRefused whether the document does not make the edit. Else it takes indented lines that are
+///   nothing, directly below the key, for a part of it.
 void RefuseUnlessPlain(const Call& call, std::string_view text, bool mayRepeat, bool isRefused = false)
 {
     bool isFound = false;

@@ -129,15 +129,17 @@ struct NumberedLine : ini::Line<char>
 /// Calls `visit` with each line of a text.
 void EachLine(std::string_view text, INISyntax syntax, const std::function<void(const NumberedLine&)>& visit);
 
-/// @return whether a line is an active one (or a commented-out one) of the call's key, or section if it has no key
+/// @return whether a line is an active one (or a commented-out one) of the call's key, or section if it has
+///   no key
 bool IsMatch(const NumberedLine& line, const Call& call, bool isActive = true);
 
-/// @return what other programs may take differently in a text: numbers of lines and remarks on them, in this order
+/// @return what other programs may take differently in a text: numbers of lines and remarks on them, in this
+///   order
 std::vector<std::pair<std::size_t, std::string>> Check(std::string_view text);
 
 /// @param name the file's name, for the header lines
-/// @return the unified difference that turns `before` into `after`, for people and for the program `patch`; empty
-///   when they are the same. Its one hunk goes from the first to the last line that changes.
+/// @return the unified difference that turns `before` into `after`, for people and for the program `patch`;
+///   empty when they are the same. Its one hunk goes from the first to the last line that changes.
 std::string UnifiedDifference(const std::string& name, std::string_view before, std::string_view after);
 
 std::string ReadAll(std::istream& standardInput);
@@ -153,8 +155,8 @@ std::optional<INIDocument::RecordView> FindCommentedOut(const INIDocument& docum
 /// @throws Failure that says what is missing or commented out, and which similar name there is
 void Require(const INIDocument& document, const Call& call);
 
-/// Edits the call's file while it is locked, or copies standard input to standard output with the edit made. Prints
-/// the difference in place of that for a dry run. When `edit` throws, nothing is written.
+/// Edits the call's file while it is locked, or copies standard input to standard output with the edit made.
+/// Prints the difference in place of that for a dry run. When `edit` throws, nothing is written.
 void EditFile(const Call& call, const Streams& streams, const std::function<EditAction>& edit);
 
 } // namespace qmini

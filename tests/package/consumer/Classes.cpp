@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Classes of the program that are named like the framework's and have other members. The library must not call them.
+/// Classes of the program that are named like the framework's and have other members. The library must not
+/// call them.
 
 #include <cstdarg>
 #include <cstddef>
