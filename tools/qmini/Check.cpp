@@ -46,12 +46,10 @@ std::string Difference(const NumberedLine& line, const NumberedLine& parsed)
     return {};
 }
 
-using Lines = std::vector<std::string_view>;
-
 /// The lines of a text, each with its newline: a last line without one differs from the same line with one.
-Lines SplitLines(std::string_view text)
+std::vector<std::string_view> SplitLines(std::string_view text)
 {
-    Lines lines;
+    std::vector<std::string_view> lines;
     for (; !text.empty(); text.remove_prefix(lines.back().size()))
         lines.push_back(text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1));
     return lines;
@@ -110,8 +108,8 @@ std::string UnifiedDifference(const std::string& name, std::string_view before, 
 {
     if (before == after)
         return {};
-    const Lines left = SplitLines(before);
-    const Lines right = SplitLines(after);
+    const auto left = SplitLines(before);
+    const auto right = SplitLines(after);
     const auto [leftBegin, rightBegin] = std::ranges::mismatch(left, right);
     auto leftEnd = left.end();
     auto rightEnd = right.end();

@@ -7,9 +7,7 @@
 #include <chrono>
 #include <istream>
 #include <ostream>
-#include <system_error>
 #include <thread>
-#include <utility>
 
 namespace qmini {
 
@@ -24,9 +22,8 @@ bool IsSimilar(std::string_view a, std::string_view b)
 /// Waits up to five seconds for the lock of a file.
 void Lock(platform::FileLock& lock, const std::string& file, std::ostream& err)
 {
-    const std::filesystem::path path(file);
     std::error_code error;
-    for (int tries = 0; !lock.TryLock(platform::SystemPath(path), error); ++tries) {
+    for (int tries = 0; !lock.TryLock(platform::SystemPath(std::filesystem::path(file)), error); ++tries) {
         if (error)
             throw Failure(Failed, "cannot edit " + file + ": " + error.message());
         if (tries == 500)

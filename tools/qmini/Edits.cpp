@@ -5,7 +5,6 @@
 #include "qmini/Qmini.h"
 
 #include <sstream>
-#include <utility>
 
 namespace qmini {
 
@@ -21,8 +20,7 @@ void RejectControlCharacters(std::string_view text)
             throw Failure(Misused, Quoted(OneLine(text)) + " holds a " + name);
 }
 
-/// Makes sure that a file can hold a section, and a key with a value in it.
-/// @param key empty for the section alone
+/// Makes sure that a file can hold a section, and a key with a value in it unless the key is empty.
 void RequireReadable(INISyntax syntax, const std::string& section, const std::string& key,
                      const std::string& value)
 {
@@ -189,8 +187,8 @@ void Add(const Call& call, Editing& editing)
 
 void Delete(const Call& call, Editing& editing)
 {
-    INIDocument& document = editing.Document;
     RequirePlain(call, editing, false);
+    INIDocument& document = editing.Document;
     RequireDone(call.Key.empty() ? document.DeleteSection(call.Section)
                                  : document.DeleteRecord(call.Key, call.Section),
                 call, document);
@@ -200,7 +198,6 @@ void Rename(const Call& call, Editing& editing)
 {
     RequireNoSection(call.NewSection, call, editing.Document);
     RequireDone(editing.Document.RenameSection(call.Section, call.NewSection), call, editing.Document);
-    editing.Unusual.reset();
 }
 
 void Comment(const Call& call, Editing& editing)
@@ -232,11 +229,7 @@ void Uncomment(const Call& call, Editing& editing)
         editing.Unusual.reset();
 }
 
-void Sort(const Call& call, Editing& editing)
-{
-    editing.Document.Sort(call.Descending);
-    editing.Unusual.reset();
-}
+void Sort(const Call& call, Editing& editing) { editing.Document.Sort(call.Descending); }
 
 void Note(const Call& call, Editing& editing)
 {
@@ -267,6 +260,8 @@ void EditBatch(const Call& call, const Streams& streams)
                 edit.Parser = call.Parser;
                 edit.Force = call.Force;
                 command->Edit(edit, editing);
+                if (command->Edit == Sort || command->Edit == Rename)
+                    editing.Unusual.reset();
             } catch (const Failure& failure) {
                 throw Failure(failure.Code, "line " + std::to_string(number) + ": " + failure.what(),
                               failure.Usage);

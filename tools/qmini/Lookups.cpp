@@ -7,15 +7,12 @@
 
 #include <map>
 #include <ostream>
-#include <system_error>
-#include <utility>
 
 namespace qmini {
 
 namespace {
 
-/// Prints each name of some records once.
-/// @param select whether a record counts, and by which name
+/// Prints each name once that `select` returns for a record.
 template <class Select>
 void PrintNames(const Call& call, const INIDocument& document, std::ostream& out, Select select)
 {

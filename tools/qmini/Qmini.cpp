@@ -110,10 +110,8 @@ void RunCommand(std::vector<std::string> words, const Streams& streams)
         throw Failure(Misused, "no command given; see \"qmini --help\"");
     if (words.front() == "--help" || words.front() == "-h")
         return PrintHelp(streams.Out);
-    if (words.front() == "--version") {
-        streams.Out << "qmini " QMINI_VERSION "\n";
-        return;
-    }
+    if (words.front() == "--version")
+        return void(streams.Out << "qmini " QMINI_VERSION "\n");
     const auto [command, call] = ReadCall(words);
     if (call.Help)
         streams.Out << HelpOn(command->Name) << "\n\"qmini --help\" explains the common options.\n";
@@ -169,8 +167,8 @@ std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, 
 std::string OneLine(std::string_view text)
 {
     std::string line(text);
-    for (char& c : line)
-        c = std::iscntrl(static_cast<unsigned char>(c)) != 0 ? '?' : c;
+    std::ranges::replace_if(
+        line, [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
     return line;
 }
 

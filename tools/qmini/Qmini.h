@@ -77,8 +77,7 @@ struct Editing
     std::string_view Before; ///< the text of the file
     INIDocument Document;
     bool IsBatch = false;
-    /// In a batch, sections and names of keys that may have several active lines, or go on in further lines.
-    /// Nothing when they are not known.
+    /// In a batch: section and name of each key of which an edit may be refused; nothing when unknown.
     std::optional<std::set<std::pair<std::string, std::string>>> Unusual;
 };
 
@@ -95,15 +94,11 @@ struct Command
     EditAction* Edit; ///< null for others
 };
 
-/// @param words the name of a command and what follows it
-/// @param hasFile whether the command's file is among the words
-/// @return the command, and its call
-/// @throws Failure (`Misused`) that says what is wrong
+/// Reads the name of a command and its arguments, with its file among them if `hasFile`.
+/// @throws Failure (`Misused`)
 std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, bool hasFile = true);
 
-/// Runs qmini.
-/// @param arguments the words of the command line, without the program's name
-/// @return the exit code
+/// Runs qmini with the arguments after the program's name. @return the exit code
 int Run(const std::vector<std::string>& arguments, const Streams& streams);
 
 void Say(std::ostream& err, std::string_view line); ///< prints a message on standard error
@@ -137,17 +132,15 @@ bool IsMatch(const NumberedLine& line, const Call& call, bool isActive = true);
 ///   order
 std::vector<std::pair<std::size_t, std::string>> Check(std::string_view text);
 
+/// @return the difference as `patch` reads it, from the first to the last line that changes, or nothing
 /// @param name the file's name, for the header lines
-/// @return the unified difference that turns `before` into `after`, for people and for the program `patch`;
-///   empty when they are the same. Its one hunk goes from the first to the last line that changes.
 std::string UnifiedDifference(const std::string& name, std::string_view before, std::string_view after);
 
 std::string ReadAll(std::istream& standardInput);
 platform::Buffer<char> ReadText(const Call& call, std::istream& standardInput); ///< @return that of the file
 INIDocument ReadDocument(const Call& call, std::string_view text);
 
-/// @param key empty for the section itself
-/// @return the first commented-out record of the name
+/// @return the first commented-out record of a key, or of a section if the key is empty
 std::optional<INIDocument::RecordView> FindCommentedOut(const INIDocument& document, std::string_view key,
                                                         std::string_view section);
 
