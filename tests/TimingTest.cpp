@@ -199,56 +199,44 @@ TEST_F(Timer, ReportsAreTruncated)
 
 TEST_F(Scripted, MarkerFlagsSelectLinesAndTime)
 {
+    enum : unsigned
+    {
+        Timer = 1,
+        Console = 2,
+        Cpu = 4,
+        NoTimes = 8, ///< they are unavailable at the end
+    };
     struct Case
     {
-        bool UsesTimer = false;
-        bool UsesConsole = false;
-        bool UsesCpuTime = false;
-        bool UsesTimerLater = true;
-        bool UsesConsoleLater = false;
-        bool AreTimesAvailable = true;
+        unsigned AtStart;
+        unsigned AtEnd;
         const wchar_t* Calls;
     };
     const Case cases[] = {
-        {.UsesTimer = true,
-         .UsesConsole = true,
-         .Calls = L"sleep 0|0|5|10|log %% - Start\n|15|1270|debug >>> %% - End : 1.25 sec|"},
-        {.UsesTimer = true,
-         .UsesConsoleLater = true,
-         .Calls = L"sleep 0|0|5|10|debug >>> %% - Start|15|1270|log % - End : 1.25 sec\n|"},
-        {.UsesTimer = true,
-         .UsesConsole = true,
-         .UsesCpuTime = true,
-         .UsesConsoleLater = true,
-         .Calls = L"log %% - Start\n|times|times|log % - End : -3.50 sec (CPU)\n|"},
-        {.UsesTimer = true,
-         .UsesCpuTime = true,
-         .AreTimesAvailable = false,
-         .Calls = L"debug >>> %% - Start|times|times|debug >>> %% - End : 0.00 sec (CPU)|"},
-        {.UsesTimer = true,
-         .UsesCpuTime = true,
-         .UsesTimerLater = false,
-         .UsesConsoleLater = true,
-         .Calls = L"debug >>> %% - Start|times|log % - End\n|"},
+        {Timer | Console, Timer, L"sleep 0|0|5|10|log %% - Start\n|15|1270|debug >>> %% - End : 1.25 sec|"},
+        {Timer, Timer | Console, L"sleep 0|0|5|10|debug >>> %% - Start|15|1270|log % - End : 1.25 sec\n|"},
+        {Timer | Console | Cpu, Timer | Console,
+         L"log %% - Start\n|times|times|log % - End : -3.50 sec (CPU)\n|"},
+        {Timer | Cpu, Timer | NoTimes,
+         L"debug >>> %% - Start|times|times|debug >>> %% - End : 0.00 sec (CPU)|"},
+        {Timer | Cpu, Console, L"debug >>> %% - Start|times|log % - End\n|"},
         // Without a measured start, the time is 0 or all the processor time: 9 * 2^32 + 15,000,000 units.
-        {.UsesConsole = true, .Calls = L"log %% - Start\n|debug >>> %% - End : 0.00 sec|"},
-        {.UsesConsole = true,
-         .UsesCpuTime = true,
-         .Calls = L"log %% - Start\n|times|debug >>> %% - End : 3866.97 sec (CPU)|"},
+        {Console, Timer, L"log %% - Start\n|debug >>> %% - End : 0.00 sec|"},
+        {Console | Cpu, Timer, L"log %% - Start\n|times|debug >>> %% - End : 3866.97 sec (CPU)|"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [start, end, calls] : cases) {
         script = {};
         script.ProcessTimes = {{30'000'000, 7}, {20'000'000, 2}};
         {
             // The name is an argument first, then part of the format.
-            CQMDebugTraceStartEndMarker marker(L"%%", c.UsesTimer, c.UsesConsole, c.UsesCpuTime);
-            marker.SetUseTimer(c.UsesTimerLater);
-            marker.SetUseLogConsole(c.UsesConsoleLater);
+            CQMDebugTraceStartEndMarker marker(L"%%", start & Timer, start & Console, start & Cpu);
+            marker.SetUseTimer(end & Timer);
+            marker.SetUseLogConsole(end & Console);
             script.Clock = 1270;
             script.ProcessTimes = {{10'000'000, 7}, {5'000'000, 2}}; // less, as in the child of a fork
-            script.AreTimesAvailable = c.AreTimesAvailable;
+            script.AreTimesAvailable = !(end & NoTimes);
         }
-        EXPECT_EQ(script.Calls, c.Calls);
+        EXPECT_EQ(script.Calls, calls);
     }
 }
 
