@@ -111,10 +111,10 @@ std::string UnifiedDifference(const std::string& name, std::string_view before, 
     const auto left = SplitLines(before);
     const auto right = SplitLines(after);
     const auto [leftBegin, rightBegin] = std::ranges::mismatch(left, right);
-    auto leftEnd = left.end();
-    auto rightEnd = right.end();
-    while (leftEnd != leftBegin && rightEnd != rightBegin && leftEnd[-1] == rightEnd[-1])
-        --leftEnd, --rightEnd;
+    const auto [leftTail, rightTail] = std::mismatch(left.rbegin(), std::reverse_iterator(leftBegin),
+                                                     right.rbegin(), std::reverse_iterator(rightBegin));
+    const auto leftEnd = leftTail.base();
+    const auto rightEnd = rightTail.base();
     constexpr std::ptrdiff_t context = 3;
     const auto first = leftBegin - std::min(context, leftBegin - left.begin());
     const auto last = leftEnd + std::min(context, left.end() - leftEnd);
