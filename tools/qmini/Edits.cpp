@@ -150,21 +150,21 @@ std::vector<std::string> SplitWords(std::string_view line)
 {
     std::vector<std::string> words;
     bool isWord = false;
-    std::optional<char> quote;
+    char quote = '\0'; // NUL outside quotes
     for (const char c : line) {
-        const bool isBlank = !quote && (c == ' ' || c == '\t');
+        const bool isBlank = quote == '\0' && (c == ' ' || c == '\t');
         if (!isBlank && !isWord)
             words.emplace_back();
         isWord = !isBlank;
-        if (!quote && (c == '"' || c == '\''))
+        if (quote == '\0' && (c == '"' || c == '\''))
             quote = c;
-        else if (c == quote)
-            quote.reset();
+        else if (quote != '\0' && c == quote)
+            quote = '\0';
         else if (isWord)
             words.back() += c;
     }
-    if (quote)
-        throw Failure(Misused, std::string("no closing ") + *quote);
+    if (quote != '\0')
+        throw Failure(Misused, std::string("no closing ") + quote);
     return words;
 }
 
