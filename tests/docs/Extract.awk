@@ -52,7 +52,7 @@ in_block && /^```$/ {
         printf "%s", text > path
         close(path)
     } else if (role == "cpp") {
-        body = body "    Run();\n#line " first " \"" FILENAME "\"\n" text "    Ran();\n"
+        body = body "    Run();\n#line " first " \"" FILENAME "\"\n" text "Ran();\n"
         has_statements = 1
     } else if (role == "ini before")
         body = body "    Write(" raw(text) ", \"settings.ini\");\n"
