@@ -5,9 +5,8 @@
 /// The lines of a document: a linked list, what each line means where it stands, and an index of names.
 
 #include "qmUtility/ini/Grammar.h"
-#include "qmUtility/platform/File.h"
+#include "qmUtility/ini/TextFile.h"
 
-#include <algorithm>
 #include <atomic>
 #include <bit>
 #include <cstdint>
@@ -16,8 +15,6 @@
 #include <limits>
 #include <memory>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,84 +24,35 @@ namespace ini {
 /// list.
 using LineNumber = std::uint32_t;
 
-/// A line of a document. It is small because loading a large file is bound by the memory that it fills.
-template <class Char>
-class DocumentLine
+/// What a line means where it stands. It follows from the line and the meaning of the line above.
+struct Meaning
 {
-public:
-    using View = std::basic_string_view<Char>;
+    static constexpr std::uint32_t NoOwner = std::numeric_limits<std::uint32_t>::max();
 
-    DocumentLine() = default; ///< the end of a list
-    explicit DocumentLine(const Line<Char>& line)
-        : m_begin(line.Raw.data()), m_size(To32(line.Raw.size())),
-          Commented(static_cast<char>(line.Commented)), Kind(line.Kind), HasKey(line.HasKey)
-    {
-        const View name = IsHeader() ? line.Section : line.Key;
-        if (name.data() == nullptr)
-            return;
-        m_name = static_cast<std::uint32_t>(name.data() - m_begin);
-        m_nameSize = static_cast<std::uint32_t>(name.size());
-        if (line.Value.data() == nullptr)
-            return;
-        m_value = static_cast<std::uint32_t>(line.Value.data() - m_begin);
-        m_valueSize = static_cast<std::uint32_t>(line.Value.size());
-    }
+    LineNumber Nearest = 0;        ///< the nearest header above, active or not; of a header, itself
+    LineNumber NearestActive = 0;  ///< the header of the section that an active record has here
+    std::uint32_t Owner = NoOwner; ///< indentation of the key that deeper lines below continue
+    bool IsRecord = false;         ///< whether the line makes a record
+    bool HasComments = false;      ///< whether there are comments since the last record
+    bool IsContinuation = false;   ///< whether the line continues an active key above
 
-    bool IsActive() const { return Commented == ' '; }
-    bool IsHeader() const { return Kind == LineKind::Header; }
-    bool IsActiveHeader() const { return IsHeader() && IsActive(); }
-    bool IsKey() const { return Kind == LineKind::Key; }
-    bool IsActiveKey() const { return IsKey() && IsActive(); }
-    bool IsComment() const { return Kind == LineKind::Comment; }
-
-    View Raw() const { return {m_begin, m_size}; } ///< the whole line with its newline
-    View Text() const { return Trimmed(Raw()); }
-    View Indentation() const { return Between(m_begin, Text().data()); }
-    View Name() const { return {m_begin + m_name, m_nameSize}; } ///< of a section, in a header
-    View Value() const { return {m_begin + m_value, m_valueSize}; }
-
-    /// @return the key of a key line; also of a header with "=" in its name, whose first part it is.
-    View Key() const
-    {
-        return !IsHeader() ? Name() : HasKey ? Name().substr(0, Name().size() - m_valueSize - 1) : View();
-    }
-
-    /// @return the header of the section that the record of this line has, 0 above the first header.
-    LineNumber Header() const { return IsActive() ? NearestActive : Nearest; }
-
-    /// @throws std::length_error
-    static std::uint32_t To32(std::size_t size)
-    {
-        if (size > std::numeric_limits<std::uint32_t>::max())
-            throw std::length_error("an INI file is too large");
-        return static_cast<std::uint32_t>(size);
-    }
-
-private:
-    const Char* m_begin = nullptr;
-    std::uint32_t m_size = 0;
-    std::uint32_t m_name = 0; ///< where it begins
-    std::uint32_t m_nameSize = 0;
-    std::uint32_t m_value = 0; ///< where it begins
-    std::uint32_t m_valueSize = 0;
-
-public:
-    LineNumber Previous = 0;
-    LineNumber Next = 0;
-    LineNumber Nearest = 0;       ///< the nearest header above, active or not; of a header, itself
-    LineNumber NearestActive = 0; ///< the header of the section that an active record has here
-    char Commented = ' ';         ///< see `Line`
-    LineKind Kind = LineKind::Blank;
-    bool HasKey : 1 = false;         ///< see `Line`
-    bool IsRecord : 1 = false;       ///< whether the line makes a record
-    bool IsContinuation : 1 = false; ///< whether the line continues an active key above
+    bool operator==(const Meaning&) const = default;
 };
 
-/// A line that is not in a text that was loaded.
+/// A line of a document.
 template <class Char>
-struct NewLine : DocumentLine<Char>
+struct DocumentLine : Line<Char>, Meaning
 {
-    std::unique_ptr<Char[]> Own; ///< its text
+    DocumentLine() = default; ///< the end of a list
+    explicit DocumentLine(const Line<Char>& line) : Line<Char>(line) {}
+
+    LineNumber Previous = 0;
+    LineNumber Next = 0;
+    LineNumber LastKey = 0;           ///< of a header, an active key below it, near the last; may be outdated
+    std::unique_ptr<Char[]> Own = {}; ///< the text of the line, unless it was loaded
+
+    /// @return the header of the section that the record of this line has, 0 above the first header.
+    LineNumber Header() const { return this->IsActive() ? NearestActive : Nearest; }
 };
 
 /// The lines of a document, in a linked list.
@@ -121,14 +69,17 @@ public:
     struct Change
     {
         LineNumber At = 0;
-        bool IsErased = false;                  ///< whether the line goes
-        std::optional<NewLine<Char>> Made = {}; ///< the line that comes
+        bool IsErased = false;            ///< whether the line goes
+        std::optional<DocLine> Made = {}; ///< the line that comes
     };
     using Changes = std::vector<Change>; ///< in the order of the lines
 
     /// Reads a text.
+    /// @param encoding of its file
     /// @throws INIFormatError for a malformed header
-    DocumentLines(INISyntax syntax, platform::Buffer<Char> text) : m_syntax(syntax), m_text(std::move(text))
+    /// @throws std::length_error for 2^32 lines
+    DocumentLines(INISyntax syntax, const Encoding<Char>& encoding, platform::Buffer<Char> text)
+        : m_syntax(syntax), m_encoding(encoding), m_text(std::move(text))
     {
         View whole = m_text;
         if (IsCommon())
@@ -137,20 +88,13 @@ public:
         constexpr std::size_t usualLine = 24; // less than in most files, so that the list seldom grows
         m_lines.reserve(whole.size() / usualLine + 2);
         platform::ExpectUse(m_lines.data(), m_lines.capacity() * sizeof(DocLine));
-        Context context;
-        Scan(whole, [&](const Line<Char>& scanned) {
-            const LineNumber number = DocLine::To32(m_lines.size());
-            if (scanned.Kind == LineKind::MalformedHeader)
-                throw INIFormatError(number);
-            DocLine& line = m_lines.emplace_back(scanned);
-            line.Previous = number - 1;
-            line.Next = number + 1;
-            Place(number, scanned.Text, context);
+        m_lines.emplace_back();
+        Scan(whole, [&](const Line<Char>& line) {
+            if (line.Kind == LineKind::MalformedHeader)
+                throw INIFormatError(m_lines.size());
+            Place(Insert(0, line));
         });
-        m_lines.front().Previous = static_cast<LineNumber>(m_lines.size() - 1);
-        m_lines.front().Next = m_lines.size() > 1 ? 1 : 0;
-        m_lines.back().Next = 0;
-        const View last = m_lines.back().Raw();
+        const View last = m_lines.back().Raw;
         m_rest = last.empty() ? whole : Between(last.data() + last.size(), whole.data() + whole.size());
     }
 
@@ -158,20 +102,29 @@ public:
     DocumentLines& operator=(const DocumentLines&) = delete;
     ~DocumentLines() { DropIndex(); }
 
-    INISyntax Syntax() const { return m_syntax; }
+    /// Reads another text in the same syntax and encoding.
+    /// @return null for a text with a NUL in the syntax `Common`.
+    std::unique_ptr<DocumentLines> Read(platform::Buffer<Char> text) const
+    {
+        if (IsCommon() && View(text).find(Char()) != View::npos)
+            return nullptr;
+        return std::make_unique<DocumentLines>(m_syntax, m_encoding, std::move(text));
+    }
+
     bool IsCommon() const { return m_syntax == INISyntax::Common; }
+    const ini::Encoding<Char>& GetEncoding() const { return m_encoding; }
 
     std::basic_string<Char> Text() const
     {
         std::size_t size = m_mark.size() + m_rest.size();
         for (LineNumber line = First(); line != 0; line = Next(line))
-            size += m_lines[line].Raw().size();
+            size += m_lines[line].Raw.size();
         std::basic_string<Char> text;
         text.reserve(size);
         platform::ExpectUse(text.data(), size * sizeof(Char));
         text += m_mark;
         for (LineNumber line = First(); line != 0; line = Next(line))
-            text += m_lines[line].Raw();
+            text += m_lines[line].Raw;
         text += m_rest;
         return text;
     }
@@ -183,53 +136,56 @@ public:
     LineNumber Previous(LineNumber line) const { return m_lines[line].Previous; }
 
     /// @return the name of the section that the record of this line has.
-    View SectionOf(LineNumber line) const { return m_lines[m_lines[line].Header()].Name(); }
-    /// @return the name of the section that an active record would have here.
-    View ActiveSectionOf(LineNumber line) const { return m_lines[m_lines[line].NearestActive].Name(); }
+    View SectionOf(LineNumber line) const { return m_lines[m_lines[line].Header()].Section; }
 
     /// @return the first line of this key, or 0.
     /// @param section that the record has, or would have if it were active
     LineNumber FindKey(View key, View section, bool isActive) const
     {
-        const auto isMatch = [&](LineNumber line) {
-            return m_lines[line].IsActive() == isActive && m_lines[line].Key() == key &&
+        return Find(key, section, [&](LineNumber line) {
+            return m_lines[line].IsActive() == isActive && m_lines[line].Key == key &&
                    ActiveSectionOf(line) == section;
-        };
-        LineNumber line = 0;
-        if (m_isSearched.load(std::memory_order_relaxed) || m_isSearched.exchange(true)) {
-            Index& index = GetIndex();
-            for (line = index.Chain(key, section); line != 0 && !isMatch(line);)
-                line = index.Next[line];
-        } else { // a single search takes less time than the index
-            for (line = First(); line != 0 && !isMatch(line);)
-                line = Next(line);
-        }
-        return line;
+        });
     }
 
     /// @return the first active header, or 0.
     LineNumber FindHeader(View section) const
     {
-        LineNumber first = 0;
-        VisitHeaders(section, [&](LineNumber header) {
-            first = m_lines[header].IsActive() ? header : 0;
-            return first == 0;
+        return Find(KeyIn(section), section, [&](LineNumber line) {
+            return m_lines[line].IsActiveHeader() && m_lines[line].Section == section;
         });
-        return first;
     }
-    /// @return whether there is an active header, or a key above the first header.
+
+    /// @return whether there is an active header, or an active key above the first one.
     bool HasSection(View section) const
     {
-        return FindHeader(section) != 0 || (section.empty() && GetIndex().LastKey[0] != 0);
+        for (LineNumber line = First(); section.empty() && line != 0 && m_lines[line].NearestActive == 0;
+             line = Next(line))
+            if (m_lines[line].IsActiveKey())
+                return true;
+        return FindHeader(section) != 0;
     }
+
     /// @return the last active key, or 0.
-    LineNumber FindLastKey(View section) const
+    LineNumber FindLastKey(View section)
     {
-        const std::vector<LineNumber>& lastKeys = GetIndex().LastKey;
-        LineNumber last = section.empty() ? lastKeys[0] : 0;
-        VisitHeaders(section, [&](LineNumber header) {
-            last = lastKeys[header] != 0 ? lastKeys[header] : last;
-            return true;
+        LineNumber last = 0;
+        const auto findBelow = [&](LineNumber header) {
+            LineNumber& lastKey = m_lines[header].LastKey;
+            const auto isBelow = [&](LineNumber line) { return m_lines[line].NearestActive == header; };
+            if (!m_lines[lastKey].IsActiveKey() || !isBelow(lastKey))
+                lastKey = 0;
+            for (LineNumber line = Next(lastKey != 0 ? lastKey : header); line != 0 && isBelow(line);
+                 line = Next(line))
+                lastKey = m_lines[line].IsActiveKey() ? line : lastKey;
+            last = lastKey != 0 ? lastKey : last;
+        };
+        if (section.empty())
+            findBelow(0);
+        Find(KeyIn(section), section, [&](LineNumber line) {
+            if (m_lines[line].IsHeader() && m_lines[line].Section == section)
+                findBelow(line);
+            return false;
         });
         return last;
     }
@@ -265,7 +221,7 @@ public:
     View Newline() const
     {
         static constexpr Char crLf[] = {'\r', '\n'};
-        const View first = m_lines[First()].Raw();
+        const View first = m_lines[First()].Raw;
         const bool isCrLf =
             first.ends_with('\n') ? first.ends_with(View(crLf, 2)) : platform::Newline.size() == 2;
         return View(crLf, 2).substr(isCrLf ? 0 : 1);
@@ -273,7 +229,7 @@ public:
 
     /// @return a line of these pieces of text, to be part of a change; nothing when they do not make one
     ///   line.
-    std::optional<NewLine<Char>> Make(std::initializer_list<View> pieces)
+    std::optional<DocLine> Make(std::initializer_list<View> pieces) const
     {
         std::size_t size = 0;
         for (const View piece : pieces)
@@ -281,16 +237,18 @@ public:
         auto own = std::make_unique_for_overwrite<Char[]>(size);
         Char* end = own.get();
         for (const View piece : pieces)
-            end = std::copy(piece.begin(), piece.end(), end);
+            end += piece.copy(end, piece.size());
 
-        std::optional<NewLine<Char>> line;
+        std::optional<DocLine> line;
         const View text(own.get(), size);
         if (IsCommon() && text.find(Char()) != text.npos)
             return line;
         Scan(text, [&](const Line<Char>& scanned) {
             if (scanned.Raw.size() == size && scanned.Kind != LineKind::MalformedHeader)
-                line = {DocLine(scanned), std::move(own)};
+                line.emplace(scanned);
         });
+        if (line)
+            line->Own = std::move(own);
         return line;
     }
 
@@ -303,46 +261,36 @@ public:
         for (; atFirst != changes.end() && atFirst->At == first && !atFirst->Made; ++atFirst)
             first = Next(first);
         const bool isMade = atFirst != changes.end() && atFirst->At == first;
-        if (IsMark(isMade ? atFirst->Made->Raw() : m_lines[first].Raw()))
+        if (IsMark(isMade ? atFirst->Made->Raw : m_lines[first].Raw))
             return false;
 
-        const std::size_t size = m_lines.size() + changes.size();
+        const LineNumber size = Number(m_lines.size() + changes.size());
         if (size > m_lines.capacity())
-            m_lines.reserve(2 * size);
-        m_own.resize(size);
-        if (Index* const index = m_index) {
+            m_lines.reserve(2 * std::size_t{size});
+        if (Index* const index = m_index)
             index->Next.resize(size);
-            index->LastKey.resize(size);
-        }
         // From here on nothing throws.
         const LineNumber above = Previous(changes.front().At);
-        LineNumber below = 0;
-        bool areSectionsMoved = false;
-        bool areContinuationsMoved = false;
+        const LineNumber below = changes.back().IsErased ? Next(changes.back().At) : changes.back().At;
         for (Change& change : changes) {
-            const DocLine& old = m_lines[change.At];
-            const bool isHeader = change.Made ? change.Made->IsHeader() : old.IsHeader();
-            areSectionsMoved = areSectionsMoved || (isHeader && change.At != 0); // not by one at the end
-            areContinuationsMoved = areContinuationsMoved || !change.IsErased || !change.Made ||
-                                    IsRun(*change.Made) != IsRun(old) ||
-                                    change.Made->Indentation().size() != old.Indentation().size();
-            below = change.IsErased ? Next(change.At) : change.At;
-            if (!change.IsErased)
-                Insert(change.At, std::move(*change.Made));
-            else if (change.Made)
-                Replace(change.At, std::move(*change.Made));
-            else
+            if (!change.Made)
                 Erase(change.At);
+            else if (change.IsErased)
+                Replace(change.At, *change.Made);
+            else
+                change.At = Insert(change.At, *change.Made);
+            if (change.Made)
+                m_lines[change.At].Own = std::move(change.Made->Own);
         }
-        if (areSectionsMoved)
-            PlaceAll();
-        else if (areContinuationsMoved)
-            PlaceContinuations(Next(above), below);
+        PlaceBetween(above, below);
+        for (const Change& change : changes)
+            if (!change.IsErased)
+                AddToIndex(change.At);
         return true;
     }
 
     /// Makes one change.
-    bool Commit(LineNumber at, bool isErased, std::optional<NewLine<Char>> made)
+    bool Commit(LineNumber at, bool isErased, std::optional<DocLine> made)
     {
         Changes changes;
         changes.push_back({at, isErased, std::move(made)});
@@ -354,11 +302,11 @@ public:
     {
         if (order.empty())
             return true;
-        if (IsMark(m_lines[order.front()].Raw()))
+        if (IsMark(m_lines[order.front()].Raw))
             return false;
         const LineNumber last = Last();
-        if (order.back() != last && !m_lines[last].Raw().ends_with('\n'))
-            Commit(last, true, Make({m_lines[last].Raw(), Newline()}));
+        if (order.back() != last && !m_lines[last].Raw.ends_with('\n'))
+            Commit(last, true, Make({m_lines[last].Raw, Newline()}));
         LineNumber above = 0;
         for (const LineNumber line : order) {
             m_lines[above].Next = line;
@@ -368,67 +316,99 @@ public:
         m_lines[above].Next = 0;
         m_lines[0].Previous = above;
         DropIndex();
-        PlaceAll();
+        PlaceBetween(0, 0);
         return true;
     }
 
 private:
-    static constexpr std::size_t NoOwner = std::numeric_limits<std::size_t>::max();
-
-    /// What the meaning of a line depends on besides its text.
-    struct Context
-    {
-        LineNumber Nearest = 0;
-        LineNumber NearestActive = 0;
-        bool HasComments = false;    ///< since the last record
-        std::size_t Owner = NoOwner; ///< indentation of the key that deeper lines continue
-    };
-
     /// Chains of the headers and keys whose names have the same hash, in file order.
     struct Index
     {
-        explicit Index(std::size_t lines) : First(std::bit_ceil(lines)), Next(lines), LastKey(lines) {}
-
         LineNumber& Chain(View key, View section)
         {
             const std::hash<View> hash;
             return First[(hash(key) + hash(section) * std::size_t{0x9E3779B1}) & (First.size() - 1)];
         }
 
-        std::vector<LineNumber> First;   ///< of each chain
-        std::vector<LineNumber> Next;    ///< by line, in its chain
-        std::vector<LineNumber> LastKey; ///< by header: the last active key below it
-        std::size_t Size = 0;            ///< number of lines
+        std::vector<LineNumber> First; ///< of each chain
+        std::vector<LineNumber> Next;  ///< by line, in its chain
+        std::size_t Size = 0;          ///< number of lines
     };
+
+    /// @return the name of the section that an active record would have here.
+    View ActiveSectionOf(LineNumber line) const { return m_lines[m_lines[line].NearestActive].Section; }
+
+    /// @return the key that a header of this name has.
+    View KeyIn(View section) const
+    {
+        const std::size_t equals = IsCommon() ? View::npos : section.find('=');
+        return equals != View::npos ? section.substr(0, equals) : View();
+    }
+
+    /// @return the first line for which `isWanted` is true, or 0. It is asked about all lines of this key and
+    ///   section, in file order, and about others.
+    template <class Predicate>
+    LineNumber Find(View key, View section, Predicate isWanted) const
+    {
+        LineNumber line = 0;
+        if (m_isSearched.load(std::memory_order_relaxed) || m_isSearched.exchange(true)) {
+            Index& index = GetIndex();
+            for (line = index.Chain(key, section); line != 0 && !isWanted(line);)
+                line = index.Next[line];
+        } else { // a single search takes less time than the index
+            for (line = First(); line != 0 && !isWanted(line);)
+                line = Next(line);
+        }
+        return line;
+    }
+
+    Index& GetIndex() const
+    {
+        Index* index = m_index.load(std::memory_order_acquire);
+        if (index != nullptr)
+            return *index;
+        const std::size_t size = m_lines.size();
+        auto made = std::make_unique<Index>(
+            Index{std::vector<LineNumber>(std::bit_ceil(size)), std::vector<LineNumber>(size)});
+        for (LineNumber line = Last(); line != 0; line = Previous(line))
+            AddTo(*made, line);
+        if (m_index.compare_exchange_strong(index, made.get(), std::memory_order_acq_rel))
+            index = made.release(); // no other thread was faster
+        return *index;
+    }
 
     /// Adds a line to the index, at the start of its chain.
     void AddTo(Index& index, LineNumber number) const
     {
         const DocLine& line = m_lines[number];
-        if (line.IsActiveKey() && index.LastKey[line.NearestActive] == 0)
-            index.LastKey[line.NearestActive] = number;
-        if (line.Key().empty() && !line.IsHeader())
+        if (!line.IsHeader() && line.Key.empty())
             return;
-        const View section = line.IsHeader() ? line.Name() : ActiveSectionOf(number);
-        index.Next[number] = std::exchange(index.Chain(line.Key(), section), number);
+        const View section = line.IsHeader() ? line.Section : ActiveSectionOf(number);
+        index.Next[number] = std::exchange(index.Chain(line.Key, section), number);
         ++index.Size;
     }
 
-    /// @return the chain that has the headers of a section.
-    LineNumber& HeaderChain(Index& index, View section) const
+    /// Adds a new line to the index, if there is one, or drops the index where it would have to grow or lose
+    /// its order. An inserted key is the only one of its name that is active.
+    void AddToIndex(LineNumber number)
     {
-        const std::size_t equals = IsCommon() ? View::npos : section.find('=');
-        return index.Chain(equals != View::npos ? section.substr(0, equals) : View(), section);
+        Index* const index = m_index;
+        if (index == nullptr)
+            return;
+        const DocLine& line = m_lines[number];
+        const bool isNew = !line.IsHeader() ||
+                           Find(line.Key, line.Section, [&](LineNumber other) {
+                               return m_lines[other].IsHeader() && m_lines[other].Section == line.Section;
+                           }) == 0;
+        AddTo(*index, number);
+        if (!isNew || index->Size > index->First.size())
+            DropIndex();
     }
 
-    /// Calls `visit` with each header of a section, in file order, until it returns false.
-    template <class Visitor>
-    void VisitHeaders(View section, Visitor visit) const
+    void DropIndex()
     {
-        Index& index = GetIndex();
-        for (LineNumber line = HeaderChain(index, section); line != 0; line = index.Next[line])
-            if (m_lines[line].IsHeader() && m_lines[line].Name() == section && !visit(line))
-                return;
+        delete m_index.exchange(nullptr);
+        m_isSearched = false;
     }
 
     template <class Visitor>
@@ -441,7 +421,7 @@ private:
     }
 
     /// @return whether a line can be part of a run of a key and lines that continue it.
-    bool IsRun(const DocLine& line) const
+    bool IsRun(const Line<Char>& line) const
     {
         return IsCommon() && (line.IsActiveKey() || line.Kind == LineKind::Other);
     }
@@ -449,55 +429,40 @@ private:
     /// @return whether a text at the start would be read as a byte order mark.
     bool IsMark(View text) const { return IsCommon() && m_mark.empty() && ByteOrderMarkSize(text) != 0; }
 
+    /// @throws std::length_error
+    static LineNumber Number(std::size_t number)
+    {
+        if (number > std::numeric_limits<LineNumber>::max())
+            throw std::length_error("an INI file is too large");
+        return static_cast<LineNumber>(number);
+    }
+
     // The three changes. The index goes, unless it is one that applications make many times: a new value,
     // key, section or comment.
 
-    void Insert(LineNumber before, NewLine<Char> made)
+    /// Puts a line in front of another.
+    LineNumber Insert(LineNumber before, const Line<Char>& made)
     {
-        const LineNumber number = m_free != 0 ? m_free : static_cast<LineNumber>(m_lines.size());
-        if (m_free != 0)
+        const LineNumber number = m_free != 0 ? m_free : Number(m_lines.size());
+        if (m_free == 0)
+            m_lines.emplace_back(made);
+        else {
             m_free = Next(m_free);
-        else
-            m_lines.emplace_back();
-        DocLine& line = m_lines[number] = made;
-        m_own[number] = std::move(made.Own);
+            m_lines[number] = DocLine(made);
+        }
+        DocLine& line = m_lines[number];
         line.Next = before;
         line.Previous = Previous(before);
         m_lines[line.Previous].Next = m_lines[before].Previous = number;
-        Context context = {m_lines[line.Previous].Nearest, m_lines[line.Previous].NearestActive};
-        Place(number, line.Text(), context);
-
-        Index* const index = m_index;
-        if (index == nullptr || !line.IsRecord)
-            return;
-        bool isNew = true;
-        if (line.IsHeader())
-            VisitHeaders(line.Name(), [&](LineNumber) { return isNew = false; });
-        if (line.IsActiveKey()) { // is it below the last key of its header?
-            LineNumber above = line.Previous;
-            while (above != line.NearestActive && !m_lines[above].IsActiveKey())
-                above = Previous(above);
-            LineNumber& lastKey = index->LastKey[line.NearestActive];
-            lastKey = above == lastKey ? 0 : lastKey;
-        }
-        AddTo(*index, number);
-        if (!isNew || index->Size > index->First.size())
-            DropIndex();
+        return number;
     }
 
-    void Replace(LineNumber number, NewLine<Char> made)
+    void Replace(LineNumber number, const Line<Char>& made)
     {
-        DocLine& line = m_lines[number];
+        Line<Char>& line = m_lines[number];
         if (line.IsHeader() || line.IsActive() != made.IsActive())
             DropIndex();
-        made.Previous = line.Previous;
-        made.Next = line.Next;
-        made.Nearest = line.Nearest;
-        made.NearestActive = line.NearestActive;
-        made.IsRecord = line.IsRecord;
-        made.IsContinuation = line.IsContinuation;
         line = made;
-        m_own[number] = std::move(made.Own);
     }
 
     void Erase(LineNumber number)
@@ -509,86 +474,47 @@ private:
         m_lines[line.Next].Previous = line.Previous;
         line = {};
         line.Next = std::exchange(m_free, number);
-        m_own[number] = nullptr;
     }
 
-    /// Gives a line the meaning that it has in a context, and the context what the line changes in it.
-    void Place(LineNumber number, View text, Context& context)
+    /// Finds what a line means.
+    void Place(LineNumber number)
     {
         DocLine& line = m_lines[number];
-        if (line.IsHeader()) {
-            context.Nearest = number;
-            if (line.IsActive() || !IsCommon())
-                context.NearestActive = number;
-        }
-        line.Nearest = context.Nearest;
-        line.NearestActive = context.NearestActive;
-        line.IsRecord = line.IsHeader() || line.IsKey() ||
-                        (line.Kind == LineKind::Other && !IsCommon() && !context.HasComments);
-        context.HasComments = line.IsComment() || (context.HasComments && !line.IsRecord);
-        PlaceContinuation(line, text, context);
-    }
-
-    void PlaceContinuation(DocLine& line, View text, Context& context) const
-    {
-        const auto indentation = static_cast<std::size_t>(text.data() - line.Raw().data());
+        const Meaning& above = m_lines[line.Previous];
         const bool isRun = IsRun(line);
-        line.IsContinuation = isRun && indentation > context.Owner;
-        if (!line.IsContinuation)
-            context.Owner = isRun && line.IsKey() ? indentation : NoOwner;
+        const auto indentation = static_cast<std::uint32_t>(line.Indentation().size());
+        line.Nearest = line.IsHeader() ? number : above.Nearest;
+        line.NearestActive =
+            line.IsHeader() && (line.IsActive() || !IsCommon()) ? number : above.NearestActive;
+        line.IsRecord = line.IsHeader() || line.IsKey() ||
+                        (line.Kind == LineKind::Other && !IsCommon() && !above.HasComments);
+        line.HasComments = line.IsComment() || (above.HasComments && !line.IsRecord);
+        line.IsContinuation = isRun && indentation > above.Owner;
+        line.Owner = line.IsContinuation     ? above.Owner
+                     : isRun && line.IsKey() ? indentation
+                                             : Meaning::NoOwner;
     }
 
-    void PlaceAll()
+    /// Finds what the lines between two mean, and those below as far as it changes.
+    void PlaceBetween(LineNumber above, LineNumber below)
     {
-        Context context;
-        for (LineNumber line = First(); line != 0; line = Next(line))
-            Place(line, m_lines[line].Text(), context);
-    }
-
-    /// Finds what continues a key among the lines from one to another, and below as far as it changes.
-    void PlaceContinuations(LineNumber from, LineNumber to)
-    {
-        LineNumber above = Previous(from);
-        while (m_lines[above].IsContinuation)
-            above = Previous(above);
-        Context context;
-        PlaceContinuation(m_lines[above], m_lines[above].Text(), context);
         bool isBelow = false;
-        for (LineNumber line = from; line != 0; line = Next(line)) {
-            isBelow = isBelow || line == to;
-            const bool was = m_lines[line].IsContinuation;
-            PlaceContinuation(m_lines[line], m_lines[line].Text(), context);
-            if (isBelow && !was && !m_lines[line].IsContinuation)
+        for (LineNumber line = Next(above); line != 0; line = Next(line)) {
+            isBelow = isBelow || line == below;
+            const Meaning before = m_lines[line];
+            Place(line);
+            if (isBelow && before == m_lines[line])
                 return;
         }
     }
 
-    Index& GetIndex() const
-    {
-        Index* index = m_index.load(std::memory_order_acquire);
-        if (index != nullptr)
-            return *index;
-        auto made = std::make_unique<Index>(m_lines.size());
-        for (LineNumber line = Last(); line != 0; line = Previous(line))
-            AddTo(*made, line);
-        if (m_index.compare_exchange_strong(index, made.get(), std::memory_order_acq_rel))
-            index = made.release(); // no other thread was faster
-        return *index;
-    }
-
-    void DropIndex()
-    {
-        delete m_index.exchange(nullptr);
-        m_isSearched = false;
-    }
-
     INISyntax m_syntax;
+    ini::Encoding<Char> m_encoding;
     platform::Buffer<Char> m_text; ///< as it was loaded
     View m_mark;                   ///< the byte order mark at its start
     View m_rest;                   ///< what follows its last newline and is not read
-    std::vector<DocLine> m_lines{1};
-    std::vector<std::unique_ptr<Char[]>> m_own; ///< texts of the lines that were changed
-    LineNumber m_free = 0;                      ///< first of the erased lines, whose places are used again
+    std::vector<DocLine> m_lines;
+    LineNumber m_free = 0; ///< first of the erased lines, whose places are used again
     mutable std::atomic<Index*> m_index = nullptr;
     mutable std::atomic<bool> m_isSearched = false; ///< since the index was dropped
 };

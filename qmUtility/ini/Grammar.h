@@ -13,6 +13,9 @@
 
 namespace ini {
 
+template <class Char>
+using View = std::basic_string_view<Char>;
+
 /// @return whether the character is white space, which is space, tab, LF and CR only.
 template <class Char>
 constexpr bool IsBlank(Char c)
@@ -22,7 +25,7 @@ constexpr bool IsBlank(Char c)
 
 /// @return the text without white space at its start.
 template <class Char>
-constexpr std::basic_string_view<Char> TrimmedFront(std::basic_string_view<Char> text)
+constexpr View<Char> TrimmedFront(View<Char> text)
 {
     while (!text.empty() && IsBlank(text.front()))
         text.remove_prefix(1);
@@ -31,7 +34,7 @@ constexpr std::basic_string_view<Char> TrimmedFront(std::basic_string_view<Char>
 
 /// @return the text without white space at its end.
 template <class Char>
-constexpr std::basic_string_view<Char> TrimmedBack(std::basic_string_view<Char> text)
+constexpr View<Char> TrimmedBack(View<Char> text)
 {
     while (!text.empty() && IsBlank(text.back()))
         text.remove_suffix(1);
@@ -40,7 +43,7 @@ constexpr std::basic_string_view<Char> TrimmedBack(std::basic_string_view<Char> 
 
 /// @return the text without white space at both ends.
 template <class Char>
-constexpr std::basic_string_view<Char> Trimmed(std::basic_string_view<Char> text)
+constexpr View<Char> Trimmed(View<Char> text)
 {
     return TrimmedFront(TrimmedBack(text));
 }
@@ -65,16 +68,22 @@ enum class LineKind : std::uint8_t
 template <class Char>
 struct Line
 {
-    using View = std::basic_string_view<Char>;
-
     LineKind Kind = LineKind::Blank;
-    View Raw;             ///< the whole line with its newline
-    View Text;            ///< the line trimmed
-    Char Commented = ' '; ///< the character that comments out a header or key, else a space
-    View Section = {};    ///< name in a header
-    View Key = {};        ///< of a key line; also of a header with "=" in its name, whose first part this is
-    View Value = {};      ///< of the same lines
-    bool HasKey = false;  ///< whether `Key` and `Value` are set; either may be empty
+    bool HasKey = false;     ///< whether `Key` and `Value` of a header are set; either may be empty
+    Char Commented = ' ';    ///< the character that comments out a header or key, else a space
+    View<Char> Raw;          ///< the whole line with its newline
+    View<Char> Section = {}; ///< name in a header
+    View<Char> Key = {};   ///< of a key line; also of a header with "=" in its name, whose first part this is
+    View<Char> Value = {}; ///< of the same lines
+
+    bool IsActive() const { return Commented == ' '; }
+    bool IsHeader() const { return Kind == LineKind::Header; }
+    bool IsKey() const { return Kind == LineKind::Key; }
+    bool IsComment() const { return Kind == LineKind::Comment; }
+    bool IsActiveHeader() const { return IsHeader() && IsActive(); }
+    bool IsActiveKey() const { return IsKey() && IsActive(); }
+    View<Char> Text() const { return Trimmed(Raw); }
+    View<Char> Indentation() const { return Raw.substr(0, Raw.size() - TrimmedFront(Raw).size()); }
 };
 
 /// Finds occurrences of one character in a text that is read from front to back. It searches each part of the
@@ -83,7 +92,7 @@ template <class Char>
 class Finder
 {
 public:
-    Finder(std::basic_string_view<Char> text, Char wanted)
+    Finder(View<Char> text, Char wanted)
         : m_end(text.data() + text.size()), m_wanted(wanted), m_found(Find(text.data()))
     {}
 
@@ -111,7 +120,7 @@ private:
 
 /// @return the characters from one place to another in the same text.
 template <class Char>
-std::basic_string_view<Char> Between(const Char* begin, const Char* end)
+View<Char> Between(const Char* begin, const Char* end)
 {
     return {begin, static_cast<std::size_t>(end - begin)};
 }
@@ -119,73 +128,67 @@ std::basic_string_view<Char> Between(const Char* begin, const Char* end)
 /// Reads one line in the syntax `Common`.
 /// @param end of the line, where its newline is
 template <class Char>
-[[gnu::always_inline]] inline Line<Char> ReadCommon(std::basic_string_view<Char> raw, const Char* end,
-                                                    Finder<Char>& equals)
+[[gnu::always_inline]] inline Line<Char> ReadCommon(View<Char> raw, const Char* end, Finder<Char>& equals)
 {
-    using View = std::basic_string_view<Char>;
-    const View text = Trimmed(raw);
+    const View<Char> text = Trimmed(raw);
     if (text.empty())
-        return {.Raw = raw, .Text = text};
+        return {.Raw = raw};
     const bool isCommented = IsCommentCharacter(text.front());
-    const View rest = isCommented ? TrimmedFront(text.substr(1)) : text;
+    const View<Char> rest = isCommented ? TrimmedFront(text.substr(1)) : text;
     // A comment character and blanks: prose, unless what follows is wholly a header, or has a key of one
     // word.
     const bool isStrict = isCommented && rest.data() != text.data() + 1;
-    const Line<Char> none = {
-        .Kind = isCommented ? LineKind::Comment : LineKind::Other, .Raw = raw, .Text = text};
+    const Line<Char> none = {.Kind = isCommented ? LineKind::Comment : LineKind::Other, .Raw = raw};
     const Char commented = isCommented ? text.front() : Char(' ');
 
     if (!rest.empty() && rest.front() == '[') {
         const std::size_t close = rest.find(']');
-        const View name = close != rest.npos ? Trimmed(rest.substr(1, close - 1)) : View();
+        const View<Char> name = close != rest.npos ? Trimmed(rest.substr(1, close - 1)) : View<Char>();
         if (!name.empty()) {
             if (isCommented && (IsCommentCharacter(name.front()) || (isStrict && close != rest.size() - 1)))
                 return none;
-            return {
-                .Kind = LineKind::Header, .Raw = raw, .Text = text, .Commented = commented, .Section = name};
+            return {.Kind = LineKind::Header, .Commented = commented, .Raw = raw, .Section = name};
         }
     }
     const Char* const split = equals.From(rest.data());
     if (split >= rest.data() + rest.size())
         return none;
-    const View key = TrimmedBack(Between(rest.data(), split));
+    const View<Char> key = TrimmedBack(Between(rest.data(), split));
     if (key.empty() || (isCommented && (IsCommentCharacter(key.front()) ||
                                         (isStrict && std::any_of(key.begin(), key.end(), IsBlank<Char>)))))
         return none;
-    View value = TrimmedFront(Between(split + 1, rest.data() + rest.size()));
+    View<Char> value = TrimmedFront(Between(split + 1, rest.data() + rest.size()));
     if (value.empty()) { // it stands behind the blanks, before the carriage returns that end the line
         while (end[-1] == '\r')
             --end;
         value = Between(end, end);
     }
-    return {
-        .Kind = LineKind::Key, .Raw = raw, .Text = text, .Commented = commented, .Key = key, .Value = value};
+    return {.Kind = LineKind::Key, .Commented = commented, .Raw = raw, .Key = key, .Value = value};
 }
 
 /// Reads one line in the syntax `Parser`.
 /// @param end of the line, where its newline is
 template <class Char>
-[[gnu::always_inline]] inline Line<Char> ReadParser(std::basic_string_view<Char> raw, const Char* end,
-                                                    Finder<Char>& bracket, Finder<Char>& equals)
+[[gnu::always_inline]] inline Line<Char> ReadParser(View<Char> raw, const Char* end, Finder<Char>& bracket,
+                                                    Finder<Char>& equals)
 {
-    using View = std::basic_string_view<Char>;
-    const View text = Trimmed(raw);
+    const View<Char> text = Trimmed(raw);
     if (text.empty())
-        return {.Raw = raw, .Text = text};
+        return {.Raw = raw};
     const bool isHeader = bracket.From(raw.data()) < end; // a "[" anywhere, even in the value of a key
     bool hasKey = equals.From(raw.data()) < end;
     const bool isCommented = IsCommentCharacter(text.front());
-    View rest = isCommented ? TrimmedFront(text.substr(1)) : text;
+    View<Char> rest = isCommented ? TrimmedFront(text.substr(1)) : text;
     LineKind kind = hasKey ? LineKind::Key : isCommented ? LineKind::Comment : LineKind::Other;
-    View section;
+    View<Char> section;
     if (isHeader) {
         rest.remove_prefix(1); // any character; in a well-formed header, the "["
         const std::size_t close = rest.find(']');
-        kind = close != View::npos ? LineKind::Header : LineKind::MalformedHeader;
+        kind = close != View<Char>::npos ? LineKind::Header : LineKind::MalformedHeader;
         rest = section = rest.substr(0, close);
         hasKey = equals.From(rest.data()) < rest.data() + rest.size();
     }
-    Line<Char> line = {.Kind = kind, .Raw = raw, .Text = text, .Section = section, .HasKey = hasKey};
+    Line<Char> line = {.Kind = kind, .HasKey = hasKey, .Raw = raw, .Section = section};
     if (isCommented && kind != LineKind::Comment)
         line.Commented = text.front();
     if (hasKey) {
@@ -199,7 +202,7 @@ template <class Char>
 /// Calls `visit` with each `Line` of a text. A last line without a newline counts in the syntax `Common`
 /// only.
 template <INISyntax Syntax, class Char, class Visitor>
-void ScanLines(std::basic_string_view<Char> whole, Visitor&& visit)
+void ScanLines(View<Char> whole, Visitor&& visit)
 {
     constexpr bool isCommon = Syntax == INISyntax::Common;
     const Char* const textEnd = whole.data() + whole.size();
@@ -223,10 +226,10 @@ void ScanLines(std::basic_string_view<Char> whole, Visitor&& visit)
 /// @return how many characters at the start of a text are a byte order mark: U+FEFF, or the bytes that encode
 ///   it.
 template <class Char>
-std::size_t ByteOrderMarkSize(std::basic_string_view<Char> text)
+std::size_t ByteOrderMarkSize(View<Char> text)
 {
     constexpr Char bytes[] = {Char(0xEF), Char(0xBB), Char(0xBF)};
-    if (text.substr(0, 3) == std::basic_string_view<Char>(bytes, 3))
+    if (text.substr(0, 3) == View<Char>(bytes, 3))
         return 3;
     return sizeof(Char) > 1 && !text.empty() && text.front() == Char(0xFEFF) ? 1 : 0;
 }

@@ -12,34 +12,13 @@ using ini::LineKind;
 using ini::LineNumber;
 
 template <class Char>
-struct BasicINIDocument<Char>::State
-{
-    State(INISyntax syntax, const std::locale& locale)
-        : Locale(locale), Content(std::make_unique<Lines>(syntax, platform::Buffer<Char>(0)))
-    {}
-
-    /// Replaces the content.
-    /// @return false, with nothing changed, for a text with a NUL.
-    bool Read(platform::Buffer<Char> text)
-    {
-        if (Content->IsCommon() && View(text).find(Char()) != View::npos)
-            return false;
-        Content = std::make_unique<Lines>(Content->Syntax(), std::move(text));
-        return true;
-    }
-
-    std::locale Locale;
-    std::unique_ptr<Lines> Content;
-};
-
-template <class Char>
 BasicINIDocument<Char>::BasicINIDocument(INISyntax syntax, const std::locale& locale)
-    : m_state(std::make_unique<State>(syntax, locale))
+    : m_lines(std::make_unique<Lines>(syntax, ini::Encoding<Char>(locale), platform::Buffer<Char>(0)))
 {}
 
 template <class Char>
 BasicINIDocument<Char>::BasicINIDocument(const BasicINIDocument& other)
-    : BasicINIDocument(other.GetLines().Syntax(), other.m_state ? other.m_state->Locale : std::locale())
+    : m_lines(other.m_lines ? other.m_lines->Read(platform::Buffer<Char>(0)) : nullptr)
 {
     Parse(other.Text());
 }
@@ -58,24 +37,18 @@ template <class Char>
 BasicINIDocument<Char>::~BasicINIDocument() = default;
 
 template <class Char>
-auto BasicINIDocument<Char>::GetState() -> State&
-{
-    if (!m_state)
-        *this = BasicINIDocument();
-    return *m_state;
-}
-
-template <class Char>
 auto BasicINIDocument<Char>::EditLines() -> Lines&
 {
-    return *GetState().Content;
+    if (!m_lines)
+        *this = BasicINIDocument();
+    return *m_lines;
 }
 
 template <class Char>
 auto BasicINIDocument<Char>::GetLines() const -> const Lines&
 {
-    static const Lines empty(INISyntax::Common, platform::Buffer<Char>(0));
-    return m_state ? *m_state->Content : empty;
+    static const BasicINIDocument empty;
+    return m_lines ? *m_lines : *empty.m_lines;
 }
 
 template <class Char>
@@ -84,18 +57,14 @@ bool BasicINIDocument<Char>::Load(const std::filesystem::path& path, std::error_
     auto bytes = platform::File::Read(platform::SystemPath(path), error);
     if (!bytes)
         return false;
-    State& state = GetState();
-    auto text = ini::Encoding<Char>(state.Locale).Decode(std::move(*bytes));
-    if (!text || !state.Read(std::move(*text)))
+    const Lines& old = EditLines();
+    auto text = old.GetEncoding().Decode(std::move(*bytes));
+    auto lines = text ? old.Read(std::move(*text)) : nullptr;
+    if (lines)
+        m_lines = std::move(lines);
+    else
         error = std::make_error_code(std::errc::illegal_byte_sequence);
     return !error;
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::Load(const std::filesystem::path& path)
-{
-    std::error_code ignored;
-    return Load(path, ignored);
 }
 
 template <class Char>
@@ -103,7 +72,11 @@ bool BasicINIDocument<Char>::Parse(View text)
 {
     platform::Buffer<Char> copy(text.size());
     copy.Size = text.copy(copy.Data.get(), text.size());
-    return GetState().Read(std::move(copy));
+    auto lines = EditLines().Read(std::move(copy));
+    if (!lines)
+        return false;
+    m_lines = std::move(lines);
+    return true;
 }
 
 template <class Char>
@@ -116,20 +89,13 @@ template <class Char>
 bool BasicINIDocument<Char>::Save(const std::filesystem::path& path, std::error_code& error) const
 {
     std::string bytes;
-    ini::Encoding<Char> encoding(m_state ? m_state->Locale : std::locale());
+    auto encoding = GetLines().GetEncoding();
     if (encoding.Append(bytes, Text(), ini::Unencodable::Fail)) {
         encoding.Finish(bytes);
         return platform::File::Replace(platform::SystemPath(path), bytes, error);
     }
     error = std::make_error_code(std::errc::illegal_byte_sequence);
     return false;
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::Save(const std::filesystem::path& path) const
-{
-    std::error_code ignored;
-    return Save(path, ignored);
 }
 
 // Lookups
@@ -152,12 +118,11 @@ auto BasicINIDocument<Char>::ViewOf(const Lines& lines, std::uint32_t line) -> R
     RecordView view;
     view.m_lines = &lines;
     view.m_line = line;
-    if (line != 0 && lines[line].Kind != LineKind::Other) { // which makes an empty record
-        view.Commented = lines[line].Commented;
+    view.Commented = lines[line].Commented;
+    view.Key = lines[line].Key;
+    view.Value = lines[line].Value;
+    if (lines[line].Kind != LineKind::Other) // which makes an empty record
         view.Section = lines.SectionOf(line);
-        view.Key = lines[line].Key();
-        view.Value = lines[line].Value();
-    }
     return view;
 }
 
@@ -202,7 +167,7 @@ template <class Char>
 auto BasicINIDocument<Char>::FindValue(View key, View section) const -> std::optional<View>
 {
     const LineNumber line = Find(GetLines(), key, section);
-    return line != 0 ? std::optional(GetLines()[line].Value()) : std::nullopt;
+    return line != 0 ? std::optional(GetLines()[line].Value) : std::nullopt;
 }
 
 template <class Char>
@@ -235,8 +200,8 @@ auto BasicINIDocument<Char>::GetSectionNames() const -> std::vector<String>
     std::set<View> seen; // whose time does not depend on the names
     std::vector<String> names;
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line))
-        if (lines[line].IsActiveHeader() && seen.insert(lines[line].Name()).second)
-            names.emplace_back(lines[line].Name());
+        if (lines[line].IsActiveHeader() && seen.insert(lines[line].Section).second)
+            names.emplace_back(lines[line].Section);
     return names;
 }
 

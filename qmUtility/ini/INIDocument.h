@@ -52,7 +52,7 @@ class DocumentLines;
 /// n log n, everything else at most linear time in the number of lines.
 ///
 /// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it
-/// was. A line of 2^32 characters or more, and as many lines, throw std::length_error.
+/// was. 2^32 lines throw std::length_error.
 ///
 /// **Threads.** Several threads may read a document that none edits. Copies are independent.
 template <class Char>
@@ -137,7 +137,12 @@ public:
     /// @return false when the file cannot be opened, read to its end or decoded; the document is as it was.
     /// @throws INIFormatError for a malformed header, in the syntax `Parser` only; the document is as it was.
     bool Load(const std::filesystem::path& path, std::error_code& error);
-    bool Load(const std::filesystem::path& path); ///< @overload
+    /// @overload
+    bool Load(const std::filesystem::path& path)
+    {
+        std::error_code ignored;
+        return Load(path, ignored);
+    }
 
     /// Replaces the text.
     /// @return false for a text with a NUL in the syntax `Common`; the document is as it was.
@@ -160,7 +165,12 @@ public:
     ///   encode; cleared on success.
     /// @return false when the text is not saved; the file is then as it was.
     bool Save(const std::filesystem::path& path, std::error_code& error) const;
-    bool Save(const std::filesystem::path& path) const; ///< @overload
+    /// @overload
+    bool Save(const std::filesystem::path& path) const
+    {
+        std::error_code ignored;
+        return Save(path, ignored);
+    }
 
     /// @}
     /// @name Lookups
@@ -256,15 +266,11 @@ public:
     /// @}
 
 private:
-    struct State;
-
-    QMUTILITY_PRIVATE State& GetState();
     QMUTILITY_PRIVATE Lines& EditLines();
     QMUTILITY_PRIVATE const Lines& GetLines() const;
     QMUTILITY_PRIVATE static RecordView ViewOf(const Lines& lines, std::uint32_t line);
     QMUTILITY_PRIVATE static Record Copy(const RecordView& record);
-    QMUTILITY_PRIVATE bool ChangeRecord(Char commented, View key, View section);
-    QMUTILITY_PRIVATE bool ChangeSection(Char commented, View section);
+    QMUTILITY_PRIVATE bool ChangeCommented(Char commented, View key, View section);
     QMUTILITY_PRIVATE bool SetComments(std::uint32_t line, View comments);
 
     static String CommentsOf(const Lines& lines, std::uint32_t line);
@@ -277,7 +283,7 @@ private:
     static bool Read(View text, double& value);
     static bool Read(View text, String& value);
 
-    std::unique_ptr<State> m_state; ///< null in a document that was moved from
+    std::unique_ptr<Lines> m_lines; ///< null in a document that was moved from
 };
 
 template <class Char>

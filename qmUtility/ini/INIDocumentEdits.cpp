@@ -2,23 +2,21 @@
 #include "qmUtility/ini/DocumentLines.h"
 #include "qmUtility/ini/INIDocument.h"
 
+using ini::DocumentLine;
 using ini::LineKind;
 using ini::LineNumber;
+using ini::View;
 
 namespace {
 
 template <class Char>
 using Lines = ini::DocumentLines<Char>;
-template <class Char>
-using DocLine = ini::DocumentLine<Char>;
-template <class Char>
-using View = std::basic_string_view<Char>;
 
 /// @return whether a line that takes the place of another is still that record.
 template <class Char>
-bool IsSame(const DocLine<Char>& a, const DocLine<Char>& b)
+bool IsSame(const DocumentLine<Char>& a, const DocumentLine<Char>& b)
 {
-    return a.Kind == b.Kind && a.HasKey == b.HasKey && a.Key() == b.Key() && a.Name() == b.Name();
+    return a.Kind == b.Kind && a.HasKey == b.HasKey && a.Key == b.Key && a.Section == b.Section;
 }
 
 /// @return whether a line that is ignored continues the value of a key, active or not. Such a value cannot be
@@ -35,20 +33,20 @@ bool HasIgnoredContinuation(const Lines<Char>& lines, LineNumber key)
 
 /// @return the line with a part of its text replaced.
 template <class Char>
-std::optional<ini::NewLine<Char>> Replaced(Lines<Char>& lines, LineNumber line, View<Char> part,
+std::optional<DocumentLine<Char>> Replaced(Lines<Char>& lines, LineNumber line, View<Char> part,
                                            View<Char> text)
 {
-    const View<Char> raw = lines[line].Raw();
+    const View<Char> raw = lines[line].Raw;
     return lines.Make({ini::Between(raw.data(), part.data()), text,
                        ini::Between(part.data() + part.size(), raw.data() + raw.size())});
 }
 
 /// @param commented the character that comments the line out, or a space to make it active
 template <class Char>
-std::optional<ini::NewLine<Char>> Commented(Lines<Char>& lines, LineNumber line, Char commented)
+std::optional<DocumentLine<Char>> Commented(Lines<Char>& lines, LineNumber line, Char commented)
 {
     const View<Char> indentation = lines[line].Indentation();
-    View<Char> rest = lines[line].Raw().substr(indentation.size());
+    View<Char> rest = lines[line].Raw.substr(indentation.size());
     if (commented == ' ') {
         rest.remove_prefix(1);
         while (ini::IsBlank(rest.front()))
@@ -63,8 +61,8 @@ template <class Char>
 void EndLastLine(Lines<Char>& lines, typename Lines<Char>::Changes& changes)
 {
     const LineNumber last = lines.Last();
-    if (last != 0 && !lines[last].Raw().ends_with('\n'))
-        changes.push_back({last, true, lines.Make({lines[last].Raw(), lines.Newline()})});
+    if (last != 0 && !lines[last].Raw.ends_with('\n'))
+        changes.push_back({last, true, lines.Make({lines[last].Raw, lines.Newline()})});
 }
 
 /// Adds the lines of a new section at the end.
@@ -78,7 +76,7 @@ bool AppendSection(Lines<Char>& lines, View<Char> section, typename Lines<Char>:
     if (lines.Last() != 0 && lines[lines.Last()].Kind != LineKind::Blank)
         changes.push_back({0, false, lines.Make({lines.Newline()})});
     auto header = lines.Make({View<Char>(&open, 1), section, View<Char>(&close, 1), lines.Newline()});
-    const bool isRead = header && header->IsActiveHeader() && !header->HasKey && header->Name() == section;
+    const bool isRead = header && header->IsActiveHeader() && !header->HasKey && header->Section == section;
     changes.push_back({0, false, std::move(header)});
     return isRead;
 }
@@ -95,7 +93,7 @@ struct Place
 /// Finds the place of a new key in a section that is there.
 /// @param above the line that it goes below if it can
 template <class Char>
-Place<Char> PlaceBelow(const Lines<Char>& lines, LineNumber above, View<Char> section)
+Place<Char> PlaceBelow(Lines<Char>& lines, LineNumber above, View<Char> section)
 {
     // The nearest key above, else the first one. Lines that continue a key do not count.
     const auto isModel = [&](LineNumber line) {
@@ -109,10 +107,10 @@ Place<Char> PlaceBelow(const Lines<Char>& lines, LineNumber above, View<Char> se
             for (model = lines.Next(above); model != 0 && !isModel(model);)
                 model = lines.Next(model);
     }
-    const DocLine<Char>& layout = lines[model != 0 ? model : above];
+    const DocumentLine<Char>& layout = lines[model != 0 ? model : above];
     Place<Char> place = {lines.Next(above), layout.Indentation()};
     if (layout.IsKey() && lines.IsCommon()) // else the blanks belong to the names
-        place.Equals = ini::Between(layout.Key().data() + layout.Key().size(), layout.Value().data());
+        place.Equals = ini::Between(layout.Key.data() + layout.Key.size(), layout.Value.data());
     while (lines[place.Below].IsContinuation || lines.Continues(place.Below, place.Indentation))
         place.Below = lines.Next(place.Below);
     return place;
@@ -162,8 +160,8 @@ bool BasicINIDocument<Char>::SetValue(View key, View value, View section)
     if (const LineNumber line = lines.FindKey(key, section, true); line != 0) {
         if (HasIgnoredContinuation(lines, line))
             return false;
-        auto made = Replaced(lines, line, lines[line].Value(), value);
-        return made && IsSame(*made, lines[line]) && made->IsActive() && made->Value() == value &&
+        auto made = Replaced(lines, line, lines[line].Value, value);
+        return made && IsSame(*made, lines[line]) && made->IsActive() && made->Value == value &&
                lines.Commit(line, true, std::move(made));
     }
 
@@ -193,7 +191,7 @@ bool BasicINIDocument<Char>::SetValue(View key, View value, View section)
     constexpr Char equals = '=';
     auto made = lines.Make({place.Indentation, key, place.Equals.empty() ? View(&equals, 1) : place.Equals,
                             value, lines.Newline()});
-    if (!made || !made->IsActiveKey() || made->Key() != key || made->Value() != value)
+    if (!made || !made->IsActiveKey() || made->Key != key || made->Value != value)
         return false;
     changes.push_back({place.Below, false, std::move(made)});
     if (isAtTop)
@@ -236,7 +234,7 @@ bool BasicINIDocument<Char>::DeleteSection(View section)
     typename Lines::Changes changes;
     for (LineNumber line = lines.First(); line != 0;) {
         LineNumber end = lines.Next(line);
-        const bool isHeader = lines[line].IsActiveHeader() && lines[line].Name() == section;
+        const bool isHeader = lines[line].IsActiveHeader() && lines[line].Section == section;
         if (isHeader) {
             while (end != 0 && !lines[end].IsHeader())
                 end = lines.Next(end);
@@ -261,10 +259,10 @@ bool BasicINIDocument<Char>::RenameSection(View from, View to)
         return false;
     typename Lines::Changes changes;
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line)) {
-        if (!lines[line].IsActiveHeader() || lines[line].Name() != from)
+        if (!lines[line].IsActiveHeader() || lines[line].Section != from)
             continue;
-        auto made = Replaced(lines, line, lines[line].Name(), to);
-        if (!made || !made->IsActiveHeader() || made->HasKey || made->Name() != to)
+        auto made = Replaced(lines, line, lines[line].Section, to);
+        if (!made || !made->IsActiveHeader() || made->HasKey || made->Section != to)
             return false;
         changes.push_back({line, true, std::move(made)});
     }
@@ -274,58 +272,47 @@ bool BasicINIDocument<Char>::RenameSection(View from, View to)
 template <class Char>
 bool BasicINIDocument<Char>::CommentRecord(INICommentChar character, View key, View section)
 {
-    return IsValid(character) && ChangeRecord(static_cast<Char>(character), key, section);
+    return IsValid(character) && !key.empty() && ChangeCommented(static_cast<Char>(character), key, section);
 }
 
 template <class Char>
 bool BasicINIDocument<Char>::UnCommentRecord(View key, View section)
 {
-    return ChangeRecord(Char(' '), key, section);
-}
-
-template <class Char>
-bool BasicINIDocument<Char>::ChangeRecord(Char commented, View key, View section)
-{
-    Lines& lines = EditLines();
-    const LineNumber line = key.empty() ? 0 : lines.FindKey(key, section, commented != ' ');
-    // Commented out, the record belongs to the nearest header of either kind.
-    if (line == 0 || HasIgnoredContinuation(lines, line) ||
-        (commented != ' ' && lines[lines[line].Nearest].Name() != section))
-        return false;
-    auto made = Commented(lines, line, commented);
-    return made && IsSame(*made, lines[line]) && made->Commented == commented &&
-           lines.Commit(line, true, std::move(made));
+    return !key.empty() && ChangeCommented(Char(' '), key, section);
 }
 
 template <class Char>
 bool BasicINIDocument<Char>::CommentSection(INICommentChar character, View section)
 {
-    return IsValid(character) && ChangeSection(static_cast<Char>(character), section);
+    return IsValid(character) && ChangeCommented(static_cast<Char>(character), {}, section);
 }
 
 template <class Char>
 bool BasicINIDocument<Char>::UnCommentSection(View section)
 {
-    return ChangeSection(Char(' '), section);
+    return ChangeCommented(Char(' '), {}, section);
 }
 
+/// @param key of the record; empty for the whole section
 template <class Char>
-bool BasicINIDocument<Char>::ChangeSection(Char commented, View section)
+bool BasicINIDocument<Char>::ChangeCommented(Char commented, View key, View section)
 {
     Lines& lines = EditLines();
+    const LineNumber record = key.empty() ? 0 : lines.FindKey(key, section, commented != ' ');
     typename Lines::Changes changes;
     View active; // the section of active keys, afterwards
     for (LineNumber line = lines.First(); line != 0; line = lines.Next(line)) {
-        const DocLine<Char>& old = lines[line];
+        const DocumentLine<Char>& old = lines[line];
         if (!old.IsHeader() && !old.IsKey())
             continue;
-        const bool isMeant = old.IsActive() == (commented != ' ') && lines.SectionOf(line) == section;
+        const bool isMeant = key.empty()
+                                 ? old.IsActive() == (commented != ' ') && lines.SectionOf(line) == section
+                                 : line == record;
         const bool isActive = isMeant ? commented == ' ' : old.IsActive();
         if (old.IsHeader() && (isActive || !lines.IsCommon()))
-            active = old.Name();
-        if ((isActive ? active : lines[old.Nearest].Name()) !=
-            lines.SectionOf(line)) // it would change its section
-            return false;
+            active = old.Section;
+        if ((isActive ? active : lines[old.Nearest].Section) != (isMeant ? section : lines.SectionOf(line)))
+            return false; // it would change its section
         if (!isMeant)
             continue;
         auto made = Commented(lines, line, commented);
@@ -414,7 +401,7 @@ bool BasicINIDocument<Char>::Sort(bool descending)
     std::vector<Piece<Char>> sections;
     std::size_t headers = 0;
     for (std::size_t i = 0; i != end; ++i) {
-        const DocLine<Char>& line = lines[order[i]];
+        const DocumentLine<Char>& line = lines[order[i]];
         if (line.IsHeader()) {
             ++headers;
             if (!line.IsActive() && lines.IsCommon())
@@ -422,12 +409,12 @@ bool BasicINIDocument<Char>::Sort(bool descending)
             const std::size_t begin = firstComment(i);
             if (!sections.empty())
                 sections.back().End = begin;
-            sections.push_back({0, line.Name(), begin, end});
-        } else if (line.IsKey() && !line.Key().empty() && !line.IsContinuation && !isInComment(i)) {
+            sections.push_back({0, line.Section, begin, end});
+        } else if (line.IsKey() && !line.Key.empty() && !line.IsContinuation && !isInComment(i)) {
             std::size_t begin = firstComment(i);
             while (begin != 0 && isInComment(begin - 1))
                 begin = firstComment(begin - 1);
-            keys.push_back({headers, line.Key(), begin, i + 1});
+            keys.push_back({headers, line.Key, begin, i + 1});
         } else if (line.IsContinuation)
             keys.back().End = i + 1;
     }

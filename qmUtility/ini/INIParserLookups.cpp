@@ -14,13 +14,12 @@
 // Only the answer is copied. In the wide form, where each byte is the `wchar_t` of the same value, bytes are
 // scanned and only the answer is converted.
 
+using ini::View;
+
 namespace {
 
 template <class Char>
 using String = std::basic_string<Char>;
-
-template <class Char>
-using View = std::basic_string_view<Char>;
 
 /// @return the `wchar_t` of a byte; any other character unchanged.
 template <class Char, class From>

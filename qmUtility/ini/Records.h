@@ -18,17 +18,17 @@ namespace ini {
 template <class Char>
 struct RecordView
 {
-    std::basic_string_view<Char> Comments = {};
+    View<Char> Comments = {};
     Char Commented = Char(' ');
-    std::basic_string_view<Char> Section = {};
-    std::basic_string_view<Char> Key = {};
-    std::basic_string_view<Char> Value = {};
+    View<Char> Section = {};
+    View<Char> Key = {};
+    View<Char> Value = {};
 };
 
 /// Throws the error of a malformed header.
 /// @param line begins there in the text
 template <class Char>
-[[noreturn]] void ThrowMalformed(std::basic_string_view<Char> text, const Char* line)
+[[noreturn]] void ThrowMalformed(View<Char> text, const Char* line)
 {
     throw INIFormatError(static_cast<std::size_t>(std::count(text.data(), line, Char('\n'))) + 1);
 }
@@ -37,16 +37,15 @@ template <class Char>
 /// holds the comment lines; see `TidyComments`.
 /// @throws INIFormatError for a malformed header
 template <class Char, class Visitor>
-void Scan(std::basic_string_view<Char> text, Visitor&& visit)
+void Scan(View<Char> text, Visitor&& visit)
 {
-    using View = std::basic_string_view<Char>;
-    View section;
-    View comments; // from the first pending comment to the newline of the last
+    View<Char> section;
+    View<Char> comments; // from the first pending comment to the newline of the last
     ScanLines<INISyntax::Parser>(text, [&](const Line<Char>& line) {
         if (line.Kind == LineKind::Blank)
             return; // comments stay pending
         if (line.Kind == LineKind::Comment) {
-            const Char* const begin = comments.empty() ? line.Text.data() : comments.data();
+            const Char* const begin = comments.empty() ? line.Text().data() : comments.data();
             comments = {begin, static_cast<std::size_t>(line.Raw.data() + line.Raw.size() - begin)};
             return;
         }
@@ -60,7 +59,7 @@ void Scan(std::basic_string_view<Char> text, Visitor&& visit)
                 comments = {}; // the comments above a header with "=" in its name are lost
         }
         visit(RecordView<Char>{std::exchange(comments, {}), line.Commented,
-                               line.Kind == LineKind::Other ? View() : section, line.Key, line.Value});
+                               line.Kind == LineKind::Other ? View<Char>() : section, line.Key, line.Value});
     });
 }
 
@@ -69,14 +68,14 @@ void Scan(std::basic_string_view<Char> text, Visitor&& visit)
 /// record. It never gets longer.
 /// @param text that holds the range
 template <class Char>
-std::basic_string_view<Char> TidyComments(Char* text, std::basic_string_view<Char> range)
+View<Char> TidyComments(Char* text, View<Char> range)
 {
     Char* const begin = range.empty() ? text : text + (range.data() - text);
     Char* end = begin;
     ScanLines<INISyntax::Parser>(range, [&](const Line<Char>& line) {
         if (line.Kind != LineKind::Comment)
             return;
-        end = std::char_traits<Char>::move(end, line.Text.data(), line.Text.size()) + line.Text.size();
+        end = std::char_traits<Char>::move(end, line.Text().data(), line.Text().size()) + line.Text().size();
         *end++ = Char('\n');
     });
     return {begin, static_cast<std::size_t>(end - begin)};

@@ -16,19 +16,19 @@ namespace {
 /// @return what is unusual about a line in itself; empty when there is nothing
 std::string Remark(const NumberedLine& line)
 {
-    const std::size_t close = line.Text.find(']');
+    const std::size_t close = line.Text().find(']');
     if (line.Continues == NumberedLine::AfterBackslash)
         return "continuation line: the line above ends in a backslash";
     if (line.Continues == NumberedLine::Indented)
         return "continuation line: it is indented deeper than the key above";
-    if (line.Text.find('\r') != std::string_view::npos)
+    if (line.Text().find('\r') != std::string_view::npos)
         return "carriage return inside the line: many programs end it there";
-    if (line.Text.starts_with('[') && close == std::string_view::npos)
+    if (line.Text().starts_with('[') && close == std::string_view::npos)
         return "header without \"]\"";
     if (line.Kind == LineKind::Other)
         return "neither a header nor a key nor a comment";
-    if (line.Kind == LineKind::Header && close + 1 != line.Text.size())
-        return "text after \"]\": " + Quoted(ini::Trimmed(line.Text.substr(close + 1)));
+    if (line.Kind == LineKind::Header && close + 1 != line.Text().size())
+        return "text after \"]\": " + Quoted(ini::Trimmed(line.Text().substr(close + 1)));
     return {};
 }
 

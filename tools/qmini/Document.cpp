@@ -59,7 +59,7 @@ void EachLine(std::string_view text, INISyntax syntax, const std::function<void(
         line.Within = isActive ? activeSection : anySection;
         const bool isKey = line.Kind == LineKind::Key && isActive;
         const bool canContinue = isCommon && (isKey || line.Kind == LineKind::Other);
-        const auto own = static_cast<std::size_t>(line.Text.data() - line.Raw.data());
+        const auto own = static_cast<std::size_t>(line.Text().data() - line.Raw.data());
         line.Continues = canContinue && own > indentation  ? NumberedLine::Indented
                          : canContinue && isAfterBackslash ? NumberedLine::AfterBackslash
                                                            : NumberedLine::None;
@@ -67,7 +67,7 @@ void EachLine(std::string_view text, INISyntax syntax, const std::function<void(
             (canContinue || (line.Kind == LineKind::Header && isActive)))
             indentation = isKey ? own : std::string_view::npos; // comments and empty lines do not end a value
         // The last of an odd number of backslashes is escaped by none.
-        const std::size_t backslashes = line.Text.size() - (line.Text.find_last_not_of('\\') + 1);
+        const std::size_t backslashes = line.Text().size() - (line.Text().find_last_not_of('\\') + 1);
         isAfterBackslash = (isKey || line.Continues != NumberedLine::None) && backslashes % 2 != 0;
         visit(line);
     };

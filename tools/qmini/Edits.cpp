@@ -79,7 +79,7 @@ void RefuseUnlessPlain(const Call& call, std::string_view text, bool mayRepeat, 
             (isRefused || !isDirect || !isIndented || line.Kind != ini::LineKind::Other))
             refuse("continues the value of key ", !isIndented);
         isValue =
-            isValue && (isContinuation || line.Text.empty() || ini::IsCommentCharacter(line.Text.front()));
+            isValue && (isContinuation || line.Text().empty() || ini::IsCommentCharacter(line.Text().front()));
         if (!IsMatch(line, call))
             return;
         if (isFound && !mayRepeat)
