@@ -37,7 +37,8 @@ constexpr const char* Help =
 
 Draws bouncing balls with escape sequences until Ctrl-C, or until the output is
 closed. Needs a terminal of at least 80 x 16 characters. FILE (frameloop.ini)
-contains the settings, which can be edited meanwhile, and receives the statistics.
+contains the settings, which can be edited while it runs, and receives the
+statistics.
 
   --seconds S  end after S seconds
   --help       print this text
