@@ -4,16 +4,12 @@
 /// @file
 /// Test fixture of the statements in the documents.
 
-#include "qmUtility/filecheck/QMFileCheckAPI.h"
-#include "qmUtility/ini/INIParser.h"
-#include "qmUtility/timing/QMDebugTraceStartEndMarker.h"
-#include "qmUtility/timing/QMFPSCounter.h"
-#include "qmUtility/timing/QMTimer.h"
 #include "tests/support/Capture.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <iostream>
 #include <optional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -39,27 +35,14 @@ protected:
         m_error.reset();
     }
 
-    static void Expect(int line, const std::string& actual, const std::string& expected)
-    {
-        EXPECT_EQ(actual, expected) << "line " << line;
-    }
-
-    /// Joins texts, with the digit 0 for each integer and each decimal, since numbers depend on the machine.
-    /// A minus sign is dropped: a duration that is less than the measured cost of a counter read is negative.
+    /// Joins texts, with 0 for each digit, since numbers depend on the machine. A minus sign is dropped: a
+    /// duration that is less than the measured cost of a counter read is negative.
     static std::string Figures(const std::vector<std::string>& texts)
     {
-        std::string figures;
-        bool isDecimal = false;
+        std::string joined;
         for (const std::string& text : texts)
-            for (const char c : text) {
-                const bool isDigit = c >= '0' && c <= '9';
-                if (isDigit && figures.ends_with('-'))
-                    figures.pop_back();
-                if (!isDigit || isDecimal || !figures.ends_with('0'))
-                    figures += isDigit ? '0' : c;
-                isDecimal = c == '.' || (isDecimal && isDigit);
-            }
-        return figures;
+            joined += text;
+        return std::regex_replace(joined, std::regex("-?[0-9]"), "0");
     }
 
     std::string m_console;

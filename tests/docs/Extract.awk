@@ -2,9 +2,8 @@
 # Extracts the fenced blocks of a document. The words after the language say what a block is for:
 #
 #   ```cpp                 statements, run as part of a test
-#   ```ini before          settings.ini becomes this; "ini before, cut" leaves the last newline out
+#   ```ini before          settings.ini becomes this
 #   ```ini after           settings.ini is expected to be this
-#   ```ini rewritten       ... once INIParser has rewritten it
 #   ```text console        what the statements above write to the console log; numbers may differ
 #   ```text debugger       ... and to the debugger
 #   ```LANGUAGE FILE       a file of a project that the document describes
@@ -15,6 +14,9 @@
 # the project's files instead. A block of another kind is an error.
 
 function raw(text) { return "R\"~~(" text ")~~\"" }
+
+# Adds code to the test, with the place of the block in the document.
+function add(code) { body = body "#line " first " \"" FILENAME "\"\n" code }
 
 function flush_test() {
     if (has_statements)
@@ -36,7 +38,6 @@ FNR == 1 {
 !in_block && /^```./ {
     in_block = 1
     role = substr($0, 4)
-    file = (role ~ /^[a-z]+ [^ ]*\.[^ ]*$/) ? substr(role, index(role, " ") + 1) : ""
     text = ""
     first = FNR + 1
     next
@@ -44,37 +45,33 @@ FNR == 1 {
 
 in_block && /^```$/ {
     in_block = 0
-    if (file != "" && project != "") {
-        path = project "/" file
-        folder = path
-        sub(/\/[^\/]*$/, "", folder)
-        system("mkdir -p '" folder "'")
-        printf "%s", text > path
-        close(path)
+    if (role ~ /^[a-z]+ [^ ]*\.[^ ]*$/) {
+        if (project != "") {
+            path = project "/" substr(role, index(role, " ") + 1)
+            system("mkdir -p \"$(dirname '" path "')\"")
+            printf "%s", text > path
+            close(path)
+        }
     } else if (role == "cpp") {
-        body = body "    Run();\n#line " first " \"" FILENAME "\"\n" text "Ran();\n"
+        body = body "Run();\n"
+        add(text "Ran();\n")
         has_statements = 1
     } else if (role == "ini before")
-        body = body "    Write(" raw(text) ", \"settings.ini\");\n"
-    else if (role == "ini before, cut")
-        body = body "    Write(" raw(substr(text, 1, length(text) - 1)) ", \"settings.ini\");\n"
-    else if (role == "ini after" || role == "ini rewritten")
-        body = body (role == "ini after" ? "" : "    INIParser::DeleteSection(\"none of this name\", \"settings.ini\");\n") \
-            "    Expect(" first ", Read(\"settings.ini\"), " raw(text) ");\n"
-    else if (role == "text console")
-        body = body "    Expect(" first ", m_console, Figures({" raw(text) "}));\n"
-    else if (role == "text debugger")
-        body = body "    Expect(" first ", m_debugger, Figures({" raw(text) "}));\n"
-    else if (file == "")
+        add("Write(" raw(text) ", \"settings.ini\");\n")
+    else if (role == "ini after")
+        add("EXPECT_EQ(Read(\"settings.ini\"), " raw(text) ");\n")
+    else if (role == "text console" || role == "text debugger")
+        add("EXPECT_EQ(m_" substr(role, 6) ", Figures({" raw(text) "}));\n")
+    else
         includes = includes "#error " FILENAME ":" first - 1 ": unknown kind of block: " role "\n"
     next
 }
 
 in_block && role == "cpp" && match($0, /;  *\/\/ (==|throws) /) {
-    value = substr($0, RSTART + RLENGTH)
-    $0 = (substr($0, RSTART + RLENGTH - 3, 2) == "==" ? "EXPECT_EQ(" : "EXPECT_THROW(") substr($0, 1, RSTART - 1) ", " value ");"
+    check = substr($0, RSTART + RLENGTH - 3, 2) == "==" ? "EXPECT_EQ(" : "EXPECT_THROW("
+    $0 = check substr($0, 1, RSTART - 1) ", " substr($0, RSTART + RLENGTH) ");"
 }
-in_block && role == "cpp" && /^#include/ { includes = includes $0 "\n"; next }
+in_block && role == "cpp" && /^#include/ { includes = includes $0 "\n"; $0 = "" }
 in_block { text = text $0 "\n" }
 
 END {
