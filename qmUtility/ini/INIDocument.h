@@ -2,7 +2,7 @@
 #pragma once
 
 /// @file
-/// An INI file in memory: read once, looked up and edited many times, saved safely.
+/// `INIDocument`.
 
 #include "qmUtility/Export.h"
 #include "qmUtility/ini/INIRecord.h"
@@ -33,28 +33,27 @@ class DocumentLines;
 ///     settings.Load("app.ini");                               // false if it cannot be read
 ///     int width = settings.Get<int>("Width", "Window").value_or(800);
 ///     settings.SetValue("Width", "1024", "Window");           // changes the characters of the value
-///     settings.Save("app.ini");                               // false: the file is as it was
+///     settings.Save("app.ini");                               // false: the file is unchanged
 ///
-/// **Text.** An edit changes the characters that it is about; all other text stays as it is. The records are
-/// always those that a new document would read from `Text()`. docs/ini-format.md describes both syntaxes and
-/// every edit.
+/// **Text.** An edit changes only the characters it concerns. The records are always those that a new
+/// document would read from `Text()`. docs/ini-format.md specifies both syntaxes and every edit.
 ///
-/// **Names** match when they have the same code units. Of several matches the first in the file counts.
-/// Lookups see active records only, iteration all of them. An empty key names the section's header in a
-/// lookup; an empty section name is that of the keys above the first header.
+/// **Names** are compared by code unit. Of several matches the first in the file counts. Lookups see active
+/// records only, iteration all of them. An empty key names the section's header in a lookup; an empty section
+/// name is that of the keys above the first header.
 ///
 /// **Edits** return false and change nothing when there is no such record or section, when the result would
 /// not be read back as given, and when another record would be read differently. Arguments may be views into
 /// the document.
 ///
 /// **Complexity.** `Load`, `Parse`, `Text` and `Save` are linear in the text. `SetValue`, `AddSection` and
-/// lookups of one record take constant time on average when there are many; `Sort` and `GetSectionNames` take
-/// n log n, everything else at most linear time in the number of lines.
+/// lookups of one record take amortized constant time; `Sort` and `GetSectionNames` take n log n, everything
+/// else at most linear time in the number of lines.
 ///
-/// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document as it
-/// was. 2^32 lines throw std::length_error.
+/// **Failure.** An operation that throws (std::bad_alloc, unless stated otherwise) leaves the document
+/// unchanged. 2^32 lines throw std::length_error.
 ///
-/// **Threads.** Several threads may read a document that none edits. Copies are independent.
+/// **Threads.** Concurrent reads are safe; an edit needs exclusive access. Copies are independent.
 template <class Char>
 class QMUTILITY_API BasicINIDocument
 {
@@ -62,7 +61,7 @@ class QMUTILITY_API BasicINIDocument
 
 public:
     using String = std::basic_string<Char>;    ///< a text of this width
-    using View = std::basic_string_view<Char>; ///< an argument of this width, not kept
+    using View = std::basic_string_view<Char>; ///< an argument of this width, not retained
     using Record = BasicINIRecord<Char>;       ///< a copy of a record
 
     class Iterator;
@@ -89,9 +88,9 @@ public:
     class Iterator
     {
     public:
-        using iterator_category = std::input_iterator_tag;  ///< for algorithms of C++17: it holds its record
-        using iterator_concept = std::forward_iterator_tag; ///< for those of C++20
-        using value_type = RecordView;                      ///< what it holds
+        using iterator_category = std::input_iterator_tag;  ///< C++17 category: `operator*` returns by value
+        using iterator_concept = std::forward_iterator_tag; ///< C++20 category
+        using value_type = RecordView;                      ///< element type
         using difference_type = std::ptrdiff_t;             ///< of two iterators
         using pointer = const RecordView*;                  ///< of `operator->`
         using reference = RecordView;                       ///< of `operator*`
@@ -129,13 +128,13 @@ public:
     /// @name Files and text
     /// @{
 
-    /// Replaces the text by that of a file.
+    /// Replaces the text with a file's contents.
     /// @param path of the file.
     /// @param error the reason of a failure: `no_such_file_or_directory`, `is_a_directory`,
     ///   `permission_denied`, `illegal_byte_sequence` for what the locale cannot decode and, in the syntax
-    ///   `Common`, for a file with a NUL (UTF-16 has them), or any other of the system; cleared on success.
-    /// @return false when the file cannot be opened, read to its end or decoded; the document is as it was.
-    /// @throws INIFormatError for a malformed header, in the syntax `Parser` only; the document is as it was.
+    ///   `Common`, for a file with a NUL (UTF-16 has them), or another system error; cleared on success.
+    /// @return false when the file cannot be opened, read to its end or decoded; the document is unchanged.
+    /// @throws INIFormatError for a malformed header, in the syntax `Parser` only; the document is unchanged.
     bool Load(const std::filesystem::path& path, std::error_code& error);
     /// @overload
     bool Load(const std::filesystem::path& path)
@@ -145,25 +144,19 @@ public:
     }
 
     /// Replaces the text.
-    /// @return false for a text with a NUL in the syntax `Common`; the document is as it was.
+    /// @return false for a text with a NUL in the syntax `Common`; the document is unchanged.
     /// @throws INIFormatError as `Load` does.
     bool Parse(View text);
 
     /// @return the text, as `Save` encodes it.
     String Text() const;
 
-    /// Replaces a file by the text, or creates it. At every moment, whatever fails and whoever is killed, the
-    /// path names the old content whole or the new content whole: a temporary file beside the old one, with
-    /// its mode and owner, takes its place. Symbolic links are followed.
-    ///
-    /// A file that a new one could not replace without a loss is written in place: one with other hard links,
-    /// with an owner or access list that cannot be given to another file, or in a folder that cannot be
-    /// written to. Its old content is put back when that fails, but a process that is killed meanwhile can
-    /// leave a mixture. A pipe or a device is written to directly.
+    /// Replaces or creates a file. The path always names the complete old or the complete new content, even
+    /// if a call fails or the process is killed; docs/ini-format.md lists the exceptions.
     /// @param path of the file.
     /// @param error the reason of a failure, `illegal_byte_sequence` for a character that the locale cannot
     ///   encode; cleared on success.
-    /// @return false when the text is not saved; the file is then as it was.
+    /// @return false when the text is not saved; the file is then unchanged.
     bool Save(const std::filesystem::path& path, std::error_code& error) const;
     /// @overload
     bool Save(const std::filesystem::path& path) const
@@ -180,10 +173,10 @@ public:
     String GetValue(View key, View section, View fallback = {}) const;
 
     /// Reads a value as a number, a truth value or a text.
-    /// @tparam T `bool` (true/false, yes/no, on/off, 1/0, in any case), an integer (decimal digits, after a
-    ///   "-" if it is signed), `float` or `double` (decimal, with a point and an exponent if need be), or
-    ///   `String`.
-    /// @return nothing when the record is missing, or its value is out of range or not wholly such a value.
+    /// @tparam T `bool` (true/false, yes/no, on/off, 1/0, case-insensitive), an integer (decimal digits, with
+    ///   an optional "-" for signed types), `float` or `double` (decimal, with an optional fraction and
+    ///   exponent), or `String`.
+    /// @return nothing when the record is missing, or its value is out of range or not entirely such a value.
     template <class T>
     std::optional<T> Get(View key, View section) const;
 
@@ -205,27 +198,26 @@ public:
 
     /// @}
     /// @name Edits
-    /// See above for what they have in common.
+    /// The class comment says what all edits share.
     /// @{
 
     /// Sets the value of the first active record of this key and section. A missing key becomes a new line
-    /// below a commented-out record of the same name, else below the last key of its section, laid out as
-    /// that one; a missing section is added first.
-    /// @return false also for an empty key, and for a value that ignored lines continue.
+    /// below a commented-out record of the same name, else below the last key of its section, with the same
+    /// layout; a missing section is added first.
+    /// @return false also for an empty key, and for a value with ignored continuation lines.
     bool SetValue(View key, View value, View section);
 
     /// Adds a header at the end, after an empty line.
     /// @return false also when the section exists, and for an empty name.
     bool AddSection(View section);
 
-    /// Removes the first active record of this key and section with its comments and the lines that continue
-    /// it.
+    /// Removes the first active record of this key and section with its comments and continuation lines.
     /// @return false also when one of those is a record.
     bool DeleteRecord(View key, View section);
 
-    /// Removes the active headers of the section and everything that stands below them, up to the comments of
-    /// the next header, and the section's active keys below a commented-out header, with their comments; for
-    /// the empty name, the keys that have no active header above.
+    /// Removes the section's active headers and everything below them, up to the comments of the next header,
+    /// and its active keys below a commented-out header, with their comments; for the empty name, the keys
+    /// above the first active header.
     bool DeleteSection(View section);
 
     /// Changes the name in the section's active headers.
@@ -233,22 +225,22 @@ public:
     bool RenameSection(View from, View to);
 
     /// Comments out the first active record of this key and section.
-    /// @return false also for a value that ignored lines continue.
+    /// @return false also for a value with ignored continuation lines.
     bool CommentRecord(INICommentChar character, View key, View section);
 
     /// Comments out the section's active headers and records; see `CommentRecord`.
     bool CommentSection(INICommentChar character, View section);
 
-    /// Makes the first commented-out record of this key, which would then be in this section, active.
-    /// @return false also for a value that ignored lines would continue.
+    /// Uncomments the first commented-out record of this key that would then belong to this section.
+    /// @return false also for a value that would have ignored continuation lines.
     bool UnCommentRecord(View key, View section);
 
-    /// Makes the section's commented-out headers and records active; see `UnCommentRecord`.
+    /// Uncomments the section's commented-out headers and records; see `UnCommentRecord`.
     bool UnCommentSection(View section);
 
     /// Replaces the comments above the first active record of this key and section.
-    /// @param comments the lines, each with its "#" or ";" and without outer blanks; the last newline may be
-    ///   missing. Empty removes the comments.
+    /// @param comments the lines, each with its "#" or ";" and without surrounding blanks; the last newline
+    ///   is optional. Empty removes the comments.
     /// @param key of the record.
     /// @param section its name.
     bool SetRecordComments(View comments, View key, View section);
@@ -283,7 +275,7 @@ private:
     static bool Read(View text, double& value);
     static bool Read(View text, String& value);
 
-    std::unique_ptr<Lines> m_lines; ///< null in a document that was moved from
+    std::unique_ptr<Lines> m_lines; ///< null after a move
 };
 
 template <class Char>

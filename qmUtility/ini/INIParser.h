@@ -2,7 +2,7 @@
 #pragma once
 
 /// @file
-/// Reading and editing INI files named by their path.
+/// `INIParser`.
 
 #include "qmUtility/Export.h"
 #include "qmUtility/ini/INIRecord.h"
@@ -17,18 +17,20 @@
 ///     auto width = INIParser::GetValue("Width", "Window", "app.ini"); // "800"; empty if there is none
 ///     INIParser::CommentRecord(INIParser::CommentChar::Hash, "Width", "Window", "app.ini");
 ///
-/// Each call reads the whole file once; an edit rewrites it in place. docs/ini-format.md describes how a file
-/// is read, what a rewrite changes, and how characters are converted.
+/// Each call reads the whole file once; an edit rewrites it in place, and none creates a file.
+/// docs/ini-format.md specifies how a file is read, what a rewrite changes, and how characters are converted.
 ///
-/// **Names** match when they have the same code units. Commented-out records are found like active ones. Of
-/// several matches the first in the file counts. An empty key names the section's header.
+/// **Names** are compared by code unit. Commented-out records are found like active ones. Of several matches
+/// the first in the file counts. An empty key names the section's header.
 ///
 /// **Paths** are used as given. A wide path is UTF-8 where the system's paths are bytes. A path with a NUL,
 /// and a wide one that is not valid Unicode, name no file.
 ///
-/// **Failure.** A file that cannot be opened, read to its end or decoded gives an empty result, false from an
-/// edit, which then writes nothing, and true from `RecordExists` and `SectionExists`. Errors after the file
-/// is open for writing, such as a full disk, are not reported.
+/// **Failure.** For a file that cannot be opened, read to its end or decoded, lookups return an empty result,
+/// existence tests true, and edits false; they then write nothing. Edits also return false when the file
+/// cannot be opened for writing. Later errors, such as a full disk, are not reported. Edits of one record,
+/// except `SetValue`, return false and write nothing when there is none; those of a whole section return true
+/// even then.
 /// @throws INIFormatError from every operation that reads, for a header line without a "]" after its first
 ///   character; the file is unchanged.
 /// @throws std::bad_alloc when memory runs out; the file is unchanged.
@@ -40,7 +42,7 @@ class QMUTILITY_API INIParser
 public:
     using Record = BasicINIRecord<char>;     ///< of the narrow form
     using WRecord = BasicINIRecord<wchar_t>; ///< of the wide form
-    using CommentChar = INICommentChar;      ///< what `CommentRecord` takes
+    using CommentChar = INICommentChar;      ///< argument of `CommentRecord`
 
     INIParser();                            ///< Instances are stateless.
     INIParser(const INIParser&);            ///< Instances are stateless.
@@ -51,7 +53,6 @@ public:
     /// @{
 
     /// Creates an empty file. An existing file is truncated.
-    /// @return false when the file cannot be opened for writing.
     static bool Create(std::string path);
 
     /// @return the file as a rewrite would write it, without the space before active lines; newlines are
@@ -63,8 +64,7 @@ public:
     /// are dropped. The order of equal names is unspecified.
     /// @param path of the file.
     /// @param descending true for descending order, of sections and keys alike.
-    /// @return false, and nothing is written, when the file has no section record or cannot be read; false
-    ///   when it cannot be opened for writing.
+    /// @return false also, and nothing is written, when the file has no section record.
     static bool Sort(std::string path, bool descending);
 
     /// @}
@@ -81,29 +81,25 @@ public:
     /// @overload
     static std::wstring GetValue(std::wstring key, std::wstring section, std::wstring path);
 
-    /// @return all key records of the section, in file order, those under further headers of that name
-    /// included.
+    /// @return all key records of the section, in file order, including those under further headers of that
+    ///   name.
     static std::vector<Record> GetSection(std::string section, std::string path);
 
-    /// @return the `Section` of every section record, in file order; a name with two headers occurs
-    /// twice.
+    /// @return the `Section` of every section record, in file order; a name with two headers occurs twice.
     static std::vector<std::string> GetSectionNames(std::string path);
 
-    /// @return whether there is a record of this key and section; true also for a file that cannot be read.
+    /// @return whether there is a record of this key and section.
     static bool RecordExists(std::string key, std::string section, std::string path);
     /// @overload
     static bool RecordExists(std::wstring key, std::wstring section, std::wstring path);
 
-    /// @return whether any record, header or key, carries this section name; true also for a file that cannot
-    ///   be read.
+    /// @return whether any record, header or key, has this section name.
     static bool SectionExists(std::string section, std::string path);
     /// @overload
     static bool SectionExists(std::wstring section, std::wstring path);
 
     /// @}
     /// @name Edits
-    /// All return false, and write nothing, when the file cannot be read, and false when it cannot be opened
-    /// for writing. None creates a file.
     /// @{
 
     /// Sets the value of the first record of this key and section, which stays commented out if it was. A
@@ -116,34 +112,27 @@ public:
     static bool AddSection(std::string section, std::string path);
 
     /// Removes the first record of this key and section with the comments above it.
-    /// @return false also when there is no such record; the file is then not rewritten.
     static bool DeleteRecord(std::string key, std::string section, std::string path);
 
-    /// Removes every record of the section with the comments above them. Returns true even if the section has
-    /// no records.
+    /// Removes every record of the section with the comments above them.
     static bool DeleteSection(std::string section, std::string path);
 
-    /// Gives every record of section `oldName` the section name `newName`, which may already exist. Returns
-    /// true even if the section has no records.
+    /// Gives every record of section `oldName` the section name `newName`, which may already exist.
     static bool RenameSection(std::string oldName, std::string newName, std::string path);
 
     /// Comments out the first record of this key and section, or changes the character that comments it out.
-    /// @return false also when there is no such record; the file is then not rewritten.
     static bool CommentRecord(CommentChar character, std::string key, std::string section, std::string path);
 
-    /// Comments out every record of the section, its headers included. Returns true even if the section has
-    /// no records.
-    /// @param character stored as given: one that is neither "#" nor ";" comes back as part of the line.
+    /// Comments out every record of the section, including its headers.
+    /// @param character stored as given: any other than "#" and ";" is read back as part of the line.
     /// @param section its name.
     /// @param path of the file.
     static bool CommentSection(char character, std::string section, std::string path);
 
     /// Makes the first record of this key and section active.
-    /// @return false also when there is no such record; the file is then not rewritten.
     static bool UnCommentRecord(std::string key, std::string section, std::string path);
 
-    /// Makes every record of the section active, its headers included. Returns true even if the section has
-    /// no records.
+    /// Makes every record of the section active, including its headers.
     static bool UnCommentSection(std::string section, std::string path);
 
     /// Replaces the comments above the first record of this key and section.
@@ -153,7 +142,6 @@ public:
     /// @param key of the record; empty for the section's header.
     /// @param section its name.
     /// @param path of the file.
-    /// @return false also when there is no such record; the file is then not rewritten.
     static bool SetRecordComments(std::string comments, std::string key, std::string section,
                                   std::string path);
 

@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// What `INIParser` and `INIDocument` share: records, comment characters, syntaxes, and the error of
-/// a malformed file.
+/// Types shared by `INIParser` and `INIDocument`: records, comment characters, syntaxes, and the error for a
+/// malformed file.
 
 #include "qmUtility/Export.h"
 
@@ -35,7 +35,7 @@ struct BasicINIRecord
     std::basic_string<Char> Value;
 };
 
-/// How a text is read. docs/ini-format.md has both syntaxes.
+/// Syntax of an INI text; docs/ini-format.md specifies both.
 enum class INISyntax
 {
     Common, ///< as most programs do
