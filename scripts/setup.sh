@@ -14,7 +14,7 @@ for group in "$@"; do
     asan-ubsan | tsan) ;;
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
     bench)
-        packages+=(libbenchmark-dev libfmt-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev gnuplot-nox jq)
+        packages+=(libbenchmark-dev libfmt-dev libsimpleini-dev libglib2.0-dev libinih-dev gnuplot-nox jq)
         packages+=(crudini hyperfine)
         ;;
     docs) packages+=(doxygen) ;;
