@@ -59,8 +59,9 @@ def time:
 def table(heads; cells): [heads], [heads | "---"], (.[] | [cells]) | "| " + join(" | ") + " |";
 
 cases | if $output == "chart" then
-    (["load", 1024], ["read all", 389], ["read 100", 4], ["write 100", 4], ["get", 1024], ["set", 1024])
-    as $job | ((.[] | select(.job[1:] == $job) | [.library, .ns, (.ns | time), .kind]) // ["", 1, "", ""]), [], []
+    (["load", 1024], ["read all", 389], ["read 100", 4],
+     ["write 100", 4], ["get", 1024], ["set", 1024]) as $job
+    | ((.[] | select(.job[1:] == $job) | [.library, .ns, (.ns | time), .kind]) // ["", 1, "", ""]), [], []
     | @tsv
 else
     (group_by(.job) | table("job", "KiB", "qmUtility", "other libraries", "baseline";
