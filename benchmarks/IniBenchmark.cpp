@@ -246,9 +246,10 @@ const std::map<std::string, std::vector<Shape>> Shapes = {
 template <class Function, class... Arguments>
 void Register(const std::string& job, const std::string& library, Function function, Arguments... arguments)
 {
+    const std::string name = job + '/' + library;
     for (const Shape& shape : Shapes.at(job)) {
-        const std::string name = job + '/' + library + '/' + std::to_string(shape.KiB);
         auto* const benchmark = benchmark::RegisterBenchmark(name.c_str(), function, shape, arguments...);
+        benchmark->Arg(shape.KiB);
         if (shape.IsOnDisk) // where waiting counts, and varies
             benchmark->UseRealTime()->Repetitions(25);
     }

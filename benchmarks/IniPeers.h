@@ -47,7 +47,7 @@ struct Parser
     {
         return INIParser::GetValue(key, section, Path);
     }
-    bool SetValue(const String& key, const String& value, const String& section)
+    bool SetValue(const String& key, const String& value, const String& section) const
     {
         return INIParser::SetValue(key, value, section, Path);
     }
@@ -88,7 +88,7 @@ struct GLib
     {
         return Own(g_key_file_get_value(File.get(), section.c_str(), key.c_str(), nullptr)).get();
     }
-    bool SetValue(Word key, Word value, Word section)
+    bool SetValue(Word key, Word value, Word section) const
     {
         g_key_file_set_value(File.get(), section.c_str(), key.c_str(), value.c_str());
         return true;

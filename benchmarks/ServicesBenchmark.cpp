@@ -80,21 +80,21 @@ void FormatAndWrite(fmt::format_string<const Arguments&...> format, const Argume
 
 const char* const Name = "Loading the project";
 const wchar_t* const WideName = L"Loading the project";
-CQMTimer Stopwatch;
-CQMFPSCounter InstantFrames(eQMFPSType_Instant);
-CQMFPSCounter AverageFrames(eQMFPSType_Average);
+CQMTimer stopwatch;
+CQMFPSCounter instantFrames(eQMFPSType_Instant);
+CQMFPSCounter averageFrames(eQMFPSType_Average);
 
 [[maybe_unused]] const bool IsRegistered = [] {
     Register("stopwatch, start and read/qmUtility", [] {
-        Stopwatch.Start(false, false);
-        benchmark::DoNotOptimize(Stopwatch.GetLapsedTime(true));
+        stopwatch.Start(false, false);
+        benchmark::DoNotOptimize(stopwatch.GetLapsedTime(true));
     });
     Register("stopwatch, start and read/two counter reads", [] {
         const long long start = Count();
         benchmark::DoNotOptimize(Count() - start);
     });
 
-    Register("stopwatch, log line/qmUtility", [] { Stopwatch.LogLapsedTime(true, true, L"%s", WideName); });
+    Register("stopwatch, log line/qmUtility", [] { stopwatch.LogLapsedTime(true, true, L"%s", WideName); });
     Register("stopwatch, log line/fmt and one write",
              [] { FormatAndWrite(">>> {} : {:.5f} sec\n", Name, 1e-7); });
 
@@ -112,12 +112,12 @@ CQMFPSCounter AverageFrames(eQMFPSType_Average);
     });
 
     Register("frame, instant mode/qmUtility", [] {
-        InstantFrames.Start();
-        InstantFrames.End();
+        instantFrames.Start();
+        instantFrames.End();
     });
     Register("frame, average mode/qmUtility", [] {
-        AverageFrames.Start();
-        AverageFrames.End();
+        averageFrames.Start();
+        averageFrames.End();
     });
     for (const char* const name :
          {"frame, instant mode/two tick reads", "frame, average mode/two tick reads"})

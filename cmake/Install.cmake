@@ -13,7 +13,7 @@ install(TARGETS ${libraries}
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Runtime NAMELINK_COMPONENT Development
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development
   FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT Development
-  INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}") # for a consumer's CMake older than 3.23, without file sets
+  INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}") # for a consumer's CMake without file sets (before 3.23)
 install(EXPORT qmUtilityTargets
   NAMESPACE qmUtility::
   DESTINATION "${package_dir}"
@@ -32,8 +32,8 @@ install(FILES
   COMPONENT Development)
 
 # The pkg-config file names its prefix relative to itself, so an installed copy can be moved.
-cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE pkgconfig_path)
-cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${pkgconfig_path}" OUTPUT_VARIABLE pkgconfig_to_prefix)
+cmake_path(ABSOLUTE_PATH pkgconfig_dir BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE path)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${path}" OUTPUT_VARIABLE pkgconfig_to_prefix)
 cmake_path(APPEND pkgconfig_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
 cmake_path(APPEND pkgconfig_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/qmutility.pc.in" "${PROJECT_BINARY_DIR}/qmutility.pc" @ONLY)

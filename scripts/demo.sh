@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Builds the tool and the examples and shows each service of the library at work on real files. Fails when something
-# does not come out as it should.
+# Builds the tool and the examples and shows each service of the library at work on real files. Fails when
+# something does not come out as it should.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -16,6 +16,7 @@ cmake --preset release >/dev/null
 cmake --build build/release --target qmini timing_tour frameloop
 
 build=$PWD/build/release
+export PATH=$build/tools/qmini:$build/examples/timing:$build/examples/frameloop:$PATH
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cp tools/qmini/demo.ini "$folder/settings.ini"
@@ -31,7 +32,7 @@ run() {
     local expected=$1 code=0
     shift
     printf '  $ %s\n' "${*@Q}" | sed "s/'\([A-Za-z0-9_.-]*\)'/\1/g"
-    (PATH=$build/tools/qmini:$build/examples/timing:$build/examples/frameloop:$PATH "$@") >output 2>&1 || code=$?
+    "$@" >output 2>&1 || code=$?
     sed 's/^/    /' output
     [ "$code" -eq "$expected" ] || fail "$1 ended with exit code $code, not $expected"
     [ "$code" -eq 0 ] || echo "    (exit code $code)"
@@ -74,7 +75,7 @@ run 0 timing_tour
 expect "Wait - End : "
 
 say "A frame loop, whose frame rate is limited to 25 while it runs:"
-"$build/examples/frameloop/frameloop" --seconds 5 frameloop.ini >frames 2>&1 &
+frameloop --seconds 5 frameloop.ini >frames 2>&1 &
 until grep -qs 'FrameLimit 60' frames || ! kill -0 $! 2>/dev/null; do # it has read its settings, and draws
     sleep 0.2
 done
@@ -86,4 +87,4 @@ expect "FrameLimit 25" frames
 run 0 qmini list frameloop.ini
 expect "FrameLimit=25"
 expect "LongestFrame="
-say "That was all. Each program explains itself with --help; frameloop is best seen in a terminal: $build/examples"
+say "That was all. Each program explains itself with --help; frameloop is best seen in a terminal."
