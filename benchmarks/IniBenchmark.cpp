@@ -176,16 +176,6 @@ void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool is
     }
 }
 
-/// Looks up the last setting of a file with a library that need not keep the others.
-template <class Library>
-void Find(benchmark::State& state, const Shape& shape)
-{
-    const Sample<char> sample(shape);
-    const auto& [section, key] = sample.Settings.back();
-    for ([[maybe_unused]] auto _ : state)
-        Require(!Library::Find(sample.Path, key, section).empty());
-}
-
 /// Changes the last settings of a file and saves it. A peer's text is written in place with a single write.
 template <class Library, class Char = char>
 void Set(benchmark::State& state, const Shape& shape, std::size_t count)
@@ -261,10 +251,12 @@ void RegisterPeer(const std::string& name)
     Register("get", name, Get<Peer>, 1, true);
     Register("load", name, Load<Peer>);
     Register("load CR LF", name, Load<Peer>);
-    Register("set", name, Set<Peer>, 1);
     Register("read 100", name, Get<Peer>, 100, true);
-    Register("read all", name, Get<Peer>, 10'000, false);
-    Register("write 100", name, Set<Peer>, 100);
+    if constexpr (requires { &Peer::Text; }) {
+        Register("read all", name, Get<Peer>, 10'000, false);
+        Register("set", name, Set<Peer>, 1);
+        Register("write 100", name, Set<Peer>, 100);
+    }
 }
 
 [[maybe_unused]] const bool IsRegistered = [] {
@@ -288,10 +280,7 @@ void RegisterPeer(const std::string& name)
 
     RegisterPeer<SimpleIni>("SimpleIni");
     RegisterPeer<GLib>("GLib");
-    Register("get", "inih", Find<Inih>);
-    Register("load", "inih", Load<Inih>);
-    Register("load CR LF", "inih", Load<Inih>);
-    Register("read 100", "inih", Get<Inih>, 100, true);
+    RegisterPeer<Inih>("inih");
 
     for (const char* const job : {"get", "load", "load CR LF", "read 100"})
         Register(job, "baseline", ReadLines);

@@ -113,9 +113,11 @@ struct Inih
 
     explicit Inih(Word path)
     {
-        Visit(path, [this](const char* section, const char* key, const char* value) {
-            Settings.push_back({section, key, value});
-        });
+        const auto keep = [](void* settings, const char* section, const char* key, const char* value) {
+            static_cast<std::vector<Setting>*>(settings)->push_back({section, key, value});
+            return 1;
+        };
+        Require(ini_parse(path.c_str(), keep, &Settings) == 0);
     }
     std::string GetValue(Word key, Word section) const
     {
@@ -123,27 +125,5 @@ struct Inih
             if (setting.Key == key && setting.Section == section)
                 return setting.Value;
         return {};
-    }
-
-    /// Returns one setting without loading the others, which is the fastest lookup here.
-    static std::string Find(Word path, Word key, Word section)
-    {
-        std::string found;
-        Visit(path, [&](const char* s, const char* k, const char* value) {
-            if (key == k && section == s)
-                found = value;
-        });
-        return found;
-    }
-
-    /// Calls a function with each section, key and value of a file.
-    template <class Function>
-    static void Visit(Word path, Function function)
-    {
-        const auto visit = [](void* user, const char* section, const char* key, const char* value) {
-            (*static_cast<Function*>(user))(section, key, value);
-            return 1;
-        };
-        Require(ini_parse(path.c_str(), visit, &function) == 0);
     }
 };

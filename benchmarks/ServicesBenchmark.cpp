@@ -25,35 +25,19 @@
 
 namespace {
 
-/// Standard output goes nowhere while it exists.
-class Silence
-{
-public:
-    Silence() : m_output(dup(STDOUT_FILENO))
-    {
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-    }
-    ~Silence()
-    {
-        dup2(m_output, STDOUT_FILENO);
-        close(m_output);
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-
-private:
-    int m_output;
-};
-
+/// Registers a case that calls a function while standard output goes nowhere.
 template <class Function>
 void Register(const char* name, Function function)
 {
     benchmark::RegisterBenchmark(name, [function](benchmark::State& state) {
-        const Silence silence;
+        const int output = dup(STDOUT_FILENO);
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        dup2(nowhere, STDOUT_FILENO);
         for ([[maybe_unused]] auto _ : state)
             function();
+        dup2(output, STDOUT_FILENO);
+        close(nowhere);
+        close(output);
     });
 }
 
@@ -127,52 +111,47 @@ CQMFPSCounter averageFrames(eQMFPSType_Average);
     return true;
 }();
 
-/// Watched files that exist until the program ends.
-struct WatchedFiles
-{
-    std::filesystem::path Folder = std::filesystem::temp_directory_path() / "qmUtility-filecheck-benchmark";
-    std::vector<std::string> Paths;
+const auto Folder = std::filesystem::temp_directory_path() / "qmUtility-filecheck-benchmark";
+std::vector<std::string> paths;
 
-    WatchedFiles()
-    {
-        std::filesystem::create_directory(Folder);
-        for (int i = 0; i != 10'000; ++i) {
-            const auto path = Folder / ("settings-of-module-" + std::to_string(i) + ".ini");
-            std::ofstream(path) << i;
-            Paths.push_back(path);
-            CQMFileCheckAPI::AddWatchDog(path.wstring().c_str());
-        }
-        CQMFileCheckAPI::Enable(true);
+void WatchFiles(const benchmark::State&)
+{
+    std::filesystem::create_directory(Folder);
+    for (int i = 0; i != 10'000; ++i) {
+        const auto path = Folder / ("settings-of-module-" + std::to_string(i) + ".ini");
+        std::ofstream(path) << i;
+        paths.push_back(path);
+        CQMFileCheckAPI::AddWatchDog(path.wstring().c_str());
     }
-    WatchedFiles(const WatchedFiles&) = delete;
-    WatchedFiles& operator=(const WatchedFiles&) = delete;
-    ~WatchedFiles() { std::filesystem::remove_all(Folder); }
-};
+    CQMFileCheckAPI::Enable(true);
+}
 
-const WatchedFiles& Files()
+void RemoveFiles(const benchmark::State&)
 {
-    static const WatchedFiles files;
-    return files;
+    CQMFileCheckAPI::Initialize();
+    paths.clear();
+    std::filesystem::remove_all(Folder);
 }
 
 void Check(benchmark::State& state)
 {
-    Files();
     for ([[maybe_unused]] auto _ : state)
         if (CQMFileCheckAPI::Check())
             state.SkipWithError("a file was modified");
 }
-BENCHMARK(Check)->Name("check of 10,000 files/qmUtility");
+BENCHMARK(Check)->Name("check of 10,000 files/qmUtility")->Setup(WatchFiles)->Teardown(RemoveFiles);
 
 void StatusCalls(benchmark::State& state)
 {
-    const std::vector<std::string>& paths = Files().Paths;
     for ([[maybe_unused]] auto _ : state)
         for (const std::string& path : paths) {
             struct stat status;
             benchmark::DoNotOptimize(stat(path.c_str(), &status));
         }
 }
-BENCHMARK(StatusCalls)->Name("check of 10,000 files/a status call for each");
+BENCHMARK(StatusCalls)
+    ->Name("check of 10,000 files/a status call for each")
+    ->Setup(WatchFiles)
+    ->Teardown(RemoveFiles);
 
 } // namespace

@@ -13,10 +13,10 @@ foreach(library IN LISTS LIBRARIES)
   string(REPLACE "\n" ";" lines "${lines}")
   list(FILTER lines EXCLUDE REGEX "__odr_asan") # the address sanitizer's
   list(REMOVE_DUPLICATES lines)
-  # What both instances of a class template have is one line, with Char for the character type.
+  # What exists for both character types is one line, with Char for the type.
   foreach(wide IN LISTS lines)
     string(REPLACE "wchar_t" "char" narrow "${wide}")
-    if(wide MATCHES "^[A-Za-z]+<wchar_t>" AND narrow IN_LIST lines)
+    if(wide MATCHES "wchar_t" AND narrow IN_LIST lines)
       list(REMOVE_ITEM lines "${wide}" "${narrow}")
       string(REPLACE "wchar_t" "Char" both "${wide}")
       list(APPEND lines "${both}")
