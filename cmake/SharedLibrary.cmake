@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Adds a shared library: public headers that compile as C++17, sources in C++20, a versioned name, hidden
-# visibility.
+# Adds a shared library: public headers that compile as C++17, sources in C++20, a versioned name.
 #
 #   qm_shared_library(<target> SOURCES <file>... HEADERS <public header>...)
 function(qm_shared_library target)
@@ -13,8 +12,6 @@ function(qm_shared_library target)
   set_target_properties(${target} PROPERTIES
     VERSION "${qmUtility_VERSION}"
     SOVERSION "${qmUtility_VERSION_MAJOR}"
-    CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON
     VERIFY_INTERFACE_HEADER_SETS ${PROJECT_IS_TOP_LEVEL})
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "") # "lib" by default with MinGW

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Builds the tool and the examples and shows each service of the library at work on real files. Fails when
-# something does not come out as it should.
+# Builds the tool and the examples and shows each service of the library at work on real files. Fails when a
+# command ends with another exit code than it should.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -38,41 +38,28 @@ run() {
     [ "$code" -eq 0 ] || echo "    (exit code $code)"
 }
 
-# expect TEXT [FILE]: fails unless a line of the file, or of the last output, contains the text.
-expect() {
-    grep -qF -- "$1" "${2:-output}" || fail "'$1' is missing from ${2:-the output}"
-}
-
 say "INI files, with the editor qmini. A settings file as people write it:"
 run 0 cat settings.ini
 say "An edit changes one line of it, and nothing else:"
 cp settings.ini before.ini
 run 0 qmini set settings.ini Window width 1920
 run 1 diff -u before.ini settings.ini
-expect "+width=1920"
-[ "$(diff before.ini settings.ini | grep -c '^[<>]')" -eq 2 ] || fail "more than one line has changed"
 say "A key that is commented out gets its line below, here shown without being made:"
 run 0 qmini set settings.ini General theme dark --dry-run
-expect "+theme=dark"
 say "What is ambiguous is refused, with the line:"
 run 3 qmini set settings.ini Rendering shaders /opt/shaders
-expect "settings.ini:28: one of several lines"
 say "A failure leaves the file as it was, here one that does not fit on the disk (a limit of 1 KiB):"
 cp settings.ini before.ini
 run 1 bash -c 'trap "" XFSZ; ulimit -f 1; qmini set settings.ini General text "$(printf %2000s x | tr " " x)"'
-expect "cannot write settings.ini: File too large"
 run 0 cmp before.ini settings.ini
 say "For scripts:"
 run 0 qmini get settings.ini Window width
 run 0 qmini list settings.ini Window --json
-expect '"width": "1920"'
 say "What other programs may read differently:"
 run 1 qmini check settings.ini
-expect 'settings.ini:28: duplicate key "shaders"'
 
 say "The timing classes, beside the clocks of the standard library:"
 run 0 timing_tour
-expect "Wait - End : "
 
 say "A frame loop, whose frame rate is limited to 25 while it runs:"
 frameloop --seconds 5 frameloop.ini >frames 2>&1 &
@@ -83,8 +70,7 @@ run 0 qmini set frameloop.ini Frames FrameLimit 25
 wait $! || fail "frameloop failed: $(tail -n 1 frames)"
 say "Its last frame, and the statistics that it saved beside the edited setting:"
 tail -n 16 frames | sed 's/\x1b\[[0-9]*[AK]//g; s/^/    /'
-expect "FrameLimit 25" frames
 run 0 qmini list frameloop.ini
-expect "FrameLimit=25"
-expect "LongestFrame="
+[[ $(<frames) == *"FrameLimit 25"* && $(<output) == *LongestFrame=* ]] ||
+    fail "frameloop ignored its settings"
 say "That was all. Each program explains itself with --help; frameloop is best seen in a terminal."
