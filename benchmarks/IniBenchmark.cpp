@@ -9,7 +9,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -18,7 +17,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <string_view>
 #include <utility>
 
 namespace {
@@ -34,26 +32,11 @@ File Open(const std::string& path, const char* mode)
     return file;
 }
 
-void WriteEach(const std::string& path, const std::vector<std::string_view>& pieces)
+void WriteEach(const std::string& path, std::span<const std::string> pieces)
 {
     const File file = Open(path, "w");
-    for (const std::string_view piece : pieces)
+    for (const std::string& piece : pieces)
         Require(std::fwrite(piece.data(), 1, piece.size(), file.get()) == piece.size());
-}
-
-/// Splits a text into its records: each ends with its first line that is neither empty nor a comment.
-std::vector<std::string_view> Records(std::string_view text)
-{
-    std::vector<std::string_view> records;
-    for (std::size_t start = 0, line = 0; line < text.size();) {
-        const bool isRecord = text[line] != '#' && text[line] != '\n';
-        line = std::min(text.find('\n', line), text.size() - 1) + 1;
-        if (isRecord) {
-            records.push_back(text.substr(start, line - start));
-            start = line;
-        }
-    }
-    return records;
 }
 
 /// What a settings file looks like.
@@ -77,6 +60,7 @@ public:
     std::string Path;
     String OwnPath; ///< in the characters of the library
     std::string Text;
+    std::vector<std::string> Records;                ///< the text in the pieces that are written in place
     std::vector<std::pair<String, String>> Settings; ///< section and key
 
     explicit Sample(const Shape& shape)
@@ -86,16 +70,20 @@ public:
         for (std::int64_t i = 0; i != shape.Sections; ++i) {
             const std::int64_t number = i * 7919 % shape.Sections;
             const std::string section = "Section" + std::to_string(100'000 + number);
-            Text += '[' + section + ']' + shape.Newline;
+            Records.push_back('[' + section + ']' + shape.Newline);
             for (int k = 0; k != shape.Keys; ++k) {
                 const std::int64_t setting = number * shape.Keys + k * 7 % shape.Keys;
                 const std::string key = "Setting" + std::to_string(1'000'000 + setting);
+                Records.emplace_back();
                 if (k % 4 == 0)
-                    Text += "# the values that the next setting may take" + shape.Newline;
-                Text += key + "=value " + std::to_string(100'000 + i * 7919 % 900'000) + shape.Newline;
+                    Records.back() = "# the values that the next setting may take" + shape.Newline;
+                Records.back() +=
+                    key + "=value " + std::to_string(100'000 + i * 7919 % 900'000) + shape.Newline;
                 Settings.emplace_back(String(section.begin(), section.end()), String(key.begin(), key.end()));
             }
         }
+        for (const std::string& record : Records)
+            Text += record;
         Write();
     }
 
@@ -105,7 +93,7 @@ public:
 
     auto Last(std::size_t count) const { return std::span(Settings).last(count); }
 
-    void Write() const { WriteEach(Path, {Text}); }
+    void Write() const { WriteEach(Path, {&Text, 1}); }
 };
 
 /// Reads a file and finds every newline.
@@ -130,9 +118,8 @@ void ReadLines(benchmark::State& state, const Shape& shape)
 void WriteRecords(benchmark::State& state, const Shape& shape)
 {
     const Sample<char> sample(shape);
-    const std::vector<std::string_view> records = Records(sample.Text);
     for ([[maybe_unused]] auto _ : state)
-        WriteEach(sample.Path, records);
+        WriteEach(sample.Path, sample.Records);
 }
 
 /// Writes a file beside the old one, synchronises it, renames it, and synchronises the folder.
@@ -189,8 +176,10 @@ void Set(benchmark::State& state, const Shape& shape, std::size_t count)
             Require(library.SetValue(key, value, section));
         if constexpr (requires { library.Save(sample.OwnPath); })
             Require(library.Save(sample.OwnPath));
-        else if constexpr (requires { library.Text(); })
-            WriteEach(sample.Path, {library.Text()});
+        else if constexpr (requires { library.Text(); }) {
+            const std::string text = library.Text();
+            WriteEach(sample.Path, {&text, 1});
+        }
     }
 }
 
