@@ -21,7 +21,7 @@ def targets: [
     ["read all/INIDocument/389", "peer", 3],
     ["write 100/INIDocument/4", "peer", 1],
     ["write 100 on disk/INIDocument/4", "baseline", 1.2],
-    ["add 20,000/INIDocument/547", "add 5,000/INIDocument/137", 5],
+    ["add/INIDocument/547", "add/INIDocument/137", 5],
     ["check of 10,000 files/qmUtility", "baseline", 1.2],
     ["frame counter, construct/qmUtility", "baseline", 2],
     ["frame, average mode/qmUtility", "baseline", 4],

@@ -14,10 +14,9 @@ if [ "${1:-}" = fix ]; then
 fi
 
 echo "== licence"
-unlicensed=$(git grep --untracked -L 'SPDX-License-Identifier: MIT' -- \
-    '*.h' '*.cpp' '*CMakeLists.txt' '*.cmake' '*.sh' '*.awk' '*.bash' '*.gp' '*.in' '*.jq' '*.map' || true)
-if [ -n "$unlicensed" ]; then
-    printf '%s: no "SPDX-License-Identifier: MIT"\n' $unlicensed >&2
+if git grep --untracked -L 'SPDX-License-Identifier: MIT' -- \
+    '*.h' '*.cpp' '*CMakeLists.txt' '*.cmake' '*.sh' '*.awk' '*.bash' '*.gp' '*.in' '*.jq' '*.map'; then
+    echo "lint: these files have no \"SPDX-License-Identifier: MIT\"" >&2
     exit 1
 fi
 
