@@ -11,12 +11,10 @@ export WINEDLLOVERRIDES="mscoree,mshtml=" # no dialogs about add-ons
 unset DISPLAY
 mkdir -p "$build"
 ready=$WINEPREFIX/ready
-if [ ! -e "$ready" ]; then
-    (
-        flock 9
-        [ -e "$ready" ] || { wine wineboot --init && wineserver --wait && touch "$ready"; }
-    ) 9>"$build/wine.lock" >/dev/null 2>&1 || { echo "wine: cannot create $WINEPREFIX" >&2; exit 1; }
-fi
+(
+    flock 9
+    [ -e "$ready" ] || { wine wineboot --init && wineserver --wait && touch "$ready"; }
+) 9>"$build/wine.lock" >/dev/null 2>&1 || { echo "wine: cannot create $WINEPREFIX" >&2; exit 1; }
 # Starts Wine's services. They outlive the program that starts them and would keep its output open.
 wine cmd /c exit </dev/null >/dev/null 2>&1
 exec wine "$@"
