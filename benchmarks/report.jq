@@ -4,14 +4,10 @@
 
 # The most that a case may take: a ratio to another case, or to the fastest "peer" or "baseline" of its job.
 def targets: [
-    ["get/INIParser/64", "baseline", 0.7],
-    ["get/INIParser/1024", "baseline", 0.7],
-    ["get/INIParser wide/64", "baseline", 0.7],
-    ["get/INIParser wide/1024", "baseline", 0.7],
-    ["set/INIParser/64", "baseline", 1.4],
-    ["set/INIParser/1024", "baseline", 1.4],
-    ["set/INIParser wide/64", "baseline", 1.4],
-    ["set/INIParser wide/1024", "baseline", 1.4],
+    (64, 1024 | ["get/INIParser/\(.)", "baseline", 0.7],
+                ["get/INIParser wide/\(.)", "baseline", 0.7],
+                ["set/INIParser/\(.)", "baseline", 1.4],
+                ["set/INIParser wide/\(.)", "baseline", 1.4]),
     ["sort/INIParser/1024", "baseline", 2],
     ["sort/INIParser/16384", "sort/INIParser/1024", 25],
     (64, 1024, 16384 | ["load/INIDocument/\(.)", "peer", 0.2],

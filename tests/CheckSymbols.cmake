@@ -1,12 +1,14 @@
 # SPDX-License-Identifier: MIT
-# Compares the symbols that the libraries export with those on record. A change that is intended is recorded by
-# copying the list that was built over the recorded one.
+# Compares the symbols that the libraries export with those on record. A change that is intended is recorded
+# by copying the list that was built over the recorded one.
 cmake_minimum_required(VERSION 3.23)
 set(symbols "")
 foreach(library IN LISTS LIBRARIES)
-  execute_process(COMMAND "${NM}" -DCj --defined-only "${library}" COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE lines)
+  execute_process(COMMAND "${NM}" -DCj --defined-only "${library}"
+    COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE lines)
   string(REPLACE ";" "," lines "${lines}")
-  string(REGEX REPLACE "__cxx11::(basic_string<[a-z_]+), std::char_traits<[a-z_]+>, std::allocator<[a-z_]+> >" "\\1>"
+  string(REGEX REPLACE
+    "__cxx11::(basic_string<[a-z_]+), std::char_traits<[a-z_]+>, std::allocator<[a-z_]+> >" "\\1>"
     lines "${lines}")
   string(REGEX REPLACE "(basic_string_view<[a-z_]+), std::char_traits<[a-z_]+> >" "\\1>" lines "${lines}")
   string(REGEX REPLACE "\n$" "" lines "${lines}")

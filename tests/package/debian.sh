@@ -13,7 +13,7 @@ cmake --build "$build"
 cpack --config "$build/CPackConfig.cmake" -B "$build"
 ! command -v lintian || lintian --allow-root --display-info --fail-on error,warning,info "$build"/*.deb
 
-# expect PATTERN COMMAND...: fails unless the command succeeds and what it prints matches the regular expression.
+# expect PATTERN COMMAND...: fails unless the command succeeds and its output matches the regular expression.
 expect() {
     local output
     output=$("${@:2}" 2>&1) && [[ $output =~ $1 ]] && return
@@ -32,7 +32,7 @@ for name in libqmutility1 libqmutility-dev qmini; do
     expect '^https://' dpkg-deb -f "$(package $name)" Homepage
 done
 
-# The runtime package contains the versioned libraries and its documents, the development package everything else.
+# The runtime package contains only the versioned libraries and its documents.
 dpkg-deb -x "$(package libqmutility1)" "$root"
 expect '^$' find "$root" -not -type d -not -path "$root/usr/share/*" \
     -not -regex "$libdir/lib[A-Za-z]+\.so\.1\(\.0\.0\)?"
