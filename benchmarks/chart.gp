@@ -11,7 +11,8 @@ unset key; unset border; unset xtics; set ytics scale 0
 set lmargin 18; set rmargin 9
 do for [panel = 1:6] {
     set title titles[panel] font ",13" offset 0,-0.6
-    plot [0:*] [-6.6:0.6] ARG1 index panel - 1 using (0):(-$0):(0):2:(-$0 - 0.38):(-$0 + 0.38):(color(strcol(4))):ytic(1) \
+    plot [0:*] [-6.6:0.6] ARG1 index panel - 1 \
+        using (0):(-$0):(0):2:(-$0 - 0.38):(-$0 + 0.38):(color(strcol(4))):ytic(1) \
         with boxxyerror fill solid linecolor rgb variable, \
         "" index panel - 1 using 2:(-$0):3 with labels left offset 0.6,0
 }

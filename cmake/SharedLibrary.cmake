@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Adds a shared library: public headers that compile as C++17, sources in C++20, a versioned name, hidden visibility.
+# Adds a shared library: public headers that compile as C++17, sources in C++20, a versioned name.
 #
 #   qm_shared_library(<target> SOURCES <file>... HEADERS <public header>...)
 function(qm_shared_library target)
@@ -12,16 +12,13 @@ function(qm_shared_library target)
   set_target_properties(${target} PROPERTIES
     VERSION "${qmUtility_VERSION}"
     SOVERSION "${qmUtility_VERSION_MAJOR}"
-    CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON
     VERIFY_INTERFACE_HEADER_SETS ${PROJECT_IS_TOP_LEVEL})
-
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "") # "lib" by default with MinGW
   endif()
 
-  # The version script hides what hidden visibility does not: instantiations of the standard library's templates.
-  # Nothing of a static library is exported. The libraries find one another in their own folder.
+  # The version script hides what hidden visibility does not: instantiations of the standard library's
+  # templates. Nothing of a static library is exported. The libraries find one another in their own folder.
   if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     set(exports "${qmUtility_SOURCE_DIR}/cmake/exports.map")
     target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}" "LINKER:--exclude-libs,ALL")

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Runs the benchmarks and writes docs/benchmarks.md and docs/benchmarks.svg. With arguments, which go to the benchmark
-# program (--benchmark_min_time=0.001, say), writes both to build/benchmark instead.
+# Runs the benchmarks and writes docs/benchmarks.md and docs/benchmarks.svg. With arguments, which go to the
+# benchmark program (--benchmark_min_time=0.001, say), writes both to build/benchmark instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,18 +10,20 @@ cmake --preset benchmark >/dev/null
 cmake --build build/benchmark --target benchmarks qmini
 out=docs
 [ $# -eq 0 ] || out=build/benchmark
-results=build/benchmark/results.json
 if [ -d /dev/shm ]; then
     export TMPDIR=/dev/shm # measures no disk, except for the jobs "on disk"
 fi
 disk=$(findmnt -no FSTYPE -T build/benchmark)
-options=()
-[ "$disk" != tmpfs ] || options=(--benchmark_filter='-on disk')
-(cd build/benchmark && benchmarks/benchmarks --benchmark_repetitions=5 --benchmark_report_aggregates_only=true \
-    --benchmark_enable_random_interleaving=true --benchmark_min_time=0.1 --benchmark_out=results.json \
-    "${options[@]}" "$@")
+options=(--benchmark_repetitions=5 --benchmark_report_aggregates_only=true --benchmark_min_time=0.1
+    --benchmark_enable_random_interleaving=true --benchmark_out=results.json)
+[ "$disk" != tmpfs ] || options+=(--benchmark_filter='-on disk')
+(cd build/benchmark && benchmarks/benchmarks "${options[@]}" "$@")
 
-jq -r --arg output chart -f benchmarks/report.jq "$results" >build/benchmark/chart.tsv
+# report chart|tables
+report() {
+    jq -r --arg output "$1" -f benchmarks/report.jq build/benchmark/results.json
+}
+report chart >build/benchmark/chart.tsv
 gnuplot -c benchmarks/chart.gp build/benchmark/chart.tsv build/benchmark/chart.svg
 tr -s '\n\t ' ' ' <build/benchmark/chart.svg >"$out/benchmarks.svg"
 
@@ -30,10 +32,9 @@ system=$(sed -n 's/^PRETTY_NAME="\(.*\)"/\1/p' /etc/os-release)
 failed=0
 {
     sed '/^## Results/q' docs/benchmarks.md
-    echo
-    echo "Measured on $(nproc) processors (${processor:-$(uname -m)}), $system, files in ${TMPDIR:-/tmp}, on disk: $disk."
-    echo
-    jq -r --arg output tables -f benchmarks/report.jq "$results" || failed=1
+    printf '\nMeasured on %s processors (%s), %s, files in %s, on disk: %s.\n\n' \
+        "$(nproc)" "${processor:-$(uname -m)}" "$system" "${TMPDIR:-/tmp}" "$disk"
+    report tables || failed=1
     printf '\n## qmini\n\nWhole processes, beside other command-line editors, measured with hyperfine.\n\n'
     benchmarks/qmini.sh build/benchmark/tools/qmini/qmini
 } >build/benchmark/report.md

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what is missing, runs the tests and reports which lines and branches of the library they execute. Branches
-# that the compiler adds for exceptions are left out. build/coverage/report.html shows every line.
+# Installs what is missing, runs the tests and reports which lines and branches of the library they execute.
+# Branches that the compiler adds for exceptions are left out. build/coverage/report.html shows every line.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Builds the tool and the examples and shows each service of the library at work on real files. Fails when something
-# does not come out as it should.
+# Builds the tool and the examples and shows each service of the library at work on real files. Fails when a
+# command ends with another exit code than it should.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -16,6 +16,7 @@ cmake --preset release >/dev/null
 cmake --build build/release --target qmini timing_tour frameloop
 
 build=$PWD/build/release
+export PATH=$build/tools/qmini:$build/examples/timing:$build/examples/frameloop:$PATH
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cp tools/qmini/demo.ini "$folder/settings.ini"
@@ -31,15 +32,10 @@ run() {
     local expected=$1 code=0
     shift
     printf '  $ %s\n' "${*@Q}" | sed "s/'\([A-Za-z0-9_.-]*\)'/\1/g"
-    (PATH=$build/tools/qmini:$build/examples/timing:$build/examples/frameloop:$PATH "$@") >output 2>&1 || code=$?
+    "$@" >output 2>&1 || code=$?
     sed 's/^/    /' output
     [ "$code" -eq "$expected" ] || fail "$1 ended with exit code $code, not $expected"
     [ "$code" -eq 0 ] || echo "    (exit code $code)"
-}
-
-# expect TEXT [FILE]: fails unless a line of the file, or of the last output, contains the text.
-expect() {
-    grep -qF -- "$1" "${2:-output}" || fail "'$1' is missing from ${2:-the output}"
 }
 
 say "INI files, with the editor qmini. A settings file as people write it:"
@@ -48,33 +44,25 @@ say "An edit changes one line of it, and nothing else:"
 cp settings.ini before.ini
 run 0 qmini set settings.ini Window width 1920
 run 1 diff -u before.ini settings.ini
-expect "+width=1920"
-[ "$(diff before.ini settings.ini | grep -c '^[<>]')" -eq 2 ] || fail "more than one line has changed"
 say "A key that is commented out gets its line below, here shown without being made:"
 run 0 qmini set settings.ini General theme dark --dry-run
-expect "+theme=dark"
 say "What is ambiguous is refused, with the line:"
 run 3 qmini set settings.ini Rendering shaders /opt/shaders
-expect "settings.ini:28: one of several lines"
 say "A failure leaves the file as it was, here one that does not fit on the disk (a limit of 1 KiB):"
 cp settings.ini before.ini
 run 1 bash -c 'trap "" XFSZ; ulimit -f 1; qmini set settings.ini General text "$(printf %2000s x | tr " " x)"'
-expect "cannot write settings.ini: File too large"
 run 0 cmp before.ini settings.ini
 say "For scripts:"
 run 0 qmini get settings.ini Window width
 run 0 qmini list settings.ini Window --json
-expect '"width": "1920"'
 say "What other programs may read differently:"
 run 1 qmini check settings.ini
-expect 'settings.ini:28: duplicate key "shaders"'
 
 say "The timing classes, beside the clocks of the standard library:"
 run 0 timing_tour
-expect "Wait - End : "
 
 say "A frame loop, whose frame rate is limited to 25 while it runs:"
-"$build/examples/frameloop/frameloop" --seconds 5 frameloop.ini >frames 2>&1 &
+frameloop --seconds 5 frameloop.ini >frames 2>&1 &
 until grep -qs 'FrameLimit 60' frames || ! kill -0 $! 2>/dev/null; do # it has read its settings, and draws
     sleep 0.2
 done
@@ -82,8 +70,7 @@ run 0 qmini set frameloop.ini Frames FrameLimit 25
 wait $! || fail "frameloop failed: $(tail -n 1 frames)"
 say "Its last frame, and the statistics that it saved beside the edited setting:"
 tail -n 16 frames | sed 's/\x1b\[[0-9]*[AK]//g; s/^/    /'
-expect "FrameLimit 25" frames
 run 0 qmini list frameloop.ini
-expect "FrameLimit=25"
-expect "LongestFrame="
-say "That was all. Each program explains itself with --help; frameloop is best seen in a terminal: $build/examples"
+[[ $(<frames) == *"FrameLimit 25"* && $(<output) == *LongestFrame=* ]] ||
+    fail "frameloop ignored its settings"
+say "That was all. Each program explains itself with --help; frameloop is best seen in a terminal."

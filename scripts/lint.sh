@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what is missing and checks every source with clang-format, clang-tidy and cppcheck, and for its licence; any
-# finding is an error.
-# "scripts/lint.sh fix" formats the sources instead.
+# Installs what is missing and checks every source with clang-format, clang-tidy and cppcheck, and for its
+# licence; any finding is an error. "scripts/lint.sh fix" formats the sources instead.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,10 +14,9 @@ if [ "${1:-}" = fix ]; then
 fi
 
 echo "== licence"
-unlicensed=$(git grep --untracked -L 'SPDX-License-Identifier: MIT' -- \
-    '*.h' '*.cpp' '*CMakeLists.txt' '*.cmake' '*.sh' '*.awk' '*.bash' '*.gp' '*.in' '*.jq' '*.map' || true)
-if [ -n "$unlicensed" ]; then
-    printf '%s: no "SPDX-License-Identifier: MIT"\n' $unlicensed >&2
+if git grep --untracked -L 'SPDX-License-Identifier: MIT' -- \
+    '*.h' '*.cpp' '*CMakeLists.txt' '*.cmake' '*.sh' '*.awk' '*.bash' '*.gp' '*.in' '*.jq' '*.map'; then
+    echo "lint: these files have no \"SPDX-License-Identifier: MIT\"" >&2
     exit 1
 fi
 
@@ -32,7 +30,7 @@ run-clang-tidy -quiet -p build/lint "^$PWD/(?!build/)" 2>/dev/null >build/lint/c
     { grep -v '^clang-tidy' build/lint/clang-tidy.log; exit 1; }
 
 echo "== cppcheck"
-cppcheck --project=build/lint/compile_commands.json -i"$PWD/build" --library=googletest --inline-suppr --quiet \
-    --enable=warning,performance,portability --suppressions-list=.cppcheck-suppressions --error-exitcode=1 \
-    -j "$(nproc)"
+cppcheck --project=build/lint/compile_commands.json -i"$PWD/build" --library=googletest --inline-suppr \
+    --enable=warning,performance,portability --suppressions-list=.cppcheck-suppressions \
+    --error-exitcode=1 --quiet -j "$(nproc)"
 echo "lint: no findings"

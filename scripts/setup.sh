@@ -4,8 +4,8 @@
 #
 #   scripts/setup.sh [GROUP...]
 #
-# Without a group: what the library, its tests, the examples and the tool need. The groups add what the script or the
-# preset of the same name needs.
+# Without a group: what the library, its tests, the examples and the tool need. The groups add what the script
+# or the preset of the same name needs.
 set -euo pipefail
 
 packages=(build-essential cmake file git ninja-build pkg-config libgtest-dev)
@@ -14,8 +14,8 @@ for group in "$@"; do
     asan-ubsan | tsan) ;;
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
     bench)
-        packages+=(libbenchmark-dev libfmt-dev libsimpleini-dev libglib2.0-dev libinih-dev libboost-dev gnuplot-nox jq)
-        packages+=(crudini hyperfine)
+        packages+=(libbenchmark-dev libfmt-dev libsimpleini-dev libglib2.0-dev libinih-dev)
+        packages+=(gnuplot-nox jq crudini hyperfine)
         ;;
     docs) packages+=(doxygen) ;;
     release) packages+=(lintian) ;; # checks the Debian packages
@@ -24,10 +24,7 @@ for group in "$@"; do
     windows) packages+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
     fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
     coverage) packages+=(gcovr) ;;
-    *)
-        echo "setup: unknown group '$group'" >&2
-        exit 2
-        ;;
+    *) echo "setup: unknown group '$group'" >&2 && exit 2 ;;
     esac
 done
 
@@ -46,9 +43,8 @@ if ! command -v apt-get >/dev/null; then
     echo "setup: no apt-get; install the equivalents of these Debian packages: ${missing[*]}" >&2
     exit 1
 fi
-as_root=()
-[ "$(id -u)" -eq 0 ] || as_root=(sudo)
+as_root=(env DEBIAN_FRONTEND=noninteractive)
+[ "$(id -u)" -eq 0 ] || as_root=(sudo "${as_root[@]}")
 echo "setup: installing ${missing[*]} (NO_SETUP=1 skips this)"
 "${as_root[@]}" apt-get update -qq
-"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
-    >/dev/null
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

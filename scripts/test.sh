@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs missing packages (not if NO_SETUP is set), then builds the library and runs every test with each preset
-# that is named: release (the default, with asan-ubsan), asan-ubsan, tsan, clang-libcxx, aarch64 (under QEMU), or
-# windows (under Wine).
+# Installs missing packages (not if NO_SETUP is set), then builds the library and runs every test with each
+# preset that is named: release (the default, with asan-ubsan), asan-ubsan, tsan, clang-libcxx, aarch64 (under
+# QEMU), or windows (under Wine).
 #
 #   scripts/test.sh [PRESET...]
 set -euo pipefail
@@ -12,7 +12,8 @@ cd "$(dirname "$0")/.."
 for preset in "$@"; do
     echo "== $preset"
     scripts/setup.sh "$preset"
-    [ "$preset" != windows ] || timeout 300 scripts/wine.sh cmd /c ver # creates the prefix, slower than a test may be
+    # Creates Wine's prefix, which takes longer than a test may.
+    [ "$preset" != windows ] || timeout 300 scripts/wine.sh cmd /c ver
     cmake --preset "$preset"
     cmake --build "build/$preset"
     ctest --test-dir "build/$preset" --output-on-failure --no-tests=error --timeout 300 -j 2

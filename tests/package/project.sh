@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# Extracts the files of a document's projects, runs one of its scripts in the script's folder, and compares the end of
-# the output with output.txt from the same folder or the top folder. Numbers may differ.
+# Extracts the files of a document's projects, runs one of its scripts in the script's folder, and compares
+# the end of the output with output.txt from the same folder or the top folder. Numbers may differ.
 #
 #   project.sh SOURCE-FOLDER DOCUMENT SCRIPT WORK-FOLDER
 set -eu

@@ -1,2 +1,0 @@
-// SPDX-License-Identifier: MIT
-#error "the library includes a header of the program"
