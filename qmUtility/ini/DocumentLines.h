@@ -7,6 +7,7 @@
 #include "qmUtility/ini/Grammar.h"
 #include "qmUtility/ini/TextFile.h"
 
+#include <algorithm>
 #include <atomic>
 #include <bit>
 #include <cstdint>
@@ -482,7 +483,8 @@ private:
         DocLine& line = m_lines[number];
         const Meaning& above = m_lines[line.Previous];
         const bool isRun = IsRun(line);
-        const auto indentation = static_cast<std::uint32_t>(line.Indentation().size());
+        const auto indentation =
+            static_cast<std::uint32_t>(std::min<std::size_t>(line.Indentation().size(), Meaning::NoOwner));
         line.Nearest = line.IsHeader() ? number : above.Nearest;
         line.NearestActive =
             line.IsHeader() && (line.IsActive() || !IsCommon()) ? number : above.NearestActive;
