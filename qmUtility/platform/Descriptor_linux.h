@@ -7,6 +7,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <string_view>
 
 namespace platform {
 
@@ -27,5 +28,9 @@ auto Resumed(Call call)
 /// @param folder what a relative path is relative to.
 /// @return the descriptor, which the caller closes; -1 on failure, with the reason in `errno`.
 int OpenDescriptor(const char* path, int flags, mode_t mode = 0, int folder = AT_FDCWD);
+
+/// Writes all of the bytes.
+/// @return false on failure, with the reason in `errno`.
+bool WriteAll(int descriptor, std::string_view bytes);
 
 } // namespace platform

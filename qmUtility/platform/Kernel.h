@@ -2,9 +2,10 @@
 #pragma once
 
 /// @file
-/// The Windows kernel services in use. On Windows this header includes the system's header; elsewhere it
-/// declares the subset used here with the same names, widths and meaning, and states each difference. None of
-/// the functions changes `errno`, and there is no last-error code. They may be called from any thread.
+/// The Windows kernel services and C runtime functions in use. On Windows this header includes the system's
+/// headers; elsewhere it declares the subset used here with the same names, widths and meaning, and states
+/// each difference. No kernel service changes `errno`, and there is no last-error code. All functions may be
+/// called from any thread.
 ///
 /// Include it in source files only, because the Windows header defines many macros.
 
@@ -22,6 +23,7 @@
 #else
 
 #include <cstdint>
+#include <cstdio>
 
 using BOOL = int;            ///< 0 for false and failure
 using DWORD = std::uint32_t; ///< 32-bit unsigned integer
@@ -96,6 +98,13 @@ BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIM
 /// @param text null writes nothing.
 /// @throws std::bad_alloc
 void OutputDebugStringW(const wchar_t* text);
+
+/// Opens a file for reading. It does not wait for the other end of a pipe.
+/// @param path is converted as `CFile::GetStatus` converts it.
+/// @param mode L"rb"; other modes are not supported and behave the same.
+/// @return the file, which the caller closes; null for a directory and for a file that cannot be opened for
+///   reading. `errno` is unspecified then.
+std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode);
 
 constexpr DWORD DLL_PROCESS_DETACH = 0; ///< the library is being unloaded
 constexpr DWORD DLL_PROCESS_ATTACH = 1; ///< the library is being loaded
