@@ -15,12 +15,9 @@ class FileLock
 {
 public:
     /// Locks the file that a path names, if no other lock is on it. Symbolic links are followed.
-    /// @param error why the file cannot be locked; no error when another try may succeed
-    /// @return whether the file is locked and the path still names it. A file is another one after it was
-    ///   replaced.
+    /// @param error why the file cannot be locked; cleared when another try may succeed.
+    /// @return whether the file is locked and the path still names it: it may just have been replaced.
     bool TryLock(const SystemPath& path, std::error_code& error);
-
-    void Unlock() { m_file.Close(); }
 
 private:
     Handle m_file;

@@ -19,6 +19,6 @@ bool platform::FileLock::TryLock(const SystemPath& path, std::error_code& error)
             return true;
     } else if (errno != EWOULDBLOCK)
         error = LastError(path);
-    Unlock();
+    m_file.Close();
     return false;
 }

@@ -41,6 +41,6 @@ bool platform::FileLock::TryLock(const SystemPath& path, std::error_code& error)
     } else if (const DWORD code = ::GetLastError();
                code != ERROR_LOCK_VIOLATION && code != ERROR_IO_PENDING && code != ERROR_SHARING_VIOLATION)
         error = LastError(path);
-    Unlock();
+    m_file.Close();
     return false;
 }

@@ -64,13 +64,13 @@ constexpr int THREAD_PRIORITY_NORMAL = 0;         ///< nice value 0
 constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;   ///< nice value -5
 constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highest priority
 
-/// Sets the priority of the calling thread through its nice value. Threads and processes that a raised thread
-/// starts begin at the normal priority.
+/// Sets the priority of the calling thread through its nice value, which is a weight rather than a rank: even
+/// a time-critical thread does not keep a processor from all others. It is not relative to the priority of
+/// the process.
 ///
-/// A nice value is a weight rather than a rank: even a time-critical thread does not keep a processor from
-/// all others. It is not relative to the priority of the process. A raise sets `SCHED_RESET_ON_FORK`: from
-/// then on, new threads and processes inherit neither a negative nice value nor a real-time policy, whoever
-/// set it. Where a sandbox refuses the flag, they inherit the raised priority.
+/// A raise sets `SCHED_RESET_ON_FORK`: new threads and processes then begin at the normal priority and inherit
+/// neither a negative nice value nor a real-time policy, whoever set it. Where a sandbox refuses the flag,
+/// they inherit the raised priority.
 /// @param thread the result of `GetCurrentThread`; other threads are not supported.
 /// @param level one of the three constants above.
 /// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system
@@ -90,11 +90,8 @@ HANDLE GetCurrentProcess();
 /// @return nonzero on success; 0, with nothing stored, for another handle.
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user);
 
-/// Writes an entry to standard error, the substitute for a debugger: in UTF-8 whatever the locale, with one
-/// write, and with a newline added when the text does not end in one.
-///
-/// The write blocks while a pipe is full. On a closed pipe the entry is dropped without SIGPIPE, as is a line
-/// of the console log (`StandardStream.h`).
+/// Writes an entry to standard error, the substitute for a debugger, as `StandardStream.h` says. Adds a
+/// newline when the text does not end in one. The write blocks while a pipe is full.
 /// @param text null writes nothing.
 /// @throws std::bad_alloc
 void OutputDebugStringW(const wchar_t* text);

@@ -61,7 +61,7 @@ BOOL SetThreadPriority(HANDLE thread, int level)
         return 0;
     const platform::LastErrorPreserver preserver;
     const bool isSet = setpriority(PRIO_PROCESS, 0, nice) == 0; // process 0 means the calling thread
-    if (isSet && nice < 0) { // threads and processes started by it begin at the normal priority
+    if (isSet && nice < 0) {
         sched_param parameters{};
         sched_getparam(0, &parameters);
         sched_setscheduler(0, sched_getscheduler(0) | SCHED_RESET_ON_FORK, &parameters);
