@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/platform/Descriptor_linux.h"
 #include "qmUtility/platform/FileLock.h"
 
 #include <sys/file.h>

@@ -12,6 +12,10 @@
 #include <system_error>
 #include <utility>
 
+#if !defined(_WIN32)
+#include <fcntl.h>
+#endif
+
 namespace platform {
 
 int LastError();
@@ -99,5 +103,18 @@ enum class Replacement
 /// Replaces or creates a file as `File::Replace` does, but does not write a regular file in place.
 /// @param old the file, open for writing; otherwise the last error is the reason why it is not.
 Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_view bytes);
+
+#if !defined(_WIN32)
+/// Opens a file; the library opens none in another way. The descriptor is closed on exec. It is never that of
+/// a standard stream, even if the host has closed that stream: what another thread logs would end up in the
+/// file. Interrupted calls are resumed.
+/// @param mode of a file that is created, before the process's mask.
+/// @param folder what a relative path is relative to.
+/// @return the descriptor, which the caller closes; -1 on failure.
+int OpenDescriptor(const char* path, int flags, mode_t mode = 0, int folder = AT_FDCWD);
+
+/// Writes all of the bytes to a descriptor that is not owned.
+bool WriteAll(int descriptor, std::string_view bytes);
+#endif
 
 } // namespace platform

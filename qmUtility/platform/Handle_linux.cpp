@@ -1,15 +1,24 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/platform/Descriptor_linux.h"
 #include "qmUtility/platform/Handle.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
+#include <cerrno>
 #include <mutex>
 
 namespace platform {
 namespace {
+
+/// Makes a system call, and makes it again whenever a signal interrupts it.
+template <class Call>
+auto Resumed(Call call)
+{
+    auto result = call();
+    while (result == -1 && errno == EINTR)
+        result = call();
+    return result;
+}
 
 /// While one exists, descriptors 0 to 2 are taken. A placeholder takes the place of each that the host has
 /// closed. It refers to a folder in a way that allows neither reading nor writing, so that both fail as
@@ -21,9 +30,9 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         ++m_users;
-        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        for (int stream = 0; stream != 3; ++stream)
             if (fcntl(stream, F_GETFD) == -1)
-                m_placeholders.at(static_cast<std::size_t>(stream)) = open("/", O_PATH | O_CLOEXEC);
+                m_placeholders[stream] = open("/", O_PATH | O_CLOEXEC);
     }
     ~StandardStreamsTaken()
     {
@@ -32,9 +41,7 @@ public:
         if (--m_users == 0)
             for (int& placeholder : m_placeholders) {
                 const int stream = std::exchange(placeholder, -1);
-                const bool isOurs =
-                    (fcntl(stream, F_GETFL) & O_PATH) != 0; // the host may have reopened the stream
-                if (stream != -1 && isOurs)
+                if (stream != -1 && (fcntl(stream, F_GETFL) & O_PATH) != 0) // the host may have reopened it
                     close(stream);
             }
     }
@@ -43,7 +50,7 @@ public:
 private:
     static inline std::mutex m_mutex;
     static inline int m_users = 0; ///< the placeholders stay until every thread has opened its file
-    static inline std::array<int, 3> m_placeholders{-1, -1, -1};
+    static inline int m_placeholders[] = {-1, -1, -1};
 };
 
 constexpr int Flags(Handle::Access access)

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/platform/Descriptor_linux.h"
 #include "qmUtility/platform/File.h"
 
 #include <linux/magic.h>

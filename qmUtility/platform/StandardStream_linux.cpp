@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/platform/Descriptor_linux.h"
 #include "qmUtility/platform/Handle.h"
 #include "qmUtility/platform/StandardStream.h"
 #include "qmUtility/platform/Utf8.h"
