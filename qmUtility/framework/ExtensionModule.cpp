@@ -34,6 +34,7 @@ std::vector<HINSTANCE> qmFramework::ExtensionModules()
 {
     const std::lock_guard lock(mutex);
     std::vector<HINSTANCE> modules;
+    modules.reserve(libraries.size());
     for (const auto& library : libraries)
         modules.push_back(library->m_hModule);
     return modules;

@@ -19,9 +19,10 @@ using Clock = std::chrono::steady_clock;
 /// @return the registers A to D of a CPUID leaf; zeros when the processor has no such leaf.
 std::array<unsigned, 4> Identify(unsigned leaf)
 {
-    std::array<unsigned, 4> r{};
-    __get_cpuid_count(leaf, 0, &r[0], &r[1], &r[2], &r[3]);
-    return r;
+    std::array<unsigned, 4> registers{};
+    auto& [a, b, c, d] = registers;
+    __get_cpuid_count(leaf, 0, &a, &b, &c, &d);
+    return registers;
 }
 
 bool HasInvariantCounter()

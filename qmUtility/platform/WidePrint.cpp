@@ -69,6 +69,12 @@ public:
     }
 
 private:
+    template <class Argument>
+    Argument Next()
+    {
+        return va_arg(m_arguments, Argument); // NOLINT(clang-analyzer-valist.Uninitialized): it is copied
+    }
+
     /// Parses a directive up to its conversion character, which `format` points to afterwards.
     Directive Parse(const wchar_t*& format)
     {
@@ -96,7 +102,7 @@ private:
     {
         if (*format == L'*') {
             ++format;
-            return va_arg(m_arguments, int);
+            return Next<int>();
         }
         long long number = 0;
         for (; *format >= L'0' && *format <= L'9'; ++format)
@@ -113,17 +119,17 @@ private:
             AppendInteger(directive);
         else if (directive.IsAnyOf(L"fFeEgGaA")) {
             if (directive.Length == "L")
-                AppendNumber(directive, "L", va_arg(m_arguments, long double));
+                AppendNumber(directive, "L", Next<long double>());
             else
-                AppendNumber(directive, "", va_arg(m_arguments, double));
+                AppendNumber(directive, "", Next<double>());
         } else if (directive.Conversion == L'p') {
             Directive number = directive;
             number.Flags += '#';
             number.Conversion = L'x';
-            const auto address = reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*));
+            const auto address = reinterpret_cast<std::uintptr_t>(Next<void*>());
             AppendNumber(number, "ll", static_cast<unsigned long long>(address));
         } else if (directive.Conversion == L'n')
-            (void)va_arg(m_arguments, void*);
+            (void)Next<void*>();
         else if (directive.Conversion == L'%')
             m_text += L'%';
         else
@@ -135,13 +141,13 @@ private:
     {
         const std::string_view length = directive.Length;
         if (length.empty() || length.starts_with('h'))
-            AppendNumber(directive, length, va_arg(m_arguments, int));
+            AppendNumber(directive, length, Next<int>());
         else if (length == "l")
-            AppendNumber(directive, length, va_arg(m_arguments, long));
+            AppendNumber(directive, length, Next<long>());
         else if (length == "t")
-            AppendNumber(directive, length, va_arg(m_arguments, std::ptrdiff_t));
+            AppendNumber(directive, "t", Next<std::ptrdiff_t>());
         else
-            AppendNumber(directive, "ll", va_arg(m_arguments, long long));
+            AppendNumber(directive, "ll", Next<long long>());
     }
 
     /// Prints a number through the narrow printing of the C library, because the wide one does not report the
@@ -170,14 +176,14 @@ private:
         const std::size_t start = m_text.size();
         const auto limit = static_cast<std::size_t>(directive.Precision); // a negative one is none
         if (directive.IsCharacter()) {
-            const int argument = va_arg(m_arguments, int);
+            const int argument = Next<int>();
             m_text +=
                 static_cast<wchar_t>(directive.IsNarrow() ? static_cast<unsigned char>(argument) : argument);
         } else if (directive.IsNarrow()) {
-            const char* const text = va_arg(m_arguments, const char*);
+            const char* const text = Next<const char*>();
             AppendNarrow(text != nullptr ? text : "(null)", limit);
         } else {
-            const wchar_t* text = va_arg(m_arguments, const wchar_t*);
+            const wchar_t* text = Next<const wchar_t*>();
             if (text == nullptr)
                 text = L"(null)";
             std::size_t length = 0;
