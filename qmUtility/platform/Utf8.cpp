@@ -63,9 +63,10 @@ char32_t DecodeUtf8(const char*& text)
         return lead;
     char32_t c = lead & (0x7FU >> length);
     for (int i = 0; i != length - 1; ++i) {
-        if ((text[i] & 0xC0) != 0x80) // the terminating null, too: nothing after it is read
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if ((byte & 0xC0) != 0x80) // the terminating null, too: nothing after it is read
             return lead;
-        c = c << 6 | (text[i] & 0x3FU);
+        c = c << 6 | (byte & 0x3FU);
     }
     if (Length(c) != length || !IsCharacter(c))
         return lead;
