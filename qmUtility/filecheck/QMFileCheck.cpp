@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/filecheck/QMFileCheck.h"
 
-#include "qmUtility/platform/Runtime.h"
+#include "qmUtility/platform/Kernel.h"
+
+#include <cstdio>
 
 CQMFileCheck::CQMFileCheck(CString path) : m_strPath(path)
 {

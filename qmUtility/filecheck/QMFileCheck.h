@@ -8,8 +8,12 @@
 #include "qmUtility/framework/CFile.h"
 #include "qmUtility/framework/CString.h"
 
-/// Holds the path of a file and the status that the file had at construction or at the last `ApplyChanges`,
-/// and checks on request whether the file has been deleted or modified since. Nothing runs in the background.
+/// Checks on request whether a file has been deleted or modified since construction or `ApplyChanges`. Nothing
+/// runs in the background.
+///
+///     CQMFileCheck file(L"settings.ini");
+///     if (file.CheckModified())   // since it was constructed
+///         file.ApplyChanges();    // acknowledges the change
 ///
 /// **Paths** are stored with backslashes in place of slashes and without leading and trailing white space.
 /// Outside Windows the system gets them with slashes in place of backslashes and in UTF-8, whatever the
@@ -30,8 +34,7 @@ public:
 
     /// Copies the path and the stored status; does not access the file.
     CQMFileCheck(const CQMFileCheck& other);
-
-    /// Copies the path and the stored status; does not access the file.
+    /// @overload
     CQMFileCheck& operator=(const CQMFileCheck& other);
 
     ~CQMFileCheck();

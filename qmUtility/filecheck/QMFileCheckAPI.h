@@ -2,14 +2,14 @@
 #pragma once
 
 /// @file
-/// The process-wide list of files that are watched for modification.
+/// The list of watched files of the process.
 
 #include "qmUtility/Export.h"
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/framework/CArray.h"
 #include "qmUtility/framework/CString.h"
 
-/// A list of watched files for the whole process.
+/// The list of watched files of the process.
 ///
 ///     CQMFileCheckAPI::AddWatchDog(L"settings.ini");
 ///     CQMFileCheckAPI::Enable(true);
@@ -31,8 +31,7 @@ public:
 
     /// Does nothing: instances have no state.
     CQMFileCheckAPI(const CQMFileCheckAPI&) = default;
-
-    /// Does nothing: instances have no state.
+    /// @overload
     CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);
 
     ~CQMFileCheckAPI(); // NOLINT(performance-trivially-destructible): it is exported

@@ -30,8 +30,8 @@ constexpr auto NoDword = std::numeric_limits<std::uint32_t>::max();
 
 std::size_t CArchive::Read(void* bytes, std::size_t count)
 {
-    return static_cast<std::size_t>(
-        m_file.sgetn(static_cast<char*>(bytes), static_cast<std::streamsize>(count)));
+    const auto size = static_cast<std::streamsize>(count);
+    return static_cast<std::size_t>(m_file.sgetn(static_cast<char*>(bytes), size));
 }
 
 void CArchive::Write(const void* bytes, std::size_t count)

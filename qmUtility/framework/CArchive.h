@@ -14,7 +14,7 @@
 
 inline namespace qmFramework {
 
-/// Stores objects in a stream of bytes, or loads them from one. An archive belongs to one thread at a time.
+/// Stores objects in a stream of bytes, or loads them from one. Belongs to one thread at a time.
 class QMFRAMEWORK_API CArchive
 {
 public:

@@ -98,10 +98,9 @@ public:
     /// @param archive stores or loads.
     /// @throws CArchiveException* with one of these causes:
     ///   - `genericException`: not all could be stored.
-    ///   - `endOfFile`: the stream ends within the number, and the array is unchanged; or within the
-    ///     elements. An array of trivially copyable elements then has the new size, and those that were not
-    ///     read keep their former or default value. Other arrays are unchanged, and so is any array if no
-    ///     memory could hold the number.
+    ///   - `endOfFile`: the stream is too short. The array is unchanged, unless its elements are trivially
+    ///     copyable and the stream ends within them: it then has the new size, and elements that were not
+    ///     read keep their former or default value.
     ///   - `badClass`: the elements are not trivially copyable, so their bytes do not make up their value.
     ///     Only the number 0 can be loaded; after another the array is unchanged.
     void Serialize(CArchive& archive) override

@@ -25,8 +25,8 @@ struct CRuntimeClass
     int m_nObjectSize;           ///< size of an object in bytes
 };
 
-/// The root class. Its objects cannot be copied. The virtual functions are declared in the framework's order,
-/// those without a use here included.
+/// The root class. Its objects cannot be copied. The virtual functions, used or not, are declared in the
+/// framework's order.
 class QMFRAMEWORK_API CObject
 {
 public:

@@ -5,8 +5,8 @@
 /// The framework's wide string class: the subset used here, or the framework's own class.
 ///
 /// The CMake option `QMUTILITY_FRAMEWORK` (Visual C++, `UNICODE`) builds the library with the framework
-/// itself. The build and all users then define `QMUTILITY_FRAMEWORK`, and the headers of this folder include
-/// the framework's. Otherwise they declare the subset used here, with the same names and meaning.
+/// itself, and defines the macro of that name for its users: the headers of this folder then include the
+/// framework's. Otherwise they declare the subset used here, with the same names and meaning.
 
 #if defined(QMUTILITY_FRAMEWORK)
 #include <afxwin.h>
@@ -88,13 +88,11 @@ public:
     /// @return the number of characters replaced; 0 when both characters are the same.
     int Replace(wchar_t from, wchar_t to);
 
-    /// Removes leading white space as Unicode defines it, no-break spaces included, whatever the locale.
+    /// Removes leading or trailing white space as Unicode defines it, no-break spaces included, whatever the
+    /// locale.
     /// @return this string.
     CString& TrimLeft();
-
-    /// Removes trailing white space, as `TrimLeft` does at the other end.
-    /// @return this string.
-    CString& TrimRight();
+    CString& TrimRight(); ///< @overload
 
     /// Replaces the string with a formatted text. The directives are the same on every platform:
     ///
@@ -118,9 +116,7 @@ public:
     /// @throws std::bad_alloc; the string is then unchanged.
     void Format(const wchar_t* format, ...);
 
-    /// Does the same with a list of arguments, for a host's own functions with variable arguments.
-    /// @param format as for `Format`.
-    /// @param arguments indeterminate afterwards.
+    /// Does the same with a list of arguments, which are indeterminate afterwards.
     void FormatV(const wchar_t* format, std::va_list arguments);
 
 private:

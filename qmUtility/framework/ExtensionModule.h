@@ -3,10 +3,8 @@
 
 /// @file
 /// The framework's process-wide list of extension modules (libraries that extend it): the subset used here,
-/// or the framework's own list (see `CString.h`).
-///
-/// Include it in source files only (see `platform/Kernel.h`). The list may be used from any thread, because
-/// libraries are loaded from any thread.
+/// or the framework's own list (see `CString.h`). Include it in source files only (see `platform/Kernel.h`).
+/// Any thread may use the list, because any thread may load libraries.
 
 #include "qmUtility/platform/Kernel.h"
 
@@ -43,13 +41,11 @@ public:
     explicit CDynLinkLibrary(const AFX_EXTENSION_MODULE& state);
     CDynLinkLibrary(const CDynLinkLibrary&) = delete;
     CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
-    ~CDynLinkLibrary() = default;
 
     HINSTANCE m_hModule; ///< base address of the module
 };
 
-/// Returns the list, so that tests can tell whether a module is registered. The framework's own readers
-/// (lookups of resources and classes) are not in the subset.
+/// Returns the list, in place of the framework's own readers: lookups of resources and classes.
 /// @return the module of each entry, in the order of registration.
 QMFRAMEWORK_API std::vector<HINSTANCE> ExtensionModules();
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/host/qmSystemInfo.h"
 
+#include <array>
 #include <chrono>
 #include <cmath>
 
@@ -15,25 +16,18 @@ using Clock = std::chrono::steady_clock;
 
 #if defined(__x86_64__)
 
-struct Registers
+/// @return the registers A to D of a CPUID leaf; zeros when the processor has no such leaf.
+std::array<unsigned, 4> Identify(unsigned leaf)
 {
-    unsigned A = 0;
-    unsigned B = 0;
-    unsigned C = 0;
-    unsigned D = 0;
-};
-
-/// @return the registers of a CPUID leaf; zeros when the processor has no such leaf.
-Registers Identify(unsigned leaf)
-{
-    Registers r;
-    __get_cpuid_count(leaf, 0, &r.A, &r.B, &r.C, &r.D);
-    return r;
+    std::array<unsigned, 4> registers{};
+    auto& [a, b, c, d] = registers;
+    __get_cpuid_count(leaf, 0, &a, &b, &c, &d);
+    return registers;
 }
 
 bool HasInvariantCounter()
 {
-    static const bool result = (Identify(0x80000007).D & 1U << 8) != 0;
+    static const bool result = (Identify(0x80000007)[3] & 1U << 8) != 0;
     return result;
 }
 
@@ -74,12 +68,10 @@ std::uint64_t MeasureRate()
 
 std::uint64_t CounterRate()
 {
-    // The counter runs at B / A times the crystal's frequency, C hertz. The nominal frequency in leaf 0x16 is
-    // no substitute for a missing C: it is rounded, and a virtual machine's counter may run at another rate.
-    const Registers r = Identify(0x15);
-    if (r.A != 0 && r.B != 0 && r.C != 0)
-        return std::uint64_t{r.C} * r.B / r.A;
-    return MeasureRate();
+    // The counter runs at b / a times the crystal's frequency, c hertz. The nominal frequency in leaf 0x16 is
+    // no substitute for a missing c: it is rounded, and a virtual machine's counter may run at another rate.
+    const auto [a, b, c, d] = Identify(0x15);
+    return a != 0 && b != 0 && c != 0 ? std::uint64_t{c} * b / a : MeasureRate();
 }
 
 #endif

@@ -8,20 +8,15 @@
 
 namespace {
 
-class LibraryEntry
+struct LibraryEntry
 {
-public:
-    LibraryEntry() { DllMain(Base(), DLL_PROCESS_ATTACH, nullptr); }
-    ~LibraryEntry() { DllMain(Base(), DLL_PROCESS_DETACH, nullptr); }
-    LibraryEntry(const LibraryEntry&) = delete;
-    LibraryEntry& operator=(const LibraryEntry&) = delete;
-
-private:
-    static HINSTANCE Base()
+    LibraryEntry() { Call(DLL_PROCESS_ATTACH); }
+    ~LibraryEntry() { Call(DLL_PROCESS_DETACH); }
+    static void Call(DWORD reason)
     {
         Dl_info library{};
         dladdr(reinterpret_cast<const void*>(&DllMain), &library);
-        return library.dli_fbase;
+        DllMain(library.dli_fbase, reason, nullptr);
     }
 };
 

@@ -12,17 +12,11 @@ AFX_EXTENSION_MODULE extension;
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, void* /*reserved*/)
 {
-    switch (reason) {
-    case DLL_PROCESS_ATTACH:
+    if (reason == DLL_PROCESS_ATTACH) {
         if (!AfxInitExtensionModule(extension, library))
             return 0;
         new CDynLinkLibrary(extension); // owned by the framework
-        break;
-    case DLL_PROCESS_DETACH:
+    } else if (reason == DLL_PROCESS_DETACH)
         AfxTermExtensionModule(extension);
-        break;
-    default: // threads that start or end
-        break;
-    }
-    return 1;
+    return 1; // also when a thread starts or ends
 }

@@ -8,10 +8,9 @@
 /// never that of a standard stream, and interrupted calls are resumed. Nothing here throws but
 /// `std::bad_alloc`.
 
-#include "qmUtility/platform/SystemPath.h"
+#include "qmUtility/platform/Handle.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -70,12 +69,10 @@ public:
     static bool Replace(const SystemPath& path, std::string_view bytes, std::error_code& error);
 
     /// Opens a file for writing in place: truncates it or creates it.
-    explicit File(const SystemPath& path);
-    File(const File&) = delete;
-    ~File();
+    explicit File(const SystemPath& path) : m_handle(path, Handle::Access::Create) {}
 
     /// @return whether the file could be opened, and no write has failed.
-    bool IsOpen() const { return m_handle != Closed; }
+    bool IsOpen() const { return bool(m_handle); }
 
     /// Writes bytes at the end of those written before, with one system call unless it is partial or
     /// interrupted. Allocates nothing.
@@ -83,8 +80,7 @@ public:
     bool Write(std::string_view bytes);
 
 private:
-    static constexpr std::intptr_t Closed = -1;
-    std::intptr_t m_handle; ///< the system's
+    Handle m_handle;
 };
 
 } // namespace platform

@@ -4,10 +4,7 @@
 /// @file
 /// Locks on files, between processes.
 
-#include "qmUtility/platform/SystemPath.h"
-
-#include <cstdint>
-#include <system_error>
+#include "qmUtility/platform/Handle.h"
 
 namespace platform {
 
@@ -17,21 +14,13 @@ namespace platform {
 class FileLock
 {
 public:
-    FileLock() = default;
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-    ~FileLock() { Unlock(); }
-
     /// Locks the file that a path names, if no other lock is on it. Symbolic links are followed.
-    /// @param error why the file cannot be locked; no error when another try may succeed
-    /// @return whether the file is locked and the path still names it. A file is another one after it was
-    ///   replaced.
+    /// @param error why the file cannot be locked; cleared when another try may succeed.
+    /// @return whether the file is locked and the path still names it: it may just have been replaced.
     bool TryLock(const SystemPath& path, std::error_code& error);
 
-    void Unlock();
-
 private:
-    std::intptr_t m_file = -1; ///< the open file, by the system's number
+    Handle m_file;
 };
 
 } // namespace platform

@@ -2,9 +2,10 @@
 #pragma once
 
 /// @file
-/// The Windows kernel services in use. On Windows this header includes the system's header; elsewhere it
-/// declares the subset used here with the same names, widths and meaning, and states each difference. None of
-/// the functions changes `errno`, and there is no last-error code. They may be called from any thread.
+/// The Windows kernel services and C runtime functions in use. On Windows this header includes the system's
+/// headers; elsewhere it declares the subset used here with the same names, widths and meaning, and states
+/// each difference. No kernel service changes `errno`, and there is no last-error code. All functions may be
+/// called from any thread.
 ///
 /// Include it in source files only, because the Windows header defines many macros.
 
@@ -22,6 +23,7 @@
 #else
 
 #include <cstdint>
+#include <cstdio>
 
 using BOOL = int;            ///< 0 for false and failure
 using DWORD = std::uint32_t; ///< 32-bit unsigned integer
@@ -62,13 +64,13 @@ constexpr int THREAD_PRIORITY_NORMAL = 0;         ///< nice value 0
 constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;   ///< nice value -5
 constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highest priority
 
-/// Sets the priority of the calling thread through its nice value. Threads and processes that a raised thread
-/// starts begin at the normal priority.
+/// Sets the priority of the calling thread through its nice value, which is a weight rather than a rank: even
+/// a time-critical thread does not keep a processor from all others. It is not relative to the priority of
+/// the process.
 ///
-/// A nice value is a weight rather than a rank: even a time-critical thread does not keep a processor from
-/// all others. It is not relative to the priority of the process. A raise sets `SCHED_RESET_ON_FORK`: from
-/// then on, new threads and processes inherit neither a negative nice value nor a real-time policy, whoever
-/// set it. Where a sandbox refuses the flag, they inherit the raised priority.
+/// A raise sets `SCHED_RESET_ON_FORK`: new threads and processes then begin at the normal priority and inherit
+/// neither a negative nice value nor a real-time policy, whoever set it. Where a sandbox refuses the flag,
+/// they inherit the raised priority.
 /// @param thread the result of `GetCurrentThread`; other threads are not supported.
 /// @param level one of the three constants above.
 /// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system
@@ -88,14 +90,18 @@ HANDLE GetCurrentProcess();
 /// @return nonzero on success; 0, with nothing stored, for another handle.
 BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user);
 
-/// Writes an entry to standard error, the substitute for a debugger: in UTF-8 whatever the locale, with one
-/// write, and with a newline added when the text does not end in one.
-///
-/// The write blocks while a pipe is full. On a closed pipe the entry is dropped without SIGPIPE, as is a line
-/// of the console log (`StandardStream.h`).
+/// Writes an entry to standard error, the substitute for a debugger, as `StandardStream.h` says. Adds a
+/// newline when the text does not end in one. The write blocks while a pipe is full.
 /// @param text null writes nothing.
 /// @throws std::bad_alloc
 void OutputDebugStringW(const wchar_t* text);
+
+/// Opens a file for reading. It does not wait for the other end of a pipe.
+/// @param path is converted as `CFile::GetStatus` converts it.
+/// @param mode L"rb"; other modes are not supported and behave the same.
+/// @return the file, which the caller closes; null for a directory and for a file that cannot be opened for
+///   reading. `errno` is unspecified then.
+std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode);
 
 constexpr DWORD DLL_PROCESS_DETACH = 0; ///< the library is being unloaded
 constexpr DWORD DLL_PROCESS_ATTACH = 1; ///< the library is being loaded

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include "qmUtility/platform/Handle.h"
 #include "qmUtility/platform/Kernel.h"
 #include "qmUtility/platform/StandardStream.h"
 
 #include <sched.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
-#include <cerrno>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -57,14 +58,13 @@ BOOL SetThreadPriority(HANDLE thread, int level)
         return 0;
     if (thread != GetCurrentThread())
         return 0;
-    const int before = errno;
+    const platform::LastErrorPreserver preserver;
     const bool isSet = setpriority(PRIO_PROCESS, 0, nice) == 0; // process 0 means the calling thread
-    if (isSet && nice < 0) { // threads and processes started by it begin at the normal priority
+    if (isSet && nice < 0) {
         sched_param parameters{};
         sched_getparam(0, &parameters);
         sched_setscheduler(0, sched_getscheduler(0) | SCHED_RESET_ON_FORK, &parameters);
     }
-    errno = before;
     return isSet;
 }
 
@@ -90,4 +90,17 @@ void OutputDebugStringW(const wchar_t* text)
     if (entry.empty() || entry.back() != L'\n')
         entry += L'\n';
     platform::Write(platform::Stream::Error, entry);
+}
+
+std::FILE* _wfopen(const wchar_t* path, const wchar_t* /*mode*/)
+{
+    // The system opens directories too, and fails to read them.
+    platform::Handle handle(
+        platform::OpenDescriptor(platform::SystemPath::FromWindows(path).Get(), O_RDONLY | O_NONBLOCK));
+    struct stat found;
+    const bool isReadable = fstat(handle, &found) == 0 && !S_ISDIR(found.st_mode);
+    std::FILE* const file = isReadable ? fdopen(handle, "rb") : nullptr;
+    if (file != nullptr)
+        handle.Release();
+    return file;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/platform/Utf8.h"
 
+#include <bit>
 #include <cstddef>
 #include <limits>
 #include <type_traits>
@@ -14,9 +15,6 @@ constexpr bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 /// @return the number of bytes that encode the character.
 constexpr int Length(char32_t c) { return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4; }
 
-/// The bits of a sequence's first byte that state its length.
-constexpr char32_t LeadBits(int length) { return length == 1 ? 0 : 0xF00U >> length & 0xFFU; }
-
 } // namespace
 
 bool IsCharacter(char32_t character)
@@ -27,7 +25,8 @@ bool IsCharacter(char32_t character)
 char* EncodeUtf8(char32_t character, char* to)
 {
     const int length = Length(character);
-    *to++ = static_cast<char>(LeadBits(length) | character >> 6 * (length - 1));
+    const char32_t lengthBits = length == 1 ? 0 : 0xF00U >> length & 0xFFU;
+    *to++ = static_cast<char>(lengthBits | character >> 6 * (length - 1));
     for (int following = length - 2; following >= 0; --following)
         *to++ = static_cast<char>(0x80 | (character >> 6 * following & 0x3F));
     return to;
@@ -59,24 +58,20 @@ std::string EncodeUtf8(std::wstring_view text)
 char32_t DecodeUtf8(const char*& text)
 {
     const auto lead = static_cast<unsigned char>(*text++);
-    if (lead < 0x80)
+    const int length = std::countl_one(lead); // of a sequence of several bytes
+    if (length < 2 || length > 4)
         return lead;
-    for (int length = 2; length <= 4; ++length) {
-        const auto lengthMask = static_cast<unsigned>(0xFF80 >> length) & 0xFFU;
-        if ((lead & lengthMask) != LeadBits(length))
-            continue;
-        char32_t c = lead & ~lengthMask & 0xFFU;
-        int following = 1;
-        // The terminating null is not a continuation byte, so nothing after it is read.
-        for (; following != length && (static_cast<unsigned char>(text[following - 1]) & 0xC0) == 0x80;
-             ++following)
-            c = c << 6 | (static_cast<unsigned char>(text[following - 1]) & 0x3F);
-        if (following != length || Length(c) != length || !IsCharacter(c))
-            break;
-        text += length - 1;
-        return c;
+    char32_t c = lead & (0x7FU >> length);
+    for (int i = 0; i != length - 1; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if ((byte & 0xC0) != 0x80) // the terminating null, too: nothing after it is read
+            return lead;
+        c = c << 6 | (byte & 0x3FU);
     }
-    return lead;
+    if (Length(c) != length || !IsCharacter(c))
+        return lead;
+    text += length - 1;
+    return c;
 }
 
 void AppendCharacter(std::wstring& to, char32_t character)

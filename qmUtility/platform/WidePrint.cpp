@@ -8,34 +8,41 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cwchar>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 namespace {
-
-enum class Length
-{
-    None,
-    Char,
-    Short,
-    Long,
-    LongLong,
-    Size,
-    LongDouble,
-};
 
 /// Upper bound of widths and of the precision of numbers: enough for all digits of any number, and too little
 /// for a format to run for minutes or exhaust the memory.
 constexpr int MaximumPadding = 65535;
 
+/// The length modifiers, longer ones first, and those of the C library for them.
+constexpr std::pair<std::wstring_view, std::string_view> LengthModifiers[] = {
+    {L"hh", "hh"}, {L"h", "h"}, {L"ll", "ll"}, {L"l", "l"},    {L"w", "l"},  {L"L", "L"},
+    {L"j", "ll"},  {L"z", "t"}, {L"t", "t"},   {L"I64", "ll"}, {L"I32", ""}, {L"I", "t"}};
+
 struct Directive
 {
     std::string Flags;
     int Width = 0;
-    int Precision = -1; ///< negative if absent
-    platform::Length Length = Length::None;
+    int Precision = -1;      ///< negative if absent
+    std::string_view Length; ///< the C library's modifier
     wchar_t Conversion = 0;
+
+    bool IsCharacter() const { return Conversion == L'c' || Conversion == L'C'; }
+    bool IsString() const { return Conversion == L's' || Conversion == L'S'; }
+    bool IsNarrow() const
+    {
+        return Length.starts_with('h') || ((Conversion == L'S' || Conversion == L'C') && Length != "l");
+    }
+    bool IsAnyOf(std::wstring_view conversions) const
+    {
+        return conversions.find(Conversion) != std::wstring_view::npos;
+    }
 };
 
 /// Interprets a format and appends to a text.
@@ -62,45 +69,30 @@ public:
     }
 
 private:
+    template <class Argument>
+    Argument Next()
+    {
+        return va_arg(m_arguments, Argument); // NOLINT(clang-analyzer-valist.Uninitialized): it is copied
+    }
+
     /// Parses a directive up to its conversion character, which `format` points to afterwards.
     Directive Parse(const wchar_t*& format)
     {
         Directive directive;
         for (; std::wstring_view(L"-+ #0").find(*format) != std::wstring_view::npos; ++format)
             directive.Flags += static_cast<char>(*format);
-
-        directive.Width = ParseNumber(format);
-        if (directive.Width < 0) { // from an argument, and left-aligns
+        const int width = std::clamp(ParseNumber(format), -MaximumPadding, MaximumPadding);
+        if (width < 0) // from an argument, and left-aligns
             directive.Flags += '-';
-            directive.Width = -std::max(directive.Width, -MaximumPadding);
-        }
-        directive.Width = std::min(directive.Width, MaximumPadding);
+        directive.Width = std::abs(width);
         if (*format == L'.')
             directive.Precision = ParseNumber(++format);
-
-        const auto accept = [&format](wchar_t character) {
-            const bool isNext = *format == character;
-            format += isNext ? 1 : 0;
-            return isNext;
-        };
-        if (accept(L'h'))
-            directive.Length = accept(L'h') ? Length::Char : Length::Short;
-        else if (accept(L'l'))
-            directive.Length = accept(L'l') ? Length::LongLong : Length::Long;
-        else if (accept(L'w'))
-            directive.Length = Length::Long;
-        else if (accept(L'L'))
-            directive.Length = Length::LongDouble;
-        else if (accept(L'j'))
-            directive.Length = Length::LongLong;
-        else if (accept(L'z') || accept(L't'))
-            directive.Length = Length::Size;
-        else if (accept(L'I')) {
-            const bool is64 = format[0] == L'6' && format[1] == L'4';
-            const bool is32 = format[0] == L'3' && format[1] == L'2';
-            directive.Length = is64 ? Length::LongLong : is32 ? Length::None : Length::Size;
-            format += is64 || is32 ? 2 : 0;
-        }
+        for (const auto& [modifier, length] : LengthModifiers)
+            if (*format == modifier[0] && std::wcsncmp(format, modifier.data(), modifier.size()) == 0) {
+                directive.Length = length;
+                format += modifier.size();
+                break;
+            }
         directive.Conversion = *format;
         return directive;
     }
@@ -110,7 +102,7 @@ private:
     {
         if (*format == L'*') {
             ++format;
-            return va_arg(m_arguments, int);
+            return Next<int>();
         }
         long long number = 0;
         for (; *format >= L'0' && *format <= L'9'; ++format)
@@ -121,88 +113,47 @@ private:
     /// @return false if there is no such conversion; no argument is consumed then.
     bool Convert(const Directive& directive)
     {
-        switch (directive.Conversion) {
-        case L'd':
-        case L'i':
-        case L'u':
-        case L'o':
-        case L'x':
-        case L'X':
+        if (directive.IsCharacter() || directive.IsString())
+            AppendText(directive);
+        else if (directive.IsAnyOf(L"diuxXo"))
             AppendInteger(directive);
-            return true;
-        case L'a':
-        case L'A':
-        case L'e':
-        case L'E':
-        case L'f':
-        case L'F':
-        case L'g':
-        case L'G':
-            if (directive.Length == Length::LongDouble)
-                AppendNumber(directive, "L", va_arg(m_arguments, long double));
+        else if (directive.IsAnyOf(L"fFeEgGaA")) {
+            if (directive.Length == "L")
+                AppendNumber(directive, "L", Next<long double>());
             else
-                AppendNumber(directive, "", va_arg(m_arguments, double));
-            return true;
-        case L'p': {
+                AppendNumber(directive, "", Next<double>());
+        } else if (directive.Conversion == L'p') {
             Directive number = directive;
             number.Flags += '#';
             number.Conversion = L'x';
-            const auto address = reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*));
+            const auto address = reinterpret_cast<std::uintptr_t>(Next<void*>());
             AppendNumber(number, "ll", static_cast<unsigned long long>(address));
-            return true;
-        }
-        case L'c':
-        case L'C': {
-            const int argument = va_arg(m_arguments, int);
-            const std::size_t start = m_text.size();
-            m_text += static_cast<wchar_t>(IsNarrow(directive, L'C') ? static_cast<unsigned char>(argument)
-                                                                     : argument);
-            Pad(directive, start);
-            return true;
-        }
-        case L's':
-        case L'S':
-            AppendString(directive);
-            return true;
-        case L'n':
-            (void)va_arg(m_arguments, void*);
-            return true;
-        case L'%':
+        } else if (directive.Conversion == L'n')
+            (void)Next<void*>();
+        else if (directive.Conversion == L'%')
             m_text += L'%';
-            return true;
-        default:
+        else
             return false;
-        }
-    }
-
-    static bool IsNarrow(const Directive& directive, wchar_t narrowConversion)
-    {
-        return directive.Length == Length::Short || directive.Length == Length::Char ||
-               (directive.Conversion == narrowConversion && directive.Length != Length::Long);
+        return true;
     }
 
     void AppendInteger(const Directive& directive)
     {
-        switch (directive.Length) {
-        case Length::Char:
-            return AppendNumber(directive, "hh", va_arg(m_arguments, int));
-        case Length::Short:
-            return AppendNumber(directive, "h", va_arg(m_arguments, int));
-        case Length::None:
-            return AppendNumber(directive, "", va_arg(m_arguments, int));
-        case Length::Long:
-            return AppendNumber(directive, "l", va_arg(m_arguments, long));
-        case Length::Size:
-            return AppendNumber(directive, "t", va_arg(m_arguments, std::ptrdiff_t));
-        default:
-            return AppendNumber(directive, "ll", va_arg(m_arguments, long long));
-        }
+        const std::string_view length = directive.Length;
+        if (length.empty() || length.starts_with('h'))
+            AppendNumber(directive, length, Next<int>());
+        else if (length == "l")
+            AppendNumber(directive, length, Next<long>());
+        else if (length == "t")
+            AppendNumber(directive, "t", Next<std::ptrdiff_t>());
+        else
+            AppendNumber(directive, "ll", Next<long long>());
     }
 
     /// Prints a number through the narrow printing of the C library, because the wide one does not report the
     /// size that it needs.
     template <class Number>
-    void AppendNumber(const Directive& directive, const char* length, Number number)
+    void AppendNumber(const Directive& directive, std::string_view length, Number number)
     {
         std::string narrow = '%' + directive.Flags;
         narrow.append("*.*").append(length) += static_cast<char>(directive.Conversion);
@@ -213,22 +164,26 @@ private:
         if (size < 0) // the C library ran out of memory
             return;
         if (static_cast<std::size_t>(size) < local.size())
-            return AppendNarrow(local.data(), SIZE_MAX);
+            return AppendNarrow(local.data());
         std::string large(static_cast<std::size_t>(size) + 1, '\0');
         (void)std::snprintf(large.data(), large.size(), narrow.c_str(), directive.Width, precision, number);
-        AppendNarrow(large.c_str(), SIZE_MAX);
+        AppendNarrow(large.c_str());
     }
 
-    void AppendString(const Directive& directive)
+    /// Appends a character or a string, and pads it.
+    void AppendText(const Directive& directive)
     {
         const std::size_t start = m_text.size();
-        const std::size_t limit =
-            directive.Precision < 0 ? SIZE_MAX : static_cast<std::size_t>(directive.Precision);
-        if (IsNarrow(directive, L'S')) {
-            const char* const text = va_arg(m_arguments, const char*);
+        const auto limit = static_cast<std::size_t>(directive.Precision); // a negative one is none
+        if (directive.IsCharacter()) {
+            const int argument = Next<int>();
+            m_text +=
+                static_cast<wchar_t>(directive.IsNarrow() ? static_cast<unsigned char>(argument) : argument);
+        } else if (directive.IsNarrow()) {
+            const char* const text = Next<const char*>();
             AppendNarrow(text != nullptr ? text : "(null)", limit);
         } else {
-            const wchar_t* text = va_arg(m_arguments, const wchar_t*);
+            const wchar_t* text = Next<const wchar_t*>();
             if (text == nullptr)
                 text = L"(null)";
             std::size_t length = 0;
@@ -236,27 +191,21 @@ private:
                 ++length;
             m_text.append(text, length);
         }
-        Pad(directive, start);
+        const std::size_t length = m_text.size() - start;
+        const auto width = static_cast<std::size_t>(directive.Width);
+        if (length < width)
+            m_text.insert(directive.Flags.find('-') != std::string::npos ? m_text.size() : start,
+                          width - length, L' ');
     }
 
     /// @param limit the most characters to append; nothing after them is read.
-    void AppendNarrow(const char* text, std::size_t limit)
+    void AppendNarrow(const char* text, std::size_t limit = SIZE_MAX)
     {
         const std::size_t start = m_text.size();
         while (m_text.size() - start < limit && *text != 0)
             AppendCharacter(m_text, DecodeUtf8(text));
         if (m_text.size() - start > limit)
             m_text.pop_back(); // half of a surrogate pair
-    }
-
-    /// Pads the text from `start` on to the width of its directive.
-    void Pad(const Directive& directive, std::size_t start)
-    {
-        const std::size_t length = m_text.size() - start;
-        const auto width = static_cast<std::size_t>(directive.Width);
-        if (length < width)
-            m_text.insert(directive.Flags.find('-') != std::string::npos ? m_text.size() : start,
-                          width - length, L' ');
     }
 
     std::wstring& m_text;

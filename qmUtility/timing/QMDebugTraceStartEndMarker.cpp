@@ -18,14 +18,11 @@ std::uint64_t Units(const FILETIME& time)
 /// @return false, with nothing stored, when they are unavailable.
 bool ReadProcessTimes(std::uint64_t& kernel, std::uint64_t& user)
 {
-    FILETIME creation;
-    FILETIME exit;
-    FILETIME kernelTime;
-    FILETIME userTime;
-    if (!GetProcessTimes(CQMProcess::GetHandle(), &creation, &exit, &kernelTime, &userTime))
+    FILETIME times[4]; // creation, exit, kernel, user
+    if (!GetProcessTimes(CQMProcess::GetHandle(), &times[0], &times[1], &times[2], &times[3]))
         return false;
-    kernel = Units(kernelTime);
-    user = Units(userTime);
+    kernel = Units(times[2]);
+    user = Units(times[3]);
     return true;
 }
 
@@ -57,7 +54,7 @@ CQMDebugTraceStartEndMarker::operator=(const CQMDebugTraceStartEndMarker&) = def
 
 CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker()
 {
-    CString line;
+    CString time;
     if (m_bUseTimer) {
         double seconds = 0;
         if (m_bCPU) {
@@ -72,13 +69,11 @@ CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker()
         } else if (m_pTimer != nullptr)
             seconds = m_pTimer->GetLapsedTime(true);
 
-        CString time;
-        time.Format(m_bCPU ? L"%.2f sec (CPU)" : L"%.2f sec", seconds);
-        line.Format(m_bUseLogConsole ? L"%s - End : %s\n" : L">>> %s - End : %s", m_strName.GetString(),
-                    time.GetString());
-    } else
-        line.Format(m_bUseLogConsole ? L"%s - End\n" : L">>> %s - End", m_strName.GetString());
-
+        time.Format(m_bCPU ? L" : %.2f sec (CPU)" : L" : %.2f sec", seconds);
+    }
+    CString line;
+    line.Format(m_bUseLogConsole ? L"%s - End%s\n" : L">>> %s - End%s", m_strName.GetString(),
+                time.GetString());
     if (m_bUseLogConsole)
         CQMConsoleAPI::Log(line.GetString()); // the line is the format, including its percent signs
     else

@@ -12,7 +12,12 @@
 class CQMTimer;
 
 /// Writes a line when it is constructed and another when it is destroyed, the second optionally with the time
-/// in between:
+/// in between.
+///
+///     {
+///         CQMDebugTraceStartEndMarker trace(L"Loading", true, true, false);  // "Loading - Start"
+///         Load();
+///     }                                                                      // "Loading - End : 0.27 sec"
 ///
 /// | to                 | first line           | second line                                    |
 /// |--------------------|----------------------|------------------------------------------------|
@@ -22,11 +27,10 @@ class CQMTimer;
 /// The time is the wall-clock time, "1.23 sec", or the processor time of the whole process, all its threads
 /// included, "1.23 sec (CPU)".
 ///
-/// Names must not contain percent signs: the second line in the console log is passed as a format without
-/// arguments, so a percent sign starts a directive there. The first line prints it verbatim.
+/// Names must not contain percent signs: the console log gets the second line as a format without arguments,
+/// in which they start directives. The first line prints them verbatim.
 ///
-/// **Ownership.** The stopwatch of a marker that measures wall-clock time is never deleted, and copies share
-/// it.
+/// **Ownership.** The stopwatch that measures wall-clock time is never deleted, and copies share it.
 ///
 /// **Threads.** A marker belongs to the thread that creates it.
 ///
@@ -54,8 +58,7 @@ public:
     void SetUseLogConsole(bool bUseLogConsole);
 
     /// Chooses whether the second line carries the time. Does not start to measure: a marker constructed
-    /// without the timer then reports a wall-clock time of 0, or all the processor time of the process so
-    /// far.
+    /// without the timer reports 0, or all the processor time of the process so far.
     void SetUseTimer(bool bUseTimer);
 
 private:

@@ -13,8 +13,7 @@
 /// mode.
 enum eQMFPSType : int
 {
-    /// Frames are counted until their durations add up to at least a second; the rate is their number per
-    /// second of that sum.
+    /// Frames are counted until the sum of their durations reaches a second, and then divided by that sum.
     eQMFPSType_Average = 1,
     /// Every frame has a rate of its own: one second divided by its duration.
     eQMFPSType_Instant = 2,
@@ -38,11 +37,10 @@ enum eQMFPSType : int
 /// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is
 /// then about the square root of twice the true one.
 ///
-/// **Statistics.** Minimum and maximum of the durations include every entry that is in the ring when a frame
-/// ends, and are kept until `Reset`. The empty frames of construction stay in the ring, and count, until
-/// 10000 real ones have replaced them. Minimum and maximum of the rates start again from 2^63 and -2^63 when
-/// their ring wraps, and from 2147483647 and -1 at construction and `Reset`; they, too, include every entry
-/// that is in the ring. Averages are those of the rings' entries.
+/// **Statistics** include every entry that is in the ring when a frame ends. The empty frames of construction
+/// count, too, until 10000 real ones have replaced them. Minimum and maximum of the durations are kept until
+/// `Reset`; those of the rates start again from 2^63 and -2^63 when their ring wraps, and from 2147483647 and
+/// -1 at construction and `Reset`.
 ///
 /// **Copies** share both rings with their source but have write positions of their own; the last owner
 /// deletes the rings.
@@ -73,8 +71,8 @@ public:
     void Start();
 
     /// Ends a frame and updates all figures. Does nothing when no frame is started or the counter is on hold.
-    /// Allocates nothing; takes time proportional to the length of the rate ring, and to that of the duration
-    /// ring in the first frame after construction or `Reset` and after a frame of a copy.
+    /// Allocates nothing. Scans the rate ring, and in the first frame after construction or `Reset` and after
+    /// a frame of a copy the duration ring, too.
     void End();
 
     /// Suspends or resumes counting.
@@ -86,9 +84,9 @@ public:
     void Reset();
 
     /// Replaces the rate ring with an empty one and drops the duration ring. The statistics of the durations
-    /// (`GetTickMinimum`, `GetTickMaximum`, `GetTickAverage`, `GetTickSampleIndex`) then keep their values
-    /// until `Reset` clears them; only `Initialize`, which derived classes may call, brings the duration ring
-    /// back. All other figures, minimum and maximum of the rates included, continue from their values.
+    /// and `GetTickSampleIndex` then keep their values until `Reset`; only `Initialize`, which derived classes
+    /// may call, brings the ring back. All other figures, minimum and maximum of the rates included, continue
+    /// from their values.
     /// @param n the new length; 0 counts as 1.
     /// @throws std::bad_alloc when there is not enough memory or `n` exceeds 32 bits; the counter is then
     ///   unchanged.

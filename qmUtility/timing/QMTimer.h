@@ -15,17 +15,15 @@
 ///     stopwatch.LogLapsedTime(true, false, L"%d records", count);  // ">>> 1200 records : 0.00312 sec"
 ///     const double seconds = stopwatch.GetLapsedTime(false);
 ///
-/// The cost of one counter read is subtracted from every interval.
+/// The cost of one counter read is subtracted from every interval. The stopwatch is **running** while its end
+/// mark equals the start mark plus that cost exactly, and stopped otherwise; there is no other state. The
+/// elapsed time is therefore 0, up to rounding, until an operation moves the end mark.
 ///
-/// The stopwatch is **running** while its end mark equals the start mark plus that cost exactly, and stopped
-/// otherwise; there is no other state. The elapsed time is therefore 0, up to rounding, until an operation
-/// moves the end mark.
+/// **Short intervals.** A stop leaves the stopwatch running if the interval took exactly the calibrated cost:
+/// with nothing between start and stop, 0.3 to 7 % of the stops, depending on the process (measured). A
+/// shorter interval has a negative elapsed time.
 ///
-/// **Short intervals.** A stop leaves the stopwatch running if the interval took exactly the calibrated cost;
-/// a shorter interval has a negative elapsed time. When nothing lies between start and stop, 0.3 to 7 % of
-/// the stops leave the stopwatch running, depending on the process (measured).
-///
-/// **Reports** take two flags: `bStop` ends the interval first, `bRestart` begins a new one afterwards.
+/// **Flags.** `bStop` ends the interval first, `bRestart` begins a new one afterwards.
 ///
 /// **Priority.** Restoring the priority after a raise (`Start`) sets the level that the raise itself
 /// returned, 1 for success and 0 for failure, not the previous level: after a raised measurement the thread
@@ -34,8 +32,7 @@
 /// **Threads.** An instance belongs to one thread at a time. `Start`, `Stop` and the destructor change the
 /// priority of the thread that calls them, whichever thread was raised.
 ///
-/// **Failure.** No operation reports failures of the system's services. Composing a report may throw
-/// std::bad_alloc.
+/// **Failure.** Failures of the system's services are not reported. A report may throw std::bad_alloc.
 class QMUTILITY_API CQMTimer
 {
 public:
@@ -56,8 +53,7 @@ public:
     ~CQMTimer();
 
     /// Begins a new interval.
-    /// @param bSleepFirst gives up the rest of the time slice first, so that the interval begins with a new
-    ///   one.
+    /// @param bSleepFirst gives up the rest of the time slice, so that the interval begins with a new one.
     /// @param bRaisePriority raises the thread to the highest priority (time-critical), unless a priority is
     ///   saved already.
     void Start(bool bSleepFirst, bool bRaisePriority);
@@ -74,29 +70,22 @@ public:
     /// included. Does nothing on a running stopwatch.
     void Resume();
 
-    /// @param bStop ends the interval first.
     /// @return the elapsed seconds.
     double GetLapsedTime(bool bStop);
 
     /// Reports to the console log: ">>> ", the message, " : ", the seconds with five decimals, " sec" and a
-    /// newline.
+    /// newline. The directives are those of `CString::Format`.
     ///
     /// The message is formatted twice, the second time with the seconds as the only argument: to print a
     /// percent sign, write "%%%%" in the format or "%%" in a string argument. The first formatting truncates
     /// the message to 1019 and the line to 1023 characters.
-    /// @param bStop ends the interval first.
-    /// @param bRestart begins a new one afterwards.
-    /// @param format directives as for `CString::Format`.
     void LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
-    /// Reports to the debugger: ">>> ", the label, " : ", the seconds with five decimals, " sec" and a
-    /// newline, truncated to 1023 characters.
-    /// @param bStop ends the interval first.
-    /// @param bRestart begins a new one afterwards.
-    /// @param label printed verbatim.
+    /// Reports to the debugger: ">>> ", the label verbatim, " : ", the seconds with five decimals, " sec" and
+    /// a newline, truncated to 1023 characters.
     void TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label);
 
-    /// Takes the arguments of `LogLapsedTime` and obeys its two flags, but writes nothing: a disabled report.
+    /// Obeys the flags, but writes nothing: a disabled `LogLapsedTime`.
     void DogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
 private:
