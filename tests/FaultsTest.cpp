@@ -53,7 +53,6 @@ bool isReluctant = false; ///< calls are interrupted once, and writes take one b
 std::string_view interrupted;
 constexpr std::string_view Interruptible[] = {
     "close", "close of a new file", "fsync", "fsync of a folder", "ftruncate", "openat", "read", "write"};
-int writes = 0;
 int lowest = INT_MAX;                   ///< descriptor of a file; -1: one that is not closed on exec
 int reopened = -1;                      ///< what the host makes its standard output during the next call
 int newFile = -1;                       ///< descriptor of the file that was created last
@@ -132,7 +131,6 @@ extern "C" int openat(int folder, const char* path, int flags, ...)
 
 extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
 {
-    ++writes;
     return CALL(write, ENOSPC, file, buffer, isReluctant ? 1 : size);
 }
 
@@ -186,20 +184,21 @@ namespace {
 const struct Operation
 {
     std::string_view Name;
+    int Writes; ///< one for each record, so that what is written survives the host
     /// @return how much was found, or whether all went well; the opposite when the file cannot be read or not
     ///   be opened for writing.
     std::function<std::size_t(const std::string& path)> Run;
 } Operations[] = {
-    {"GetValue", [](auto& p) { return INIParser::GetValue("l", "S", p).size(); }},
-    {"wide GetValue", [](auto& p) { return INIParser::GetValue(L"l", L"S", Widen(p)).size(); }},
-    {"GetSection", [](auto& p) { return INIParser::GetSection("S", p).size(); }},
-    {"RecordExists", [](auto& p) { return INIParser::RecordExists("x", "S", p); }},
-    {"wide SectionExists", [](auto& p) { return INIParser::SectionExists(L"x", Widen(p)); }},
-    {"Content", [](auto& p) { return INIParser::Content(p).size(); }},
-    {"Create", [](auto& p) { return INIParser::Create(p); }},
-    {"Sort", [](auto& p) { return INIParser::Sort(p, true); }},
-    {"SetValue", [](auto& p) { return INIParser::SetValue("k", "2", "S", p); }},
-    {"wide SetValue", [](auto& p) { return INIParser::SetValue(L"k", L"2", L"S", Widen(p)); }},
+    {"GetValue", 0, [](auto& p) { return INIParser::GetValue("l", "S", p).size(); }},
+    {"wide GetValue", 0, [](auto& p) { return INIParser::GetValue(L"l", L"S", Widen(p)).size(); }},
+    {"GetSection", 0, [](auto& p) { return INIParser::GetSection("S", p).size(); }},
+    {"RecordExists", 0, [](auto& p) { return INIParser::RecordExists("x", "S", p); }},
+    {"wide SectionExists", 0, [](auto& p) { return INIParser::SectionExists(L"x", Widen(p)); }},
+    {"Content", 0, [](auto& p) { return INIParser::Content(p).size(); }},
+    {"Create", 0, [](auto& p) { return INIParser::Create(p); }},
+    {"Sort", 10, [](auto& p) { return INIParser::Sort(p, true); }},
+    {"SetValue", 8, [](auto& p) { return INIParser::SetValue("k", "2", "S", p); }},
+    {"wide SetValue", 8, [](auto& p) { return INIParser::SetValue(L"k", L"2", L"S", Widen(p)); }},
 };
 
 constexpr std::size_t Threw = std::string::npos; ///< the result of an operation that ended with an exception
@@ -230,11 +229,12 @@ protected:
             return std::pair(result, Read(m_path));
         };
         const auto [good, edited] = run(-1);
-        for (int n = 0;; ++n) {
+        int writes = 0;
+        failed = New;
+        for (int n = 0; !failed.empty(); ++n) {
             failed = {};
             const auto [result, after] = run(n);
-            if (failed.empty())
-                return;
+            writes += failed == "write";
             bool isAsDocumented = result == good && after == edited && failed != New;
             if (result == Threw)
                 isAsDocumented = after == m_text && (failed == New || failure == Failure::All);
@@ -245,6 +245,7 @@ protected:
             EXPECT_TRUE(isAsDocumented) << operation.Name << ", call " << n << " (" << failed << ") gave "
                                         << result << " and a file of " << after.size() << " bytes";
         }
+        EXPECT_EQ(writes, operation.Writes) << operation.Name;
     }
 
     /// @return a text with a value of this length.
@@ -490,10 +491,9 @@ TEST_F(Saves, KeepTheFileAndResumeInterruptedCalls)
         isReluctant = false;
         EXPECT_EQ(Read(m_file), m_new);
         EXPECT_EQ(order, target.Make == MakeName ? 1U : 123U);
-        if (target.Length != 0)
-            EXPECT_EQ(status(), before);
-        else
-            EXPECT_EQ(fs::status(m_file).permissions(), fs::status(Write("")).permissions());
+        EXPECT_TRUE(target.Length == 0 || status() == before);
+        EXPECT_TRUE(target.Length != 0 ||
+                    fs::status(m_file).permissions() == fs::status(Write("")).permissions());
     }
 }
 
@@ -532,16 +532,6 @@ TEST_F(Saves, AndOtherCallsTakeNoClosedStandardStream)
     dup2(output, STDOUT_FILENO);
     close(output);
     EXPECT_NE(flags, -1) << "what the host opened meanwhile was closed";
-}
-
-TEST_F(Faults, EachRecordIsFlushed)
-{
-    Write("; c\n[S]\na=1\n\nb=2\n");
-    writes = 0;
-    EXPECT_TRUE(INIParser::SetValue("a", "2", "S", m_path));
-    EXPECT_EQ(std::exchange(writes, 0), 3);
-    EXPECT_TRUE(INIParser::SetValue(L"a", L"3", L"T", Widen(m_path)));
-    EXPECT_EQ(writes, 5);
 }
 
 TEST(Console, WritesAreInterruptedAndPartial)
