@@ -31,8 +31,7 @@ std::string Records(INISyntax syntax, const auto& text)
     const std::decay_t<decltype(text)> before = {'k', '=', '1', '\n'};
     Document document(syntax);
     EXPECT_TRUE(document.Parse(before));
-    const std::string records =
-        ResultOrLine([&] { return document.Parse(text) ? Flat(document) : "no text"; });
+    std::string records = ResultOrLine([&] { return document.Parse(text) ? Flat(document) : "no text"; });
     EXPECT_EQ(document.Text(), records == "no text" || records.starts_with("line") ? before : text);
     return records;
 }
