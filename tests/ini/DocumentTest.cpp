@@ -208,7 +208,7 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"; c\n\nk=1\n[S]\n", DeleteRecord("k", ""), "; c\n\n[S]\n"},
         {"k=1\n  more\n more\nl=2\n", DeleteRecord("k", ""), "l=2\n"},
         {"[S]\na=1\n# x\n\n[T]\n", DeleteSection("S"), "[T]\n"},
-        {"[S]\na=1\n#[B]\n#b=2\n; c\nz=3\n[T]\n", DeleteSection("S"), "#[B]\n#b=2\n[T]\n"},
+        {"[S]\na=1\n#[B]\n#b=2\n; c\nz=3\n y\n[T]\n", DeleteSection("S"), "#[B]\n#b=2\n[T]\n"},
         {"[ S ]\n", RenameSection("S", "a[b"), "[ a[b ]\n"},
 
         {BOM "k=1\n  l=2", CommentRecord(Hash, "k", ""), BOM "#k=1\n  l=2"},

@@ -211,7 +211,7 @@ TEST(Document, GetConverts)
     check(std::optional(false), {"False", "no", "oFF", "0"});
     check(std::optional<bool>(), {"", "2", "t", "true.", "t rue"});
     check(std::optional(-12), {"-12", "-0012"});
-    check(std::optional<int>(), {"", "-", "+1", "1 2", "0x1", "1.0", "2147483648", "1\xB2"});
+    check(std::optional<int>(), {"", "-", "+1", "1 2", "1-2", "0x1", "1.0", "2147483648", "1\xB2"});
     check(std::optional<unsigned>(), {"-1", "4294967296"});
     check(std::optional<std::int8_t>(), {"128", "A"});
     check(std::optional(std::numeric_limits<std::int64_t>::min()), {"-9223372036854775808"});
