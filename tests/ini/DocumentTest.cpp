@@ -277,12 +277,13 @@ TEST(Document, ArgumentsMayPointIntoIt)
 
 TEST(Document, CopiesAreIndependent)
 {
-    INIDocument document;
+    INIDocument document(Parser);
     EXPECT_TRUE(document.Parse("[S]\nk=1\n"));
-    INIDocument copy = document;
-    EXPECT_TRUE(copy.SetValue("k", "2", "S") && document.SetValue("l", "3", "S"));
+    INIDocument copy;
+    copy = document; // with its syntax, in which a value may begin with a blank
+    EXPECT_TRUE(copy.SetValue("k", " 2", "S") && document.SetValue("l", "3", "S"));
     std::swap(copy, document);
-    EXPECT_EQ(document.Text() + copy.Text(), "[S]\nk=2\n[S]\nk=1\nl=3\n");
+    EXPECT_EQ(document.Text() + copy.Text(), "[S]\nk= 2\n[S]\nk=1\nl=3\n");
     document = std::move(copy);
     EXPECT_EQ(document.Text(), "[S]\nk=1\nl=3\n");
     // What it was moved from is as a new one.

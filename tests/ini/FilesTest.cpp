@@ -11,6 +11,7 @@
 #include <codecvt>
 #include <locale>
 #include <system_error>
+#include <utility>
 
 namespace {
 
