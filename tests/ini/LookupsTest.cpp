@@ -190,8 +190,8 @@ TEST_F(Lookups, FindTheFirstMatch)
                      INIParser::SectionExists(Widen(section), m_widePath));
     // Without a header of the empty name, a key above the first header makes the section.
     EXPECT_TRUE(document.Parse("#k=0\n[S]\nk=1\n") && !document.SectionExists(""));
-    EXPECT_TRUE(INIParser::SectionExists("", Write("#k=0\n[S]\n")));
-    EXPECT_EQ(INIParser::Content(m_path), "#k=0\n[S]\n");
+    EXPECT_TRUE(INIParser::SectionExists("", Write("#k=0\n;lost\n[a=b]\n;c\n[S]\n")));
+    EXPECT_EQ(INIParser::Content(m_path), "#k=0\na=b\n;c\n[S]\n");
 }
 
 TEST(Document, GetConverts)
