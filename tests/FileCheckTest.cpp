@@ -7,7 +7,6 @@
 #endif
 
 #include <chrono>
-#include <tuple>
 #include <type_traits>
 
 namespace {
@@ -42,8 +41,12 @@ TEST_F(FileCheck, ModifiedMeansThatTheTimeDiffers)
         static std::string text;
         std::ofstream(path) << (text += '1'); // of another size each time
     };
-    // type of file, times of modification before and after, modified, deleted
-    const std::tuple<void (*)(const char*), int, int, bool, bool> cases[] = {
+    const struct
+    {
+        void (*Create)(const char* path);
+        int Before, After; ///< times of modification
+        bool IsModified, IsDeleted;
+    } cases[] = {
         {write, 5, 6, true, false},
         {write, 5, 4, true, false},
         {write, 5, 5, false, false},
@@ -64,7 +67,7 @@ TEST_F(FileCheck, ModifiedMeansThatTheTimeDiffers)
                 create(path.c_str()), SetTime(path, time);
         };
         put(before);
-        CQMFileCheck file((L" \t" + WidePath("f") + L"\n").c_str());
+        CQMFileCheck file(WidePath("f").c_str());
         EXPECT_FALSE(file.CheckModified());
         put(after);
         for (int i = 0; i != 2; ++i)
@@ -78,18 +81,17 @@ TEST_F(FileCheck, ModifiedMeansThatTheTimeDiffers)
 
 TEST_F(FileCheck, TheListReportsAModificationUntilItIsEmptied)
 {
+    using List = CQMFileCheckAPI;
+    const auto isInitial = [] { return List::m_files.GetSize() == 0 && !List::m_bMonitor; };
+    const auto check = [](bool isMonitoring) {
+        List::Enable(isMonitoring);
+        return List::Check();
+    };
     for (const char* const name : {"a", "b"})
         SetTime(Write("1", name), 5);
-    const auto isInitial = [] {
-        return CQMFileCheckAPI::m_files.GetSize() == 0 && !CQMFileCheckAPI::m_bMonitor;
-    };
     EXPECT_TRUE(isInitial());
     for (const char* const name : {"a", "b", "absent", "b"})
-        EXPECT_TRUE(CQMFileCheckAPI::AddWatchDog(WidePath(name).c_str()));
-    const auto check = [](bool isMonitoring) {
-        CQMFileCheckAPI::Enable(isMonitoring);
-        return CQMFileCheckAPI::Check();
-    };
+        EXPECT_TRUE(List::AddWatchDog(WidePath(name).c_str()));
     EXPECT_FALSE(check(true));
     SetTime(Path("b"), 6);
     EXPECT_FALSE(check(false));
@@ -98,10 +100,9 @@ TEST_F(FileCheck, TheListReportsAModificationUntilItIsEmptied)
     EXPECT_FALSE(check(true)) << "the time is the former one";
     SetTime(Path("a"), 6); // the first alone
     EXPECT_TRUE(check(true) && check(true));
-
-    EXPECT_TRUE(CQMFileCheckAPI::Initialize() && isInitial());
-    CQMFileCheckAPI::AddWatchDog(WidePath("a").c_str());
-    const CQMFileCheckAPI instance; // empties the list as well
+    EXPECT_TRUE(List::Initialize() && isInitial());
+    List::AddWatchDog(WidePath("a").c_str());
+    const List instance; // empties the list as well
     EXPECT_TRUE(isInitial());
 }
 

@@ -56,17 +56,14 @@ TEST(Array, GrowsByAnEighthWithinBoundsAndRejectsIndexesAndSizesOutOfRange)
 TEST(Framework, TypesHaveTheMembersThatTheirUsersExpect)
 {
     const CString text = L"ab";
-    const CString later = L"b";
     EXPECT_EQ(std::wstring(text), L"ab");
     EXPECT_TRUE(CString().IsEmpty() && !text.IsEmpty());
-    EXPECT_EQ(text.GetLength(), 2);
-    EXPECT_TRUE(text[0] == L'a' && text[2] == L'\0');
+    EXPECT_TRUE(text.GetLength() == 2 && text[0] == L'a' && text[2] == L'\0');
     for (const std::ptrdiff_t index : {-1, 3})
         EXPECT_EQ(Cause([&] { (void)text[index]; }), -1) << index;
-    CString sum = L'<' + text + L"c" + later;
-    sum += L"d";
-    sum += L'e';
-    EXPECT_EQ(sum + L'>', L"<abcbde>");
+    CString sum = L'<' + text + L"c" + text;
+    (sum += L"d") += L'e';
+    EXPECT_EQ(sum + L'>', L"<abcabde>");
 
     const auto compare = [](const auto& a, const auto& b) {
         return std::tuple(a == b, a != b, a<b, a> b, a <= b, a >= b);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/ini/INIParser.h"
+#include "tests/ini/Records.h"
 #include "tests/support/TemporaryFolder.h"
 
 #if !defined(_WIN32)
@@ -9,21 +10,26 @@
 
 #include <codecvt>
 #include <locale>
+#include <system_error>
+#include <utility>
 
 namespace {
+
+using namespace std::string_literals;
 
 class Files : public TemporaryFolder
 {
 protected:
     ~Files() override { std::locale::global(std::locale::classic()); }
 
-    /// Has the global locale convert by the facet.
-    static void ConvertBy(auto* facet) { std::locale::global(std::locale(std::locale::classic(), facet)); }
+    const std::string m_path = Path("test.ini");
+    const std::wstring m_widePath = WidePath("test.ini");
+    std::error_code m_error = std::make_error_code(std::errc::io_error);
 };
 
 TEST_F(Files, PathsThatNameNoFileAreUnreadable)
 {
-    const std::string withNul = Write("[S]\nk=1\n") + std::string("\0.ini", 5);
+    const std::string withNul = Write("[S]\nk=1\n") + "\0.ini"s;
     EXPECT_FALSE(INIParser::Create(withNul));
     for (const std::string& path : {withNul, Path("missing.ini"), Path("")}) {
         const std::wstring wide(path.begin(), path.end());
@@ -34,7 +40,22 @@ TEST_F(Files, PathsThatNameNoFileAreUnreadable)
         EXPECT_FALSE(INIParser::SetValue(L"k", L"1", L"S", wide));
     }
     EXPECT_FALSE(std::filesystem::exists(Path("missing.ini"))); // nor created
-    EXPECT_EQ(Read(Path("test.ini")), "[S]\nk=1\n");
+    EXPECT_EQ(Read(m_path), "[S]\nk=1\n");
+
+    const std::pair<std::string, std::errc> cases[] = {
+        {Path("missing.ini"), std::errc::no_such_file_or_directory},
+        {Path(""), std::errc::is_a_directory},
+        {Write("a\0=1\n"s), std::errc::illegal_byte_sequence},
+    };
+    INIDocument document;
+    ASSERT_TRUE(document.Parse("[S]\n"));
+    for (const auto& [path, reason] : cases) {
+        EXPECT_FALSE(document.Load(path, m_error));
+        EXPECT_EQ(m_error, reason);
+        EXPECT_EQ(document.Text(), "[S]\n");
+    }
+    EXPECT_FALSE(document.Save(Path("no such folder/new.ini"), m_error));
+    EXPECT_EQ(m_error, std::errc::no_such_file_or_directory);
 }
 
 TEST_F(Files, EveryByteSurvivesBothWidths)
@@ -46,15 +67,25 @@ TEST_F(Files, EveryByteSurvivesBothWidths)
     while (all.size() < 5000) // more than is converted in one go
         all += all;
     all += '.'; // no blank at the end
-    const std::wstring wide = Widen(all);
-    const std::string path = Write("[S]\nk=" + all + "\nx=\n");
+    Write("[S]\nk=" + all + "\nx=\n");
+    EXPECT_EQ(INIParser::GetValue("k", "S", m_path), all);
+    EXPECT_EQ(INIParser::GetValue(L"k", L"S", m_widePath), Widen(all));
+    EXPECT_TRUE(INIParser::SetValue(L"x", Widen(all), L"S", m_widePath));
+    EXPECT_EQ(Read(m_path), "[S]\nk=" + all + "\nx=" + all + "\n");
+    EXPECT_TRUE(INIParser::SetValue("x", "", "S", m_path));
+    EXPECT_EQ(Read(m_path), " [S]\n k=" + all + "\n x=\n");
 
-    EXPECT_EQ(INIParser::GetValue("k", "S", path), all);
-    EXPECT_EQ(INIParser::GetValue(L"k", L"S", WidePath("test.ini")), wide);
-    EXPECT_TRUE(INIParser::SetValue(L"x", wide, L"S", WidePath("test.ini")));
-    EXPECT_EQ(Read(path), "[S]\nk=" + all + "\nx=" + all + "\n");
-    EXPECT_TRUE(INIParser::SetValue("x", "", "S", path));
-    EXPECT_EQ(Read(path), " [S]\n k=" + all + "\n x=\n");
+    const std::string text = BOM ";\x1A\r\n\n" + all + "\r\n  more";
+    INIDocument document(Parser);
+    WINIDocument wide(Parser);
+    EXPECT_TRUE(wide.Parse(Widen(text)) && wide.Save(m_widePath, m_error) && !m_error);
+    m_error = std::make_error_code(std::errc::io_error);
+    EXPECT_TRUE(document.Load(m_path, m_error) && !m_error && document.Save(Path("new.ini")));
+    EXPECT_EQ(document.Text(), text);
+    EXPECT_TRUE(wide.Load(Path("new.ini")));
+    EXPECT_EQ(wide.Text(), Widen(text));
+    EXPECT_TRUE(INIDocument().Save(m_path));
+    EXPECT_EQ(Read(m_path), "");
 }
 
 /// UTF-8, for characters up to 0x7FF, that marks the end of each text.
@@ -68,38 +99,72 @@ struct MarkedUtf8 : std::codecvt_utf8_utf16<wchar_t, 0x7FF>
     }
 };
 
-TEST_F(Files, AGlobalLocaleConvertsTheWideForm)
+TEST_F(Files, TheLocaleConvertsTheWideForm)
 {
-    ConvertBy(new MarkedUtf8);
-    const std::string path = Write("[S]\nk=\u00E4\nx=1\n");
-    const std::wstring wide = WidePath("test.ini");
+    std::locale::global(std::locale(std::locale::classic(), new MarkedUtf8));
+    Write("[S]\nk=\u00E4\nx=1\n");
+    EXPECT_EQ(INIParser::GetValue(L"k", L"S", m_widePath), L"\u00E4");
+    const std::wstring value(3000, L'\u00E4');
+    std::string encoded;
+    while (encoded.size() != 6000)
+        encoded += "\u00E4";
+    // The first character cannot be converted, nor can half a surrogate pair.
+    EXPECT_TRUE(
+        INIParser::SetValue(L"k", L"\u20AC" + value + L"\u20AC!" + wchar_t(0xD83D), L"S", m_widePath));
+    EXPECT_EQ(Read(m_path), "[S]\nk=?" + encoded + "?!?\nx=1\n.");
 
-    EXPECT_EQ(INIParser::GetValue(L"k", L"S", wide), L"\u00E4");
-    std::wstring value = L"\u20AC"; // which cannot be converted, as half a surrogate pair cannot
-    std::string encoded = "?";
-    for (int i = 0; i != 3000; ++i)
-        value += L'\u00E4', encoded += "\u00E4";
-    EXPECT_TRUE(INIParser::SetValue(L"k", value + L"\u20AC!" + wchar_t(0xD83D), L"S", wide));
-    EXPECT_EQ(Read(path), "[S]\nk=" + encoded + "?!?\nx=1\n.");
-
-    // A byte that cannot be decoded: the wide form does not read the file, and does not harm it.
-    for (const char* const text : {"[S]\nk=\xFF\nx=1\n", "[S]\nx=1\n\xC3"}) {
-        Write(text);
-        EXPECT_EQ(INIParser::GetValue(L"x", L"S", wide), L"");
-        EXPECT_TRUE(INIParser::RecordExists(L"none", L"S", wide));
-        EXPECT_FALSE(INIParser::SetValue(L"x", L"2", L"S", wide));
-        EXPECT_EQ(Read(path), text);
-        EXPECT_EQ(INIParser::GetValue("x", "S", path), "1");
+    WINIDocument document;
+    WINIDocument classic(Common, std::locale::classic());
+    EXPECT_TRUE(document.Load(Write("k=\u00E4\n")) && classic.Load(m_path));
+    EXPECT_EQ(document.GetValue(L"k", L""), L"\u00E4");
+    EXPECT_EQ(classic.GetValue(L"k", L""), L"\u00C3\u00A4");
+    EXPECT_TRUE(document.SetValue(L"k", value, L"") && document.Save(m_path));
+    EXPECT_EQ(Read(m_path), "k=" + encoded + "\n.");
+    for (WINIDocument* const refused : {&document, &classic}) {
+        EXPECT_TRUE(refused->SetValue(L"k", L"\u20AC", L""));
+        EXPECT_FALSE(refused->Save(m_path, m_error));
+        EXPECT_EQ(m_error, std::errc::illegal_byte_sequence);
+        EXPECT_FALSE(refused->Save(Path("new.ini")) || std::filesystem::exists(Path("new.ini")));
+        EXPECT_EQ(Read(m_path), "k=" + encoded + "\n.");
     }
+}
+
+TEST_F(Files, BytesThatCannotBeDecodedAreNotReadAndNotHarmed)
+{
+    const std::locale locales[] = {
+        std::locale(std::locale::classic(), new std::codecvt_utf8<wchar_t>),
+#if !defined(_WIN32)
+        std::locale("C.UTF-8"),
+#endif
+    };
+    for (const std::locale& locale : locales)
+        for (const std::string& text :
+             {"[S]\nx=1\nk=\xFF\n"s, "[S]\nx=1\n\xC3"s, "[S]\nx=1\nk=\xE2\x82\0\xAC\n"s}) {
+            std::locale::global(locale);
+            Write(text);
+            EXPECT_EQ(INIParser::GetValue(L"x", L"S", m_widePath), L"");
+            EXPECT_TRUE(INIParser::RecordExists(L"none", L"S", m_widePath));
+            EXPECT_FALSE(INIParser::SetValue(L"x", L"2", L"S", m_widePath));
+            EXPECT_EQ(INIParser::GetValue("x", "S", m_path), "1");
+            WINIDocument document;
+            EXPECT_TRUE(document.Parse(L"k=1"));
+            EXPECT_FALSE(document.Load(m_path, m_error));
+            EXPECT_EQ(m_error, std::errc::illegal_byte_sequence);
+            EXPECT_EQ(document.Text(), L"k=1");
+            EXPECT_EQ(Read(m_path), text);
+        }
+    Write("[S]\nk=\0\xE2\x82\xAC\n"s);
+    EXPECT_EQ(INIParser::GetValue(L"k", L"S", m_widePath), L"\0\u20AC"s);
 }
 
 TEST_F(Files, WidePathsAreUnicodeWhateverTheLocale)
 {
-    const auto utf8 = std::filesystem::u8path("Gr\u00F6\u00DFe \u20AC \U0001F600.ini");
-    std::filesystem::rename(Write("[S]\nk=1\n"), Path("") / utf8);
     const std::wstring path = WidePath("") + L"Gr\u00F6\u00DFe \u20AC \U0001F600.ini";
+    Write("[S]\nk=1\n");
+    std::filesystem::rename(m_path,
+                            Path("") / std::filesystem::u8path("Gr\u00F6\u00DFe \u20AC \U0001F600.ini"));
     EXPECT_TRUE(INIParser::SetValue(L"k", L"2", L"S", path));
-    ConvertBy(new std::codecvt_utf16<wchar_t>);
+    std::locale::global(std::locale(std::locale::classic(), new std::codecvt_utf16<wchar_t>));
     EXPECT_FALSE(INIParser::SectionExists(L"S", path)); // it opens, though not as UTF-16
 }
 
@@ -107,33 +172,18 @@ TEST_F(Files, WidePathsAreUnicodeWhateverTheLocale)
 
 TEST_F(Files, ARewriteKeepsTheFileAndItsLinks)
 {
-    const std::string path = Write("[S]\nk=1\n");
-    std::filesystem::permissions(path, std::filesystem::perms(0642));
+    Write("[S]\nk=1\n");
+    std::filesystem::permissions(m_path, std::filesystem::perms(0642));
     std::filesystem::create_symlink("test.ini", Path("link.ini"));
-    std::filesystem::create_hard_link(path, Path("same.ini"));
+    std::filesystem::create_hard_link(m_path, Path("same.ini"));
     EXPECT_TRUE(INIParser::SetValue("k", "2", "S", Path("link.ini")));
-    EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0642));
+    EXPECT_EQ(std::filesystem::status(m_path).permissions(), std::filesystem::perms(0642));
     EXPECT_TRUE(std::filesystem::is_symlink(Path("link.ini")));
-    EXPECT_EQ(Read(path) + Read(Path("same.ini")), " [S]\n k=2\n [S]\n k=2\n");
-    EXPECT_TRUE(INIParser::Create(path) && std::filesystem::is_empty(path));
+    EXPECT_EQ(Read(m_path) + Read(Path("same.ini")), " [S]\n k=2\n [S]\n k=2\n");
+    EXPECT_TRUE(INIParser::Create(m_path) && std::filesystem::is_empty(m_path));
 }
 
-TEST_F(Files, ACharacterThatANulOrTheEndCutsShortIsUndecodable)
-{
-    using namespace std::string_literals;
-    std::locale::global(std::locale("C.UTF-8"));
-    const std::wstring wide = WidePath("test.ini");
-    for (const std::string& text : {"[S]\nx=1\nk=\xE2\x82\0\xAC\n"s, "[S]\nx=1\n\xE2\x82"s}) {
-        const std::string path = Write(text);
-        EXPECT_EQ(INIParser::GetValue(L"x", L"S", wide), L"");
-        EXPECT_FALSE(INIParser::SetValue(L"x", L"2", L"S", wide));
-        EXPECT_EQ(Read(path), text);
-    }
-    Write("[S]\nk=\0\xE2\x82\xAC\n"s);
-    EXPECT_EQ(INIParser::GetValue(L"k", L"S", wide), L"\0\u20AC"s);
-}
-
-TEST_F(Files, FilesWithoutASizeLoadWhole)
+TEST_F(Files, WithoutASizeLoadWhole)
 {
     int pipes[2] = {};
     ASSERT_EQ(pipe(pipes), 0);
@@ -144,16 +194,6 @@ TEST_F(Files, FilesWithoutASizeLoadWhole)
     EXPECT_EQ(INIParser::GetValue("k", "S", "/dev/fd/" + std::to_string(pipes[0])), "1");
     close(pipes[0]);
     EXPECT_FALSE(INIParser::RecordExists("k", "S", "/proc/self/environ")); // readable, and not a line in it
-}
-
-TEST_F(Files, WidePathsThatAreNotUnicodeOpenNothing)
-{
-    for (const char* const name : {"\xED\xA0\x80", "\xED\xBF\xBF", "\xF4\x90\x80\x80"})
-        Write("[S]\n", name);
-    for (const wchar_t c : {wchar_t(0xD800), wchar_t(0xDFFF), wchar_t(0x110000), wchar_t(-1)}) {
-        EXPECT_TRUE(INIParser::RecordExists(L"k", L"S", WidePath("") + c));
-        EXPECT_FALSE(INIParser::SetValue(L"k", L"1", L"S", WidePath("") + c));
-    }
 }
 
 #endif

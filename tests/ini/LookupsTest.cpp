@@ -1,169 +1,224 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/ini/INIParser.h"
+#include "tests/ini/Records.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <array>
-#include <map>
-#include <set>
-#include <sstream>
-#include <tuple>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <optional>
+#include <type_traits>
 #include <vector>
 
 namespace {
 
+using namespace std::string_literals;
+
+/// @return the result of a call, or "line " and the number of the malformed header that it reports.
+std::string ResultOrLine(const std::function<std::string()>& call)
+{
+    try {
+        return call();
+    } catch (const INIFormatError& error) {
+        EXPECT_STREQ(error.what(), "invalid string position");
+        return "line " + std::to_string(error.Line());
+    }
+}
+
+/// @return the records of a text, or what is wrong with it, which leaves the document as it was.
+template <class Document>
+std::string Records(INISyntax syntax, const auto& text)
+{
+    const std::decay_t<decltype(text)> before = {'k', '=', '1', '\n'};
+    Document document(syntax);
+    EXPECT_TRUE(document.Parse(before));
+    std::string records = ResultOrLine([&] { return document.Parse(text) ? Flat(document) : "no text"; });
+    EXPECT_EQ(document.Text(), records == "no text" || records.starts_with("line") ? before : text);
+    return records;
+}
+
 class Lookups : public TemporaryFolder
 {
 protected:
-    /// @return each record as "comments|Commented|Section|Key|Value"
-    static std::vector<std::string> Flat(const auto& records)
+    /// Checks which record `INIParser` finds in both widths, if any.
+    void ExpectInFile(const std::string& narrowKey, const std::string& narrowSection,
+                      const std::string& record) const
     {
-        std::vector<std::string> flat;
-        const auto add = [&](const auto& field) { flat.back().append(field.begin(), field.end()) += '|'; };
-        for (const auto& [comments, commented, section, key, value] : records) {
-            flat.emplace_back();
-            add(comments), add(std::vector{commented}), add(section), add(key), add(value);
-            flat.back().pop_back();
-        }
-        return flat;
-    }
-
-    /// Compares what both widths find.
-    void ExpectFirst(const std::string& key, const std::string& section,
-                     const std::vector<std::string>& record)
-    {
-        SCOPED_TRACE(testing::Message() << section << "/" << key);
-        const std::wstring wideKey = Widen(key);
-        const std::wstring wideSection = Widen(section);
-        EXPECT_EQ(Flat(INIParser::GetRecord(key, section, m_path)), record);
-        EXPECT_EQ(Flat(INIParser::GetRecord(wideKey, wideSection, m_widePath)), record);
-        EXPECT_EQ(INIParser::RecordExists(key, section, m_path), !record.empty());
-        EXPECT_EQ(INIParser::RecordExists(wideKey, wideSection, m_widePath), !record.empty());
-        const std::string value = record.empty() ? "" : record[0].substr(record[0].rfind('|') + 1);
-        EXPECT_EQ(INIParser::GetValue(key, section, m_path), value);
-        EXPECT_EQ(INIParser::GetValue(wideKey, wideSection, m_widePath), Widen(value));
+        const auto check = [&](const auto& key, const auto& section, const auto& path) {
+            const auto found = INIParser::GetRecord(key, section, path);
+            EXPECT_EQ(Flat(found), record);
+            EXPECT_EQ(INIParser::RecordExists(key, section, path), !record.empty());
+            EXPECT_EQ(INIParser::GetValue(key, section, path),
+                      found.empty() ? key.substr(0, 0) : found[0].Value);
+        };
+        check(narrowKey, narrowSection, m_path);
+        check(Widen(narrowKey), Widen(narrowSection), m_widePath);
     }
 
     const std::string m_path = Path("test.ini");
     const std::wstring m_widePath = WidePath("test.ini");
 };
 
-TEST_F(Lookups, ReadRecordsOfBothWidths)
+TEST_F(Lookups, ReadRecords)
 {
-    using namespace std::string_literals;
-    const std::pair<std::string, std::vector<std::string>> cases[] = {
-        {"[A]\nk=v", {"| |A||"}},                                   // the last line has no newline
-        {"[S]\n  key = value  \n", {"| |S||", "| |S|key | value"}}, // outer blanks go, inner ones stay
-        {"\t[S]\r\n\r\n \t k=v\r\n", {"| |S||", "| |S|k|v"}},
-        {"\f[S]\v\nk\v=\f\n", {"| |[S||", "| |[S|k\v|\f"}}, // form feed and vertical tab are no blanks
-        {"=x\n=\n", {"| |||x", "| |||"}},
-        {"[ S ]\n", {"| | S ||"}},
-        {"[]\n", {"| |||"}},
-        {"[S] dropped ]\n", {"| |S||"}},
-        {"# \t x = 1\n##y=2\n", {"|#||x | 1", "|#||#y|2"}}, // one character makes a comment of a record
-        {"[A]\n; [Old]\nk=v\n", {"| |A||", "|;|Old||", "| |Old|k|v"}},
-        {"x[y]z\n", {"| |[y||"}}, // a "[" anywhere makes a header, without the first character
-        {"[a=b]=c\n[=]\n", {"| |a=b|a|b", "| |=||"}},
-        {"=[x]\n", {"| |[x||"}},
-        {"[S]\njunk\nk=v\n", {"| |S||", "| |||", "| |S|k|v"}}, // no record: empty in all its fields
-        {" ;a \r\n\n \t\n#b\r\n[S]\nx=1\n",
-         {";a\n#b\n| |S||", "| |S|x|1"}},                      // blank lines leave comments pending
-        {";a\njunk\n#b\n\nx=1\n", {";a\n#b\n| ||x|1"}},        // and so do lines that are no record
-        {";lost\n[a=b]\nx=1\n", {"| |a=b|a|b", "| |a=b|x|1"}}, // a header that holds a "="
-        {";a\n;x=1\n;b\n", {";a\n|;||x|1"}},                   // below the last record
-        {"k\0=\0v\n[\xE4\xFF]\n"s, {"| ||k\0|\0v"s, "| |\xE4\xFF||"}},
+    struct
+    {
+        std::string Text, InCommon, InParser;
+    } const cases[] = {
+        {"[A]\nk=v", "| |A||\n| |A|k|v\n", "| |A||\n"}, // the last line has no newline
+        {"\t[ S ] tail ]\r\n \tk \t=\t v = w\t \r\n", "| |S||\n| |S|k|v = w\n",
+         "| | S ||\n| | S |k \t|\t v = w\n"},
+        {"a=\n\nb= \r\n", "| ||a|\n| ||b|\n", "| ||a|\n| ||b|\n"},
+        // Form feed and vertical tab are no blanks.
+        {"\f[S]\v\nk\v=\f\n", "| ||k\v|\f\n", "| |[S||\n| |[S|k\v|\f\n"},
+        {"=x\n", "", "| |||x\n"},
+        {" = \n", "", "| |||\n"},
+        {"[]\n[ ]\n", "", "| |||\n| | ||\n"},
+        {"[S]\njunk\n;c\njunk\n#d\nk=1\n", "| |S||\n#d\n| |S|k|1\n", "| |S||\n| |||\n;c\n#d\n| |S|k|1\n"},
+        {"k=1\r\n#[S\n", "| ||k|1\n", "line 2"},
+        {"]k=[\n", "| ||]k|[\n", "line 1"},
+        {";a\n\n ;b\r\n[S]\nk=1\n[Fine]\n[\n]\n", ";b\n| |S||\n| |S|k|1\n| |Fine||\n", "line 7"},
+        {"Name[de]=x\n[a=b\n", "| ||Name[de]|x\n| ||[a|b\n", "line 2"},
+        {"a[b]=c\n=[x]\n", "| ||a[b]|c\n", "| |[b||\n| |[x||\n"},
+        {"#k=v\n;[S]x\n# \t a = b c\n  ;\t[T]\r\n##y=2\n", "|#||k|v\n|;|S||\n|#|S|a|b c\n|;|T||\n",
+         "|#||k|v\n|;|S||\n|#|S|a | b c\n|;|T||\n|#|T|#y|2\n"},
+        {"#Last Folder=x\n# [a=b]\nk=1\n", "|#||Last Folder|x\n|#|a=b||\n| ||k|1\n",
+         "|#||Last Folder|x\n|#|a=b|a|b\n| |a=b|k|1\n"},
+        // A header that holds a "=" loses its comments in `Parser`.
+        {";c\n[a=b]=c\nx=1\n[=]\n", ";c\n| |a=b||\n| |a=b|x|1\n| |=||\n", "| |a=b|a|b\n| |a=b|x|1\n| |=||\n"},
+        {"# say x = 1\n# [To do] a\n##x=1\n#;x=1\n#=x\n#[]\n#\nk=1\n# [a\n",
+         "# say x = 1\n# [To do] a\n##x=1\n#;x=1\n#=x\n#[]\n#\n| ||k|1\n", "line 9"},
+        {"; a\n\t# b \r\n#x=1\n;c\n\nk=1\n;d\n \t\r\n[S]\n;e\n", "; a\n# b\n|#||x|1\n| ||k|1\n| |S||\n",
+         "; a\n# b\n|#||x|1\n;c\n| ||k|1\n;d\n| |S||\n"},
+        {"#[B]\ny=1\n#z=2\n[A]\n#[C]\ny=3\n;z=4\n",
+         "|#|B||\n| ||y|1\n|#|B|z|2\n| |A||\n|#|C||\n| |A|y|3\n|;|C|z|4\n",
+         "|#|B||\n| |B|y|1\n|#|B|z|2\n| |A||\n|#|C||\n| |C|y|3\n|;|C|z|4\n"},
+        {"a=1\n  b=2\n   more\n", "| ||a|1\n| ||b|2\n", "| ||a|1\n| ||b|2\n| |||\n"},
+        {BOM "[S]\n", "| |S||\n", "| |\xBB\xBF[S||\n"},
+        {BOM ";c\nk=1\n", ";c\n| ||k|1\n", "| |||\n| ||k|1\n"},
+        {"k\0=\0v\n[\xE4\xFF]\n"s, "no text", "| ||k\0|\0v\n| |\xE4\xFF||\n"s},
     };
-    for (const auto& [text, records] : cases) {
+    for (const auto& [text, inCommon, inParser] : cases) {
         SCOPED_TRACE(text);
-        Write(text);
-        std::string content;
-        std::set<std::string> found;
-        for (const std::string& record : records) {
-            std::array<std::string, 5> fields;
-            for (std::istringstream stream(record); std::string & field : fields)
-                std::getline(stream, field, '|');
-            const auto& [comments, commented, section, key, value] = fields;
-            content += comments + (commented == " " ? "" : commented) +
-                       (key.empty() ? '[' + section + ']' : key + '=' + value) + '\n';
-            if (found.insert(section + '|' + key).second) // of equal ones the first is found
-                ExpectFirst(key, section, {record});
-        }
-        EXPECT_EQ(INIParser::Content(m_path), content);
-    }
-}
+        EXPECT_EQ(Records<INIDocument>(Common, text), inCommon);
+        EXPECT_EQ(Records<WINIDocument>(Common, Widen(text)), inCommon);
+        EXPECT_EQ(Records<INIDocument>(Parser, text), inParser);
+        EXPECT_EQ(Records<WINIDocument>(Parser, Widen(text)), inParser);
 
-// The "[" of a value begins a section, one in a last line without a newline does not.
-constexpr auto Sample = "above=0\n; of S\n[S]\n; of k\nk=1\nk=2\n#off=3\nempty=\n[T]\nt=4\njunk\n"
-                        ";[Old]\nk=5\n; of S, too\n[S]\nk=6\n=7\ni=a[S]\nk=8\n[S";
+        Write(text);
+        INIDocument document(Parser);
+        if (!inParser.starts_with("line")) {
+            document.Parse(text);
+            for (const auto& record : document)
+                ExpectInFile(std::string(record.Key), std::string(record.Section), Flat(std::vector{record}));
+            continue;
+        }
+        const auto expectLine = [&, line = inParser](auto call) {
+            EXPECT_EQ(ResultOrLine([=] { return std::to_string(call()); }), line);
+        };
+        expectLine([&] { return INIParser::GetValue("k", "S", m_path).size(); });
+        expectLine([&] { return INIParser::GetRecord("", "S", m_path).size(); });
+        expectLine([&] { return INIParser::SectionExists(L"S", m_widePath); });
+        expectLine([&] { return INIParser::SetValue("k", "2", "S", m_path); });
+        expectLine([&] { return INIParser::SetValue(L"k", L"2", L"S", m_widePath); });
+        EXPECT_EQ(Read(m_path), text);
+    }
+    EXPECT_EQ(Records<WINIDocument>(Common, L"\uFEFF[S]\n"s), "| |S||\n");
+}
 
 TEST_F(Lookups, FindTheFirstMatch)
 {
-    Write(Sample);
-    ExpectFirst("k", "S", {"; of k\n| |S|k|1"});
-    ExpectFirst("off", "S", {"|#|S|off|3"});
-    ExpectFirst("empty", "S", {"| |S|empty|"});
-    ExpectFirst("k", "Old", {"| |Old|k|5"});
-    ExpectFirst("k", "=a[S", {"| |=a[S|k|8"});
-    ExpectFirst("above", "", {"| ||above|0"});
-    ExpectFirst("", "S", {"; of S\n| |S||"});
-    ExpectFirst("", "", {"| |||"}); // the line "junk"
-    ExpectFirst("k", "s", {});
-    ExpectFirst("K", "S", {});
-    ExpectFirst("", "none", {});
-}
-
-TEST_F(Lookups, ListSectionsAndKeys)
-{
-    Write(Sample);
-    // The line "=7" has an empty key, so it counts as one more header of its section.
-    EXPECT_EQ(INIParser::GetSectionNames(m_path),
-              (std::vector<std::string>{"S", "T", "", "Old", "S", "S", "=a[S"}));
-    const std::map<std::string, std::vector<std::string>> keys = {
-        {"S", {"; of k\n| |S|k|1", "| |S|k|2", "|#|S|off|3", "| |S|empty|", "| |S|k|6"}},
-        {"", {"| ||above|0"}},
-        {"=a[S", {"| |=a[S|k|8"}},
-        {"none", {}},
+    const std::string text =
+        "above=0\n; of S\n[S]\n#off=0\n; of k\nk=1\nk=2\nempty=\noff=3\n[T]\njunk\n;[Old]\nk=5\n"
+        "; of S, too\n[S]\nk=6\n=7\ni=a[S]\nk=8\n[S";
+    struct
+    {
+        std::string Key, Section;
+        std::string InCommon, InParser; ///< of active ones
+        std::string InFile;             ///< of those of `INIParser`, which are commented out as well
+    } const cases[] = {
+        {"k", "S", "; of k\n| |S|k|1\n", "; of k\n| |S|k|1\n", "; of k\n| |S|k|1\n"},
+        {"", "S", "; of S\n| |S||\n", "; of S\n| |S||\n", "; of S\n| |S||\n"},
+        {"empty", "S", "| |S|empty|\n", "| |S|empty|\n", "| |S|empty|\n"},
+        {"above", "", "| ||above|0\n", "| ||above|0\n", "| ||above|0\n"},
+        {"off", "S", "| |S|off|3\n", "| |S|off|3\n", "|#|S|off|0\n"},
+        {"k", "T", "| |T|k|5\n", "", ""},
+        {"k", "Old", "", "| |Old|k|5\n", "| |Old|k|5\n"},
+        {"", "Old", "", "", "|;|Old||\n"},
+        {"", "", "", "", "| |||\n"}, // the line "junk"
+        {"k", "=a[S", "", "| |=a[S|k|8\n", "| |=a[S|k|8\n"},
+        {"K", "S", "", "", ""},
+        {"k", "s", "", "", ""},
+        {"", "none", "", "", ""},
     };
-    for (const auto& [section, records] : keys)
-        EXPECT_EQ(Flat(INIParser::GetSection(section, m_path)), records) << section;
+    INIDocument document;
+    WINIDocument wide(Parser);
+    ASSERT_TRUE(document.Parse(text) && wide.Parse(Widen(text)));
+    Write(text);
+    const auto check = [](const auto& in, const auto& key, const auto& section, const std::string& record) {
+        const auto found = in.GetRecord(key, section);
+        EXPECT_EQ(found ? Flat(std::vector{*found}) : "", record);
+        EXPECT_EQ(in.RecordExists(key, section), found.has_value());
+        EXPECT_EQ(in.GetValue(key, section, in.Text()), found ? found->Value : in.Text());
+    };
+    for (const auto& [key, section, inCommon, inParser, inFile] : cases) {
+        SCOPED_TRACE(section + '/' + key);
+        check(document, key, section, inCommon);
+        check(wide, Widen(key), Widen(section), inParser);
+        ExpectInFile(key, section, inFile);
+    }
+
+    EXPECT_EQ(document.GetSectionNames(), (std::vector{"S"s, "T"s}));
+    // The line "=7" has an empty key, so `INIParser` counts it as one more header of its section.
+    EXPECT_EQ(INIParser::GetSectionNames(m_path),
+              (std::vector{"S"s, "T"s, ""s, "Old"s, "S"s, "S"s, "=a[S"s}));
+    const std::string first = "; of k\n| |S|k|1\n| |S|k|2\n| |S|empty|\n| |S|off|3\n| |S|k|6\n";
+    EXPECT_EQ(Flat(document.GetSection("S")), first + "| |S|i|a[S]\n| |S|k|8\n");
+    EXPECT_EQ(Flat(wide.GetSection(L"S")), first);
+    EXPECT_EQ(Flat(INIParser::GetSection("S", m_path)), "|#|S|off|0\n" + first);
+    EXPECT_EQ(Flat(document.GetSection("")), "| ||above|0\n");
+    EXPECT_EQ(Flat(INIParser::GetSection("", m_path)), "| ||above|0\n");
+    EXPECT_EQ(Flat(wide.GetSection(L"T")) + Flat(INIParser::GetSection("none", m_path)), "");
+
+    EXPECT_TRUE(document.SectionExists("S") && document.SectionExists("") && wide.SectionExists(L""));
+    EXPECT_FALSE(document.SectionExists("Old") || wide.SectionExists(L"Old"));
+    for (const std::string section : {"S", "Old", "=a[S", ""})
+        EXPECT_TRUE(INIParser::SectionExists(section, m_path) &&
+                    INIParser::SectionExists(Widen(section), m_widePath));
+    for (const std::string section : {"s", "S ", "none"})
+        EXPECT_FALSE(INIParser::SectionExists(section, m_path) ||
+                     INIParser::SectionExists(Widen(section), m_widePath));
+    // Without a header of the empty name, a key above the first header makes the section.
+    EXPECT_TRUE(document.Parse("#k=0\n[S]\nk=1\n") && !document.SectionExists(""));
+    EXPECT_TRUE(INIParser::SectionExists("", Write("#k=0\n;lost\n[a=b]\n;c\n[S]\n")));
+    EXPECT_EQ(INIParser::Content(m_path), "#k=0\na=b\n;c\n[S]\n");
 }
 
-TEST_F(Lookups, SectionsExistThatARecordNames)
+TEST(Document, GetConverts)
 {
-    Write("above=0\n[S]\n;[Old]\n");
-    // No header declares the empty name, but a key carries it.
-    for (const auto& [section, exists] : std::map<std::string, bool>{
-             {"S", true}, {"Old", true}, {"", true}, {"s", false}, {"S ", false}, {"none", false}}) {
-        EXPECT_EQ(INIParser::SectionExists(section, m_path), exists) << section;
-        EXPECT_EQ(INIParser::SectionExists(Widen(section), m_widePath), exists) << section;
-    }
-}
-
-/// @return the line of the error that the call throws, or 0.
-std::size_t ErrorLine(auto call)
-{
-    try {
-        call();
-        return 0;
-    } catch (const INIFormatError& error) {
-        EXPECT_STREQ(error.what(), "invalid string position");
-        return error.Line();
-    }
-}
-
-TEST_F(Lookups, ReportAMalformedHeaderWhateverIsAsked)
-{
-    const std::pair<std::string, std::size_t> cases[] = {
-        {"#[Broken\n", 1}, {"]x[\n", 1}, {"k=[\n", 1}, {";a\n\n ;b\r\n[S]\nk=1\n[Fine]\n[\n]\n", 7}};
-    for (const auto& [text, line] : cases) {
-        SCOPED_TRACE(text);
-        Write(text);
-        EXPECT_EQ(ErrorLine([&] { INIParser::GetValue("k", "S", m_path); }), line);
-        EXPECT_EQ(ErrorLine([&] { INIParser::GetRecord("", "S", m_path); }), line);
-        EXPECT_EQ(ErrorLine([&] { INIParser::SectionExists(L"S", m_widePath); }), line);
-        EXPECT_EQ(ErrorLine([&] { INIParser::SetValue("k", "2", "S", m_path); }), line);
-        EXPECT_EQ(ErrorLine([&] { INIParser::SetValue(L"k", L"2", L"S", m_widePath); }), line);
-        EXPECT_EQ(Read(m_path), text);
-    }
+    const auto check = [](auto expected, const std::vector<std::string>& values) {
+        for (const auto& value : values) {
+            INIDocument document;
+            WINIDocument wide;
+            EXPECT_TRUE(document.SetValue("k", value, "S") && wide.SetValue(L"k", Widen(value), L"S"));
+            using Value = typename decltype(expected)::value_type;
+            EXPECT_EQ(document.Get<Value>("k", "S"), expected) << value;
+            EXPECT_EQ(wide.Get<Value>(L"k", L"S"), expected) << value;
+            EXPECT_EQ(document.Get<Value>("l", "S"), std::nullopt);
+            EXPECT_EQ(document.Get<std::string>("k", "S"), value);
+        }
+    };
+    check(std::optional(true), {"true", "YES", "On", "1"});
+    check(std::optional(false), {"False", "no", "oFF", "0"});
+    check(std::optional<bool>(), {"", "2", "t", "true.", "t rue"});
+    check(std::optional(-12), {"-12", "-0012"});
+    check(std::optional<int>(), {"", "-", "+1", "1 2", "1-2", "0x1", "1.0", "2147483648", "1\xB2"});
+    check(std::optional<unsigned>(), {"-1", "4294967296"});
+    check(std::optional<std::int8_t>(), {"128", "A"});
+    check(std::optional(std::numeric_limits<std::int64_t>::min()), {"-9223372036854775808"});
+    check(std::optional(-1250.0), {"-1250", "-1.25e3", "-1250.00", "-125E+1"});
+    check(std::optional<double>(), {"", "1e400", "0x1p3", "inf", "nan", "infinity", "1.5x", "1,5", "e1"});
+    check(std::optional<float>(), {"1e39"});
 }
 
 } // namespace
