@@ -10,13 +10,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 /// Ends the process, which the fuzzer reports as a crash, when something does not hold.
-inline void Require(bool holds, const char* what)
+inline void Verify(bool holds, const char* what)
 {
     if (holds)
         return;
@@ -34,7 +35,9 @@ namespace model {
 
 struct Record : BasicINIRecord<char>
 {
-    bool IsHeader = false; ///< whether its line begins a section
+    bool IsHeader = false;   ///< whether its line begins a section
+    bool IsNothing = false;  ///< whether its line is neither a header nor a key
+    std::string Active = {}; ///< the section that it belongs to when it is active
 };
 using Records = std::vector<Record>;
 
@@ -53,14 +56,15 @@ inline Records Load(const std::string& text)
     Records records;
     std::string section;
     std::string pending;
-    std::size_t begin = 0;
-    for (std::size_t end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
-        std::string line = Trim(text.substr(begin, end - begin));
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line) && !lines.eof();) {
+        line = Trim(line);
         if (line.empty())
             continue;
         Record record;
+        record.IsNothing = !Has(line, '[') && !Has(line, '=');
         if (line[0] == '#' || line[0] == ';') {
-            if (!Has(line, '[') && !Has(line, '=')) {
+            if (record.IsNothing) {
                 pending += line + '\n';
                 continue;
             }
@@ -85,6 +89,7 @@ inline Records Load(const std::string& text)
             record.Comments = pending;
             pending.clear();
         }
+        record.Active = record.Section;
         if (pending.empty())
             records.push_back(record);
     }
@@ -139,6 +144,7 @@ inline Records LoadCommon(const std::string& text)
                 active = name;
             if (!record.IsHeader)
                 record.Section = isMarked ? any : active;
+            record.Active = active;
             record.Comments = pending;
             records.push_back(record);
         }
@@ -157,56 +163,25 @@ inline std::string Text(const Records& records, const std::string& active)
     return text;
 }
 
-inline std::string Save(const Records& records) { return Text(records, " "); }
-inline std::string Content(const Records& records) { return Text(records, ""); }
+inline bool IsActive(const Record& record) { return record.Commented == ' '; }
 
-inline auto Find(Records& records, const std::string& key, const std::string& section)
-{
-    return std::find_if(records.begin(), records.end(),
-                        [&](const auto& record) { return record.Section == section && record.Key == key; });
-}
-
-inline auto Find(Records& records, const std::string& section)
-{
-    return std::find_if(records.begin(), records.end(),
-                        [&](const auto& record) { return record.Section == section; });
-}
-
-inline void SetValue(Records& records, const std::string& key, const std::string& value,
-                     const std::string& section)
-{
-    const Record added = {{{}, ' ', section, key, value}};
-    if (Find(records, section) == records.end()) {
-        records.push_back({{{}, ' ', section, {}, {}}});
-        records.push_back(added);
-    } else if (Find(records, key, section) == records.end())
-        records.insert(Find(records, section) + 1, added);
-    else
-        Find(records, key, section)->Value = value;
-}
-
+/// @return the records sorted as `INIParser` sorts them, which drops keys without a header
 inline Records Sorted(const Records& records, bool descending)
 {
     // The order of equal names is left open. Here it is what the same sort makes of the same list.
-    const auto sort = [descending](Records& list, std::string Record::*field) {
+    const auto select = [&](auto isSelected, std::string Record::*field) {
+        Records list;
+        std::ranges::copy_if(records, std::back_inserter(list), isSelected);
         std::sort(list.begin(), list.end(), [&](const auto& a, const auto& b) {
             return descending ? b.*field < a.*field : a.*field < b.*field;
         });
+        return list;
     };
-    Records headers;
-    for (const auto& record : records)
-        if (record.Key.empty())
-            headers.push_back(record);
-    sort(headers, &Record::Section);
     Records sorted;
-    for (const auto& header : headers) {
-        Records keys;
-        for (const auto& record : records)
-            if (!record.Key.empty() && record.Section == header.Section)
-                keys.push_back(record);
-        sort(keys, &Record::Key);
+    for (const auto& header : select([](const auto& x) { return x.Key.empty(); }, &Record::Section)) {
+        const auto isKey = [&](const auto& x) { return !x.Key.empty() && x.Section == header.Section; };
         sorted.push_back(header);
-        sorted.insert(sorted.end(), keys.begin(), keys.end());
+        std::ranges::copy(select(isKey, &Record::Key), std::back_inserter(sorted));
     }
     return sorted;
 }
