@@ -13,12 +13,6 @@ namespace qmini {
 
 namespace {
 
-bool IsSimilar(std::string_view a, std::string_view b)
-{
-    const auto lower = [](unsigned char c) { return std::tolower(c); };
-    return std::ranges::equal(ini::Trimmed(a), ini::Trimmed(b), {}, lower, lower);
-}
-
 /// Waits up to five seconds for the lock of a file.
 void Lock(platform::FileLock& lock, const std::string& file, std::ostream& err)
 {
@@ -34,28 +28,19 @@ void Lock(platform::FileLock& lock, const std::string& file, std::ostream& err)
     }
 }
 
-/// The lines of a text, each with its newline: a last line without one differs from the same line with one.
-std::vector<std::string_view> SplitLines(std::string_view text)
-{
-    std::vector<std::string_view> lines;
-    ini::ScanLines<INISyntax::Common>(text, [&](const auto& line) { lines.push_back(line.Raw); });
-    return lines;
-}
-
-/// @return one side of a hunk's header. A side without lines is at the line before it.
-std::string Range(std::ptrdiff_t linesAbove, std::ptrdiff_t lines)
-{
-    return std::to_string(linesAbove + (lines != 0)) + ',' + std::to_string(lines);
-}
-
 /// @return the difference as `patch` reads it, from the first to the last line that changes, or nothing
 /// @param name the file's name, for the header lines
 std::string UnifiedDifference(const std::string& name, std::string_view before, std::string_view after)
 {
     if (before == after)
         return {};
-    const auto left = SplitLines(before);
-    const auto right = SplitLines(after);
+    const auto split = [](std::string_view text) { // newlines included: the last line may have none
+        std::vector<std::string_view> lines;
+        ini::ScanLines<INISyntax::Common>(text, [&](const auto& line) { lines.push_back(line.Raw); });
+        return lines;
+    };
+    const auto left = split(before);
+    const auto right = split(after);
     const auto [leftBegin, rightBegin] = std::ranges::mismatch(left, right);
     const auto [leftTail, rightTail] = std::mismatch(left.rbegin(), std::reverse_iterator(leftBegin),
                                                      right.rbegin(), std::reverse_iterator(rightBegin));
@@ -65,12 +50,14 @@ std::string UnifiedDifference(const std::string& name, std::string_view before, 
     const auto first = leftBegin - std::min(context, leftBegin - left.begin());
     const auto last = leftEnd + std::min(context, left.end() - leftEnd);
 
+    const auto range = [&](char side, std::ptrdiff_t lines) { // one without lines is at the line before it
+        return side + std::to_string(first - left.begin() + (lines != 0)) + ',' + std::to_string(lines) + ' ';
+    };
+    const std::ptrdiff_t growth = (rightEnd - rightBegin) - (leftEnd - leftBegin);
     // A tab ends a name that holds blanks, so that `patch` takes all of it.
     const std::string end = name.find(' ') == std::string_view::npos ? "\n" : "\t\n";
-    const std::ptrdiff_t growth = (rightEnd - rightBegin) - (leftEnd - leftBegin);
-    std::string text = "--- " + name + end + "+++ " + name + end + "@@ -" +
-                       Range(first - left.begin(), last - first) + " +" +
-                       Range(first - left.begin(), last - first + growth) + " @@\n";
+    std::string text = "--- " + name + end + "+++ " + name + end + "@@ " + range('-', last - first) +
+                       range('+', last - first + growth) + "@@\n";
     const auto append = [&](char mark, auto begin, auto to) {
         for (; begin != to; ++begin)
             (text += mark).append(*begin) += begin->ends_with('\n') ? "" : "\n\\ No newline at end of file\n";
@@ -192,11 +179,16 @@ void RequireActive(const INIDocument& document, const Call& call)
         (key.empty() ? where + " in " : "key " + Quoted(key) + " in " + where + " of ") + call.FileName();
     if (FindCommentedOut(document, key, call.Section))
         throw Failure{Failed, what + " is commented out"};
-    for (const auto& record : document)
-        if (key.empty() ? IsSimilar(record.Section, call.Section)
-                        : record.Section == call.Section && IsSimilar(record.Key, key))
-            throw Failure{Failed, "no " + what + "; did you mean " +
-                                      Quoted(key.empty() ? record.Section : record.Key) + '?'};
+    const auto isSimilar = [](std::string_view a, std::string_view b) {
+        const auto lower = [](unsigned char c) { return std::tolower(c); };
+        return std::ranges::equal(ini::Trimmed(a), ini::Trimmed(b), {}, lower, lower);
+    };
+    for (const auto& record : document) {
+        const bool isOther = !key.empty() && record.Section != call.Section;
+        const auto name = key.empty() ? record.Section : record.Key;
+        if (!isOther && isSimilar(name, key.empty() ? call.Section : key))
+            throw Failure{Failed, "no " + what + "; did you mean " + Quoted(name) + '?'};
+    }
     throw Failure{Failed, "no " + what};
 }
 
