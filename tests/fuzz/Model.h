@@ -49,106 +49,83 @@ inline std::string Trim(const std::string& text)
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\n\r") - first + 1);
 }
 
-/// Reads as `INIParser` does.
-/// @throws std::out_of_range for a header without a "]"
-inline Records Load(const std::string& text)
-{
-    Records records;
-    std::string section;
-    std::string pending;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line) && !lines.eof();) {
-        line = Trim(line);
-        if (line.empty())
-            continue;
-        Record record;
-        record.IsNothing = !Has(line, '[') && !Has(line, '=');
-        if (line[0] == '#' || line[0] == ';') {
-            if (record.IsNothing) {
-                pending += line + '\n';
-                continue;
-            }
-            record.Commented = line[0];
-            line = Trim(line.substr(1));
-        }
-        if (Has(line, '[')) {
-            line = line.substr(1);
-            if (!Has(line, ']'))
-                throw std::out_of_range("invalid string position");
-            line.erase(line.find(']'));
-            section = line;
-            record.IsHeader = true;
-            record.Section = section;
-            record.Comments = pending;
-            pending.clear();
-        }
-        if (Has(line, '=')) {
-            record.Section = section;
-            record.Key = line.substr(0, line.find('='));
-            record.Value = line.substr(line.find('=') + 1);
-            record.Comments = pending;
-            pending.clear();
-        }
-        record.Active = record.Section;
-        if (pending.empty())
-            records.push_back(record);
-    }
-    return records;
-}
-
 constexpr auto ByteOrderMark = "\xEF\xBB\xBF";
 
-/// What a line of the common syntax says, if it is not commented out.
-/// @return a header, a key, or a record without names for any other line.
-inline Record Meaning(const std::string& line)
+/// What `INIParser` takes a line for, without a character that comments it out.
+/// @throws std::out_of_range for a header without a "]"
+inline Record ReadParser(std::string line)
 {
     Record record;
-    if (line[0] == '[' && Has(line, ']'))
-        record.Section = Trim(line.substr(1, line.find(']') - 1));
-    record.IsHeader = !record.Section.empty();
-    if (!record.IsHeader && Has(line, '=')) {
-        record.Key = Trim(line.substr(0, line.find('=')));
-        record.Value = record.Key.empty() ? "" : Trim(line.substr(line.find('=') + 1));
+    record.IsHeader = Has(line, '[');
+    if (record.IsHeader) {
+        line.erase(0, 1);
+        if (!Has(line, ']'))
+            throw std::out_of_range("invalid string position");
+        record.Section = line.erase(line.find(']'));
+    }
+    record.IsNothing = !record.IsHeader && !Has(line, '=');
+    if (Has(line, '=')) {
+        record.Key = line.substr(0, line.find('='));
+        record.Value = line.substr(line.find('=') + 1);
     }
     return record;
 }
 
-/// Reads as most programs do.
-inline Records LoadCommon(const std::string& text)
+/// What most programs take a line for, or what they would take a comment for.
+/// @param line without a character that comments it out, and trimmed
+inline Record ReadCommon(const std::string& line, bool isComment, bool isTrimmed)
 {
+    Record record;
+    if (line.starts_with('[') && Has(line, ']'))
+        record.Section = Trim(line.substr(1, line.find(']') - 1));
+    record.IsHeader = !record.Section.empty();
+    if (!record.IsHeader && Has(line, '='))
+        record.Key = Trim(line.substr(0, line.find('=')));
+    if (!record.Key.empty())
+        record.Value = Trim(line.substr(line.find('=') + 1));
+    const std::string name = record.Section + record.Key;
+    const bool isPlain = record.IsHeader ? line.find(']') + 1 == line.size()
+                                         : name.find_first_of(" \t\r") == std::string::npos;
+    const bool isProse = isComment && (name[0] == '#' || name[0] == ';' || (isTrimmed && !isPlain));
+    record.IsNothing = name.empty() || isProse;
+    return record;
+}
+
+/// @throws std::out_of_range for a header without a "]", in the syntax `Parser`
+inline Records Load(const std::string& text, INISyntax syntax)
+{
+    const bool isCommon = syntax == INISyntax::Common;
     Records records;
     std::string active; // the section of active keys
     std::string any;    // the section of commented-out ones
     std::string pending;
-    std::istringstream lines(text.substr(text.starts_with(ByteOrderMark) ? 3 : 0));
-    for (std::string line; std::getline(lines, line);) {
+    std::istringstream lines(text.substr(isCommon && text.starts_with(ByteOrderMark) ? 3 : 0));
+    for (std::string line; std::getline(lines, line) && (isCommon || !lines.eof());) {
         line = Trim(line);
+        if (line.empty() && !isCommon)
+            continue;
         const bool isMarked = line.starts_with('#') || line.starts_with(';');
         const std::string rest = isMarked ? Trim(line.substr(1)) : line;
-        Record record = rest.empty() ? Record() : Meaning(rest);
-        const std::string name = record.Section + record.Key;
-        if (isMarked) {
-            const bool isDirect = rest.size() + 1 == line.size();
-            const bool isPlain = record.IsHeader ? rest.find(']') + 1 == rest.size()
-                                                 : name.find_first_of(" \t\r") == std::string::npos;
-            if (name.empty() || name[0] == '#' || name[0] == ';' || (!isDirect && !isPlain)) {
-                pending += line + '\n';
-                continue;
-            }
-            record.Commented = line[0];
+        Record record =
+            isCommon ? ReadCommon(rest, isMarked, rest.size() + 1 != line.size()) : ReadParser(rest);
+        if (isMarked && record.IsNothing) {
+            pending += line + '\n';
+            continue;
         }
-        if (!name.empty()) {
-            if (record.IsHeader)
-                any = name;
-            if (record.IsHeader && !isMarked)
-                active = name;
-            if (!record.IsHeader)
-                record.Section = isMarked ? any : active;
-            record.Active = active;
-            record.Comments = pending;
+        record.Commented = isMarked ? line[0] : ' ';
+        if (record.IsHeader)
+            any = record.Section;
+        if (record.IsHeader && !(isCommon && isMarked))
+            active = any;
+        record.Active = active;
+        if (!record.IsHeader && !record.IsNothing)
+            record.Section = isMarked ? any : active;
+        const bool losesComments = !isCommon && record.IsHeader && Has(record.Section, '=');
+        record.Comments = losesComments ? "" : pending;
+        if (!record.IsNothing || (!isCommon && pending.empty()))
             records.push_back(record);
-        }
-        pending.clear();
+        if (!record.IsNothing || isCommon)
+            pending.clear();
     }
     return records;
 }

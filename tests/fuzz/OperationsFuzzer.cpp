@@ -106,7 +106,7 @@ struct Session
 
     void Load()
     {
-        List = What == Subject::Document ? model::LoadCommon(Text) : model::Load(Text);
+        List = model::Load(Text, Syntax);
         if (IsFile)
             return CompareFile();
         INIDocument fresh(Syntax);
@@ -253,7 +253,7 @@ struct Session
             const bool isMade = EDIT(RenameSection, as(Section), as(Other));
             if (What == Subject::ParserDocument &&
                 model::Has(Section + Other, '=')) // the header is a key, too
-                records = model::Load(Narrow.Text());
+                records = model::Load(Narrow.Text(), Syntax);
             return {isMade, IsFile || (count > 0 && isNew), count, count};
         }
         case 6:
