@@ -59,14 +59,6 @@ Records ListOf(const auto& document)
     return list;
 }
 
-/// What is edited, and by whom.
-enum class Subject
-{
-    File,           ///< by `INIParser`
-    Document,       ///< in the syntax `Common`
-    ParserDocument, ///< in the syntax `Parser`
-};
-
 /// Makes an edit of both documents, with arguments that `as` brings into their width.
 #define EDIT_DOCUMENTS(Name, ...)                                                                            \
     EditDocuments([&](auto& document, [[maybe_unused]] auto as) { return document.Name(__VA_ARGS__); })
@@ -77,10 +69,9 @@ enum class Subject
 struct Session
 {
     FuzzedDataProvider& Data;
-    Subject What;
     std::string Text;
-    bool IsFile = What == Subject::File;
-    INISyntax Syntax = What == Subject::Document ? INISyntax::Common : INISyntax::Parser;
+    bool IsFile; ///< which `INIParser` edits; else two documents are edited
+    INISyntax Syntax;
     INIDocument Narrow{Syntax};
     WINIDocument Wide{Syntax};
     Records List = {};
@@ -251,7 +242,7 @@ struct Session
                     record.Section = Other;
             }
             const bool isMade = EDIT(RenameSection, as(Section), as(Other));
-            if (What == Subject::ParserDocument &&
+            if (!IsFile && Syntax == INISyntax::Parser &&
                 model::Has(Section + Other, '=')) // the header is a key, too
                 records = model::Load(Narrow.Text(), Syntax);
             return {isMade, IsFile || (count > 0 && isNew), count, count};
@@ -306,7 +297,7 @@ struct Session
     ///   the first line of another text.
     std::vector<std::string> Split(const std::string& text, const std::string& other) const
     {
-        const bool hasMark = What == Subject::Document && text.starts_with(model::ByteOrderMark);
+        const bool hasMark = Syntax == INISyntax::Common && text.starts_with(model::ByteOrderMark);
         const bool hasCr = other.substr(0, other.find('\n') + 1).ends_with("\r\n");
         std::vector<std::string> lines = {text.substr(0, hasMark ? 3 : 0)};
         std::istringstream stream(text.substr(lines[0].size()));
@@ -335,7 +326,7 @@ struct Session
         Load();
         Verify(isMade ? isPossible : Text == text, "the result of the edit");
         if (!isMade) {
-            const bool mustBeMade = operation == 1 && What == Subject::ParserDocument && isPlain;
+            const bool mustBeMade = operation == 1 && Syntax == INISyntax::Parser && isPlain;
             return Verify(!mustBeMade, "plain names");
         }
         const auto before = Split(text, text);
@@ -362,7 +353,7 @@ struct Session
     void Run(int steps)
     {
         // What was loaded is in memory of just its size: the address sanitizer detects a read past it.
-        const bool isText = What != Subject::Document || Text.find('\0') == std::string::npos;
+        const bool isText = Syntax == INISyntax::Parser || Text.find('\0') == std::string::npos;
         Verify(IsFile || (Narrow.Load(Path) == isText && Wide.Load(Path) == isText), "the file is loaded");
         if (!isText)
             return;
@@ -392,12 +383,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     // another character, so a seed is a plain INI file, a "\\.", and some more.
     FuzzedDataProvider data(bytes, size);
     const auto steps = data.ConsumeIntegralInRange(1, 8);
-    const auto what = static_cast<Subject>(data.ConsumeIntegralInRange(0, 2));
+    const auto isFile = data.ConsumeBool();
+    const auto syntax = isFile || data.ConsumeBool() ? INISyntax::Parser : INISyntax::Common;
     const auto text = data.ConsumeRandomLengthString(size);
     std::ofstream(Path, std::ios::binary) << text;
     INIDocument document(INISyntax::Parser);
     try {
-        Session{data, what, text}.Run(steps);
+        Session{data, text, isFile, syntax}.Run(steps);
     } catch (const std::out_of_range&) { // by the model, or by the library
         VerifyThrow([&] { document.Load(Path); });
         VerifyThrow([&] { return INIParser::GetValue("", "", Path); });

@@ -156,7 +156,7 @@ std::vector<std::string> SplitWords(std::string_view line)
             }
             const std::size_t begin = at + 1;
             at = line.find(c, begin);
-            if (at == line.npos)
+            if (at == std::string_view::npos)
                 throw Failure{Misused, std::string("no closing ") + c};
             word += line.substr(begin, at - begin);
         }
