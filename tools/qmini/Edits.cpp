@@ -122,7 +122,7 @@ void RequirePlain(const Call& call, const Editing& editing)
 /// Says why the document does not make an edit.
 [[noreturn]] void Explain(const Call& call, const INIDocument& document)
 {
-    const EditAction* const edit = call.Command->Edit;
+    EditAction* const edit = call.Command->Edit;
     const bool isOff = edit == Uncomment && FindCommentedOut(document, call.Key, call.Section);
     if (edit != Set && edit != Add && edit != Sort && !isOff)
         RequireActive(document, call);
@@ -243,7 +243,7 @@ void EditBatch(const Call& call, const Streams& streams)
                     continue;
                 const Call edit = ReadCall(words, &call);
                 Make(edit, editing);
-                const EditAction* const made = edit.Command->Edit;
+                EditAction* const made = edit.Command->Edit;
                 if (made == Uncomment && !edit.Key.empty())
                     editing.Unusual->emplace(edit.Section, edit.Key);
                 else if (made == Uncomment || made == Sort || made == Rename)
