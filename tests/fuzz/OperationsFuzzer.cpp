@@ -383,13 +383,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     // another character, so a seed is a plain INI file, a "\\.", and some more.
     FuzzedDataProvider data(bytes, size);
     const auto steps = data.ConsumeIntegralInRange(1, 8);
-    const auto isFile = data.ConsumeBool();
-    const auto syntax = isFile || data.ConsumeBool() ? INISyntax::Parser : INISyntax::Common;
+    const auto kind = data.ConsumeIntegralInRange(0, 2);
+    const auto syntax = kind == 1 ? INISyntax::Common : INISyntax::Parser;
     const auto text = data.ConsumeRandomLengthString(size);
     std::ofstream(Path, std::ios::binary) << text;
     INIDocument document(INISyntax::Parser);
     try {
-        Session{data, text, isFile, syntax}.Run(steps);
+        Session{data, text, kind == 0, syntax}.Run(steps);
     } catch (const std::out_of_range&) { // by the model, or by the library
         VerifyThrow([&] { document.Load(Path); });
         VerifyThrow([&] { return INIParser::GetValue("", "", Path); });
