@@ -91,7 +91,7 @@ TEST_F(Lock, EndsWithAKilledProcess)
     if (child == 0) {
         platform::FileLock lock;
         if (TryLock(lock))
-            raise(SIGSTOP);
+            (void)raise(SIGSTOP);
         _exit(1);
     }
     int status = 0;
