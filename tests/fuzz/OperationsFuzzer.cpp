@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Random edits by `INIParser`, or of documents, each beside the same edit of the model's records. The rest of a
-/// document's text stays as it was.
+/// Random edits by `INIParser`, or of documents, each beside the same edit of the model's records. The rest
+/// of a document's text stays as it was.
 
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
@@ -120,7 +120,7 @@ struct Session
         return isMade;
     }
 
-    /// @return the first record of a key; in a document the first active one, or the header if the key is empty
+    /// @return the first record of a key; in a document the first active one, or, for no key, the header
     Record* Find(Records& records, const std::string& key, const std::string& section) const
     {
         const auto at = std::ranges::find_if(records, [&](const Record& record) {
@@ -293,8 +293,8 @@ struct Session
         }
     }
 
-    /// @return the byte order mark, or nothing, and the lines, each with its newline; the last one gets that of
-    ///   the first line of another text.
+    /// @return the byte order mark, or nothing, and the lines, each with its newline; the last one gets that
+    ///   of the first line of another text.
     std::vector<std::string> Split(const std::string& text, const std::string& other) const
     {
         const bool hasMark = Syntax == INISyntax::Common && text.starts_with(model::ByteOrderMark);
