@@ -90,7 +90,7 @@ public:
         m_lines.reserve(whole.size() / usualLine + 2);
         platform::ExpectUse(m_lines.data(), m_lines.capacity() * sizeof(DocLine));
         m_lines.emplace_back();
-        Scan(whole, [&](const Line<Char>& line) {
+        ScanLines(m_syntax, whole, [&](const Line<Char>& line) {
             if (line.Kind == LineKind::MalformedHeader)
                 throw INIFormatError(m_lines.size());
             Place(Insert(0, line));
@@ -244,7 +244,7 @@ public:
         const View text(own.get(), size);
         if (IsCommon() && text.find(Char()) != text.npos)
             return line;
-        Scan(text, [&](const Line<Char>& scanned) {
+        ScanLines(m_syntax, text, [&](const Line<Char>& scanned) {
             if (scanned.Raw.size() == size && scanned.Kind != LineKind::MalformedHeader)
                 line.emplace(scanned);
         });
@@ -410,15 +410,6 @@ private:
     {
         delete m_index.exchange(nullptr);
         m_isSearched = false;
-    }
-
-    template <class Visitor>
-    void Scan(View text, Visitor visit) const
-    {
-        if (IsCommon())
-            ScanLines<INISyntax::Common>(text, visit);
-        else
-            ScanLines<INISyntax::Parser>(text, visit);
     }
 
     /// @return whether a line can be part of a run of a key and lines that continue it.

@@ -223,6 +223,16 @@ void ScanLines(View<Char> whole, Visitor&& visit)
     }
 }
 
+/// Calls `visit` with each `Line` of a text in a syntax.
+template <class Char, class Visitor>
+void ScanLines(INISyntax syntax, View<Char> text, Visitor&& visit)
+{
+    if (syntax == INISyntax::Common)
+        ScanLines<INISyntax::Common>(text, visit);
+    else
+        ScanLines<INISyntax::Parser>(text, visit);
+}
+
 /// @return how many characters at the start of a text are a byte order mark: U+FEFF, or the bytes that encode
 ///   it.
 template <class Char>

@@ -75,7 +75,8 @@ View<Char> TidyComments(Char* text, View<Char> range)
     ScanLines<INISyntax::Parser>(range, [&](const Line<Char>& line) {
         if (line.Kind != LineKind::Comment)
             return;
-        end = std::char_traits<Char>::move(end, line.Text().data(), line.Text().size()) + line.Text().size();
+        const View<Char> comment = line.Text(); // before it is overwritten
+        end = std::char_traits<Char>::move(end, comment.data(), comment.size()) + comment.size();
         *end++ = Char('\n');
     });
     return {begin, static_cast<std::size_t>(end - begin)};

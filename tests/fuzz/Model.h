@@ -10,13 +10,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 /// Ends the process, which the fuzzer reports as a crash, when something does not hold.
-inline void Require(bool holds, const char* what)
+inline void Verify(bool holds, const char* what)
 {
     if (holds)
         return;
@@ -34,7 +35,9 @@ namespace model {
 
 struct Record : BasicINIRecord<char>
 {
-    bool IsHeader = false; ///< whether its line begins a section
+    bool IsHeader = false;   ///< whether its line begins a section
+    bool IsNothing = false;  ///< whether its line is neither a header nor a key
+    std::string Active = {}; ///< the section that it belongs to when it is active
 };
 using Records = std::vector<Record>;
 
@@ -46,103 +49,83 @@ inline std::string Trim(const std::string& text)
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\n\r") - first + 1);
 }
 
-/// Reads as `INIParser` does.
-/// @throws std::out_of_range for a header without a "]"
-inline Records Load(const std::string& text)
-{
-    Records records;
-    std::string section;
-    std::string pending;
-    std::size_t begin = 0;
-    for (std::size_t end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
-        std::string line = Trim(text.substr(begin, end - begin));
-        if (line.empty())
-            continue;
-        Record record;
-        if (line[0] == '#' || line[0] == ';') {
-            if (!Has(line, '[') && !Has(line, '=')) {
-                pending += line + '\n';
-                continue;
-            }
-            record.Commented = line[0];
-            line = Trim(line.substr(1));
-        }
-        if (Has(line, '[')) {
-            line = line.substr(1);
-            if (!Has(line, ']'))
-                throw std::out_of_range("invalid string position");
-            line.erase(line.find(']'));
-            section = line;
-            record.IsHeader = true;
-            record.Section = section;
-            record.Comments = pending;
-            pending.clear();
-        }
-        if (Has(line, '=')) {
-            record.Section = section;
-            record.Key = line.substr(0, line.find('='));
-            record.Value = line.substr(line.find('=') + 1);
-            record.Comments = pending;
-            pending.clear();
-        }
-        if (pending.empty())
-            records.push_back(record);
-    }
-    return records;
-}
-
 constexpr auto ByteOrderMark = "\xEF\xBB\xBF";
 
-/// What a line of the common syntax says, if it is not commented out.
-/// @return a header, a key, or a record without names for any other line.
-inline Record Meaning(const std::string& line)
+/// What `INIParser` takes a line for, without a character that comments it out.
+/// @throws std::out_of_range for a header without a "]"
+inline Record ReadParser(std::string line)
 {
     Record record;
-    if (line[0] == '[' && Has(line, ']'))
-        record.Section = Trim(line.substr(1, line.find(']') - 1));
-    record.IsHeader = !record.Section.empty();
-    if (!record.IsHeader && Has(line, '=')) {
-        record.Key = Trim(line.substr(0, line.find('=')));
-        record.Value = record.Key.empty() ? "" : Trim(line.substr(line.find('=') + 1));
+    record.IsHeader = Has(line, '[');
+    if (record.IsHeader) {
+        line.erase(0, 1);
+        if (!Has(line, ']'))
+            throw std::out_of_range("invalid string position");
+        record.Section = line.erase(line.find(']'));
+    }
+    record.IsNothing = !record.IsHeader && !Has(line, '=');
+    if (Has(line, '=')) {
+        record.Key = line.substr(0, line.find('='));
+        record.Value = line.substr(line.find('=') + 1);
     }
     return record;
 }
 
-/// Reads as most programs do.
-inline Records LoadCommon(const std::string& text)
+/// What most programs take a line for, or what they would take a comment for.
+/// @param line without a character that comments it out, and trimmed
+inline Record ReadCommon(const std::string& line, bool isComment, bool isTrimmed)
 {
+    Record record;
+    if (line.starts_with('[') && Has(line, ']'))
+        record.Section = Trim(line.substr(1, line.find(']') - 1));
+    record.IsHeader = !record.Section.empty();
+    if (!record.IsHeader && Has(line, '='))
+        record.Key = Trim(line.substr(0, line.find('=')));
+    if (!record.Key.empty())
+        record.Value = Trim(line.substr(line.find('=') + 1));
+    const std::string name = record.Section + record.Key;
+    const bool isPlain = record.IsHeader ? line.find(']') + 1 == line.size()
+                                         : name.find_first_of(" \t\r") == std::string::npos;
+    const bool isProse = isComment && (name[0] == '#' || name[0] == ';' || (isTrimmed && !isPlain));
+    record.IsNothing = name.empty() || isProse;
+    return record;
+}
+
+/// @throws std::out_of_range for a header without a "]", in the syntax `Parser`
+inline Records Load(const std::string& text, INISyntax syntax)
+{
+    const bool isCommon = syntax == INISyntax::Common;
     Records records;
     std::string active; // the section of active keys
     std::string any;    // the section of commented-out ones
     std::string pending;
-    std::istringstream lines(text.substr(text.starts_with(ByteOrderMark) ? 3 : 0));
-    for (std::string line; std::getline(lines, line);) {
+    std::istringstream lines(text.substr(isCommon && text.starts_with(ByteOrderMark) ? 3 : 0));
+    for (std::string line; std::getline(lines, line) && (isCommon || !lines.eof());) {
         line = Trim(line);
+        if (line.empty() && !isCommon)
+            continue;
         const bool isMarked = line.starts_with('#') || line.starts_with(';');
         const std::string rest = isMarked ? Trim(line.substr(1)) : line;
-        Record record = rest.empty() ? Record() : Meaning(rest);
-        const std::string name = record.Section + record.Key;
-        if (isMarked) {
-            const bool isDirect = rest.size() + 1 == line.size();
-            const bool isPlain = record.IsHeader ? rest.find(']') + 1 == rest.size()
-                                                 : name.find_first_of(" \t\r") == std::string::npos;
-            if (name.empty() || name[0] == '#' || name[0] == ';' || (!isDirect && !isPlain)) {
-                pending += line + '\n';
-                continue;
-            }
-            record.Commented = line[0];
+        Record record =
+            isCommon ? ReadCommon(rest, isMarked, rest.size() + 1 != line.size()) : ReadParser(rest);
+        if (isMarked && record.IsNothing) {
+            pending += line + '\n';
+            continue;
         }
-        if (!name.empty()) {
-            if (record.IsHeader)
-                any = name;
-            if (record.IsHeader && !isMarked)
-                active = name;
-            if (!record.IsHeader)
-                record.Section = isMarked ? any : active;
-            record.Comments = pending;
+        record.Commented = isMarked ? line[0] : ' ';
+        if (record.IsHeader)
+            any = record.Section;
+        if (record.IsHeader && !(isCommon && isMarked))
+            active = any;
+        record.Active = active;
+        if (!record.IsHeader && !record.IsNothing)
+            record.Section = isMarked ? any : active;
+        const bool losesComments = !isCommon && record.IsHeader && Has(record.Section, '=');
+        record.Comments = losesComments ? "" : pending;
+        if (!record.IsNothing || (!isCommon && pending.empty()))
             records.push_back(record);
-        }
-        pending.clear();
+        if (!record.IsNothing || isCommon)
+            pending.clear();
     }
     return records;
 }
@@ -157,56 +140,25 @@ inline std::string Text(const Records& records, const std::string& active)
     return text;
 }
 
-inline std::string Save(const Records& records) { return Text(records, " "); }
-inline std::string Content(const Records& records) { return Text(records, ""); }
+inline bool IsActive(const Record& record) { return record.Commented == ' '; }
 
-inline auto Find(Records& records, const std::string& key, const std::string& section)
-{
-    return std::find_if(records.begin(), records.end(),
-                        [&](const auto& record) { return record.Section == section && record.Key == key; });
-}
-
-inline auto Find(Records& records, const std::string& section)
-{
-    return std::find_if(records.begin(), records.end(),
-                        [&](const auto& record) { return record.Section == section; });
-}
-
-inline void SetValue(Records& records, const std::string& key, const std::string& value,
-                     const std::string& section)
-{
-    const Record added = {{{}, ' ', section, key, value}};
-    if (Find(records, section) == records.end()) {
-        records.push_back({{{}, ' ', section, {}, {}}});
-        records.push_back(added);
-    } else if (Find(records, key, section) == records.end())
-        records.insert(Find(records, section) + 1, added);
-    else
-        Find(records, key, section)->Value = value;
-}
-
+/// @return the records sorted as `INIParser` sorts them, which drops keys without a header
 inline Records Sorted(const Records& records, bool descending)
 {
     // The order of equal names is left open. Here it is what the same sort makes of the same list.
-    const auto sort = [descending](Records& list, std::string Record::*field) {
+    const auto select = [&](auto isSelected, std::string Record::*field) {
+        Records list;
+        std::ranges::copy_if(records, std::back_inserter(list), isSelected);
         std::sort(list.begin(), list.end(), [&](const auto& a, const auto& b) {
             return descending ? b.*field < a.*field : a.*field < b.*field;
         });
+        return list;
     };
-    Records headers;
-    for (const auto& record : records)
-        if (record.Key.empty())
-            headers.push_back(record);
-    sort(headers, &Record::Section);
     Records sorted;
-    for (const auto& header : headers) {
-        Records keys;
-        for (const auto& record : records)
-            if (!record.Key.empty() && record.Section == header.Section)
-                keys.push_back(record);
-        sort(keys, &Record::Key);
+    for (const auto& header : select([](const auto& x) { return x.Key.empty(); }, &Record::Section)) {
+        const auto isKey = [&](const auto& x) { return !x.Key.empty() && x.Section == header.Section; };
         sorted.push_back(header);
-        sorted.insert(sorted.end(), keys.begin(), keys.end());
+        std::ranges::copy(select(isKey, &Record::Key), std::back_inserter(sorted));
     }
     return sorted;
 }

@@ -26,10 +26,10 @@ void Check(FuzzedDataProvider& data, const std::wstring& ours, const std::wstrin
     static std::vector<wchar_t> expected(70'000);
     const int size = std::swprintf(expected.data(), expected.size(), (start + standard + L'>').c_str(),
                                    std::clamp(width, -65535, 65535), std::min(precision, 65535), number);
-    Require(size >= 0, "the C library prints");
+    Verify(size >= 0, "the C library prints");
     CString text;
     text.Format((start + ours + L'>').c_str(), width, precision, number);
-    Require(text.GetString() == std::wstring(expected.data()), "the text");
+    Verify(text.GetString() == std::wstring(expected.data()), "the text");
 }
 
 void CheckNumber(FuzzedDataProvider& data)

@@ -87,17 +87,15 @@ TEST_F(Lock, IsOnTheFileThatReplacedAnother)
 TEST_F(Lock, EndsWithAKilledProcess)
 {
     Write("[S]\n", "f");
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
     const pid_t child = fork();
     if (child == 0) {
         platform::FileLock lock;
-        const char isLocked = TryLock(lock) ? 'y' : 'n';
-        while (write(ready[1], &isLocked, 1) == 1)
-            pause();
+        if (TryLock(lock))
+            (void)raise(SIGSTOP);
+        _exit(1);
     }
-    char isLocked = 0;
-    EXPECT_TRUE(read(ready[0], &isLocked, 1) == 1 && isLocked == 'y');
+    int status = 0;
+    EXPECT_TRUE(waitpid(child, &status, WUNTRACED) == child && WIFSTOPPED(status));
     platform::FileLock lock;
     EXPECT_FALSE(TryLock(lock) || error);
     kill(child, SIGKILL);

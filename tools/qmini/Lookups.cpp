@@ -10,18 +10,9 @@
 
 namespace qmini {
 
-namespace {
+using ini::LineKind;
 
-/// Prints each name once that `select` returns for a record.
-template <class Select>
-void PrintNames(const Call& call, const INIDocument& document, std::ostream& out, Select select)
-{
-    std::set<std::string_view> names;
-    for (const auto& record : document)
-        if (call.Commented || record.Commented == ' ')
-            if (const std::string_view name = select(record); !name.empty() && names.insert(name).second)
-                out << name << (call.EndsWithNul ? '\0' : '\n');
-}
+namespace {
 
 /// @return the text as a string of JSON
 std::string JsonString(const Call& call, std::string_view view)
@@ -33,7 +24,7 @@ std::string JsonString(const Call& call, std::string_view view)
         const auto byte = static_cast<unsigned char>(*at);
         platform::DecodeUtf8(at);
         if (byte >= 0x80 && at - begin == 1)
-            throw Failure(Failed, call.FileName() + ": not UTF-8, so no JSON: " + Quoted(text));
+            throw Failure{Failed, call.FileName() + ": not UTF-8, so no JSON: " + Quoted(text)};
         if (byte < 0x20)
             ((json += byte < 16 ? "\\u000" : "\\u001") += "0123456789abcdef"[byte % 16]);
         else
@@ -64,13 +55,46 @@ void PrintJson(const Call& call, const INIDocument& document, std::ostream& out)
     out << (sections.empty() ? "{}\n" : "\n}\n");
 }
 
+/// @return what is unusual about a line in itself; empty when there is nothing
+std::string Remark(const NumberedLine& line)
+{
+    const std::size_t close = line.Text().find(']');
+    if (line.IsIndented)
+        return "continuation line: it is indented deeper than the key above";
+    if (line.Continues)
+        return "continuation line: the line above ends in a backslash";
+    if (line.Text().find('\r') != std::string_view::npos)
+        return "carriage return inside the line: many programs end it there";
+    if (line.Text().starts_with('[') && close == std::string_view::npos)
+        return "header without \"]\"";
+    if (line.Kind == LineKind::Other)
+        return "neither a header nor a key nor a comment";
+    if (line.Kind == LineKind::Header && close + 1 != line.Text().size())
+        return "text after \"]\": " + Quoted(ini::Trimmed(line.Text().substr(close + 1)));
+    return {};
+}
+
+/// @return what `INIParser` reads in place of a line; empty when it reads the same
+std::string Difference(const NumberedLine& line, const NumberedLine& parsed)
+{
+    if (parsed.Kind == LineKind::MalformedHeader)
+        return "INIParser cannot read the file: \"[\" without \"]\"";
+    if (parsed.Kind == LineKind::Header &&
+        (line.Kind != LineKind::Header || parsed.HasKey || parsed.Section != line.Section))
+        return "INIParser reads the header of section " + Quoted(parsed.Section);
+    if (parsed.Kind == LineKind::Key &&
+        (line.Kind != LineKind::Key || parsed.Key != line.Key || parsed.Value != line.Value))
+        return "INIParser reads key " + Quoted(parsed.Key) + " with value " + Quoted(parsed.Value);
+    return {};
+}
+
 } // namespace
 
 void Get(const Call& call, const Streams& streams)
 {
     const auto text = ReadText(call, streams.In);
     std::optional<std::string> value;
-    if (!call.Parser) // takes a fraction of the time of a document
+    if (!call.Has("--parser")) // takes a fraction of the time of a document
         EachLine(text, call.Syntax(), [&](const NumberedLine& line) {
             if (!value && IsMatch(line, call))
                 value = line.Value;
@@ -80,62 +104,98 @@ void Get(const Call& call, const Streams& streams)
         if (const auto record = document.GetRecord(call.Key, call.Section))
             value = record->Value;
         else if (const auto other = FindCommentedOut(document, call.Key, call.Section);
-                 other && call.Commented)
+                 other && call.Has("--commented"))
             value = other->Value;
-        else if (!(value = call.Default))
-            Require(document, call);
+        else if (!(value = call.Value("--default")))
+            RequireActive(document, call);
     }
     streams.Out << *value << '\n';
 }
 
-void Keys(const Call& call, const Streams& streams)
+void Names(const Call& call, const Streams& streams)
 {
     const INIDocument document = ReadDocument(call, ReadText(call, streams.In));
-    if (!call.Commented || !FindCommentedOut(document, {}, call.Section))
-        Require(document, call);
-    PrintNames(call, document, streams.Out, [&](const auto& record) {
-        return record.Section == call.Section ? record.Key : std::string_view();
-    });
-}
-
-void Sections(const Call& call, const Streams& streams)
-{
-    PrintNames(call, ReadDocument(call, ReadText(call, streams.In)), streams.Out,
-               [](const auto& record) { return record.Key.empty() ? record.Section : std::string_view(); });
+    const bool isCommented = call.Has("--commented");
+    if (call.HasSection && !(isCommented && FindCommentedOut(document, {}, call.Section)))
+        RequireActive(document, call);
+    std::set<std::string_view> names;
+    for (const auto& record : document) {
+        const bool isListed = call.HasSection ? record.Section == call.Section : record.Key.empty();
+        const std::string_view name = call.HasSection ? record.Key : record.Section;
+        if (isListed && (isCommented || record.Commented == ' ') && !name.empty() &&
+            names.insert(name).second)
+            streams.Out << name << (call.Has("-z") ? '\0' : '\n');
+    }
 }
 
 void List(const Call& call, const Streams& streams)
 {
     const INIDocument document = ReadDocument(call, ReadText(call, streams.In));
     if (call.HasSection)
-        Require(document, call);
-    if (call.Json)
+        RequireActive(document, call);
+    if (call.Has("--json"))
         return PrintJson(call, document, streams.Out);
+    const bool isNul = call.Has("-z");
     for (const auto& record : document)
         if (record.Commented == ' ' && !record.Key.empty() &&
             (!call.HasSection || record.Section == call.Section))
             streams.Out << record.Section << (record.Section.empty() ? "" : ".") << record.Key
-                        << (call.EndsWithNul ? '\n' : '=') << record.Value
-                        << (call.EndsWithNul ? '\0' : '\n');
+                        << (isNul ? '\n' : '=') << record.Value << (isNul ? '\0' : '\n');
 }
 
-void CheckFile(const Call& call, const Streams& streams)
+void Check(const Call& call, const Streams& streams)
 {
-    const auto findings = Check(ReadText(call, streams.In));
-    if (!call.Quiet)
-        for (const auto& [line, text] : findings)
-            streams.Out << call.FileName() << ':' << line << ": " << OneLine(text) << '\n';
-    if (!findings.empty())
-        throw Failure(Failed, {});
+    const auto text = ReadText(call, streams.In);
+    bool isClean = true;
+    const auto add = [&](std::size_t line, const std::string& remark) {
+        if (remark.empty())
+            return;
+        isClean = false;
+        if (!call.Has("--quiet"))
+            streams.Out << call.FileName() << ':' << line << ": " << OneLine(remark) << '\n';
+    };
+    const bool hasMark = ini::ByteOrderMarkSize<char>(text) != 0;
+    add(1, hasMark ? "byte order mark: INIParser reads it as text" : "");
+
+    // The first active and the first commented-out line of each name
+    std::map<std::pair<std::string_view, std::string_view>, std::pair<std::size_t, std::size_t>> firstLines;
+    std::string_view header; // the nearest name, active or commented out
+    std::vector<NumberedLine> parsed;
+    EachLine(text, INISyntax::Parser, [&](const NumberedLine& line) { parsed.push_back(line); });
+    EachLine(text, INISyntax::Common, [&](const NumberedLine& line) {
+        add(line.Number, Remark(line));
+        header = line.Kind == LineKind::Header ? line.Section : header;
+        if (line.Kind == LineKind::Key && line.IsActive() && line.Within != header)
+            add(line.Number, "INIParser reads it in section " + Quoted(header));
+        if (line.Kind == LineKind::Header || line.Kind == LineKind::Key) {
+            auto& [active, commentedOut] = firstLines[{line.Within, line.Key}];
+            const bool isActive = line.IsActive();
+            const std::string name = (line.Key.empty() ? "" : "key " + Quoted(line.Key) + " in ") +
+                                     "section " + Quoted(line.Within);
+            if (isActive && active != 0)
+                add(line.Number, "duplicate " + name + ": first in line " + std::to_string(active));
+            else if (isActive && commentedOut != 0)
+                add(line.Number,
+                    name + ": INIParser finds commented-out line " + std::to_string(commentedOut));
+            auto& first = isActive ? active : commentedOut;
+            first = first != 0 ? first : line.Number;
+        }
+        if (line.Number > parsed.size())
+            add(line.Number, "last line without a newline: INIParser does not read it");
+        else if (!hasMark || line.Number != 1)
+            add(line.Number, Difference(line, parsed[line.Number - 1]));
+    });
+    if (!isClean)
+        throw Failure{Failed, {}};
 }
 
 void Create(const Call& call, const Streams& /*streams*/)
 {
     std::error_code error;
     if (call.File == "-" || std::filesystem::exists(call.File, error))
-        throw Failure(Failed, call.FileName() + " exists already");
-    if (!call.DryRun && !INIDocument().Save(call.File, error))
-        throw Failure(Failed, "cannot write " + call.File + ": " + error.message());
+        throw Failure{Failed, call.FileName() + " exists already"};
+    if (!call.Has("--dry-run") && !INIDocument().Save(call.File, error))
+        throw Failure{Failed, "cannot write " + call.File + ": " + error.message()};
 }
 
 } // namespace qmini

@@ -20,36 +20,19 @@ constexpr std::string_view Help =
     ;
 
 constexpr Command Commands[] = {
-    {"get", Get, {}},       {"keys", Keys, {}},       {"sections", Sections, {}},
-    {"list", List, {}},     {"check", CheckFile, {}}, {"set", {}, Set},
-    {"create", Create, {}}, {"add", {}, Add},         {"delete", {}, Delete},
-    {"rename", {}, Rename}, {"comment", {}, Comment}, {"uncomment", {}, Uncomment},
-    {"sort", {}, Sort},     {"note", {}, Note},       {"edit", EditBatch, {}},
+    {"get", Get, {}},         {"keys", Names, {}},        {"sections", Names, {}},
+    {"list", List, {}},       {"check", Check, {}},       {"set", Edit, Set},
+    {"create", Create, {}},   {"add", Edit, Add},         {"delete", Edit, Delete},
+    {"rename", Edit, Rename}, {"comment", Edit, Comment}, {"uncomment", Edit, Uncomment},
+    {"sort", Edit, Sort},     {"note", Edit, Note},       {"edit", EditBatch, {}},
 };
 
 /// The words that stand for arguments in a usage line, and where such an argument goes.
-constexpr std::pair<std::string_view, std::string Call::*> Arguments[] = {
+const std::map<std::string_view, std::string Call::*> Arguments = {
     {"FILE", &Call::File},   {"SECTION", &Call::Section}, {"[SECTION]", &Call::Section},
     {"OLD", &Call::Section}, {"NEW", &Call::NewSection},  {"KEY", &Call::Key},
     {"[KEY]", &Call::Key},   {"VALUE", &Call::Text},      {"TEXT", &Call::Text},
 };
-
-constexpr std::pair<std::string_view, bool Call::*> Flags[] = {
-    {"--commented", &Call::Commented}, {"-z", &Call::EndsWithNul},          {"--json", &Call::Json},
-    {"--quiet", &Call::Quiet},         {"--descending", &Call::Descending}, {"--dry-run", &Call::DryRun},
-    {"--force", &Call::Force},         {"--parser", &Call::Parser},
-};
-
-constexpr std::pair<std::string_view, std::optional<std::string> Call::*> OptionsWithValue[] = {
-    {"--default", &Call::Default}, {"--with", &Call::With}};
-
-/// @return where the table has something for a name, or null
-template <class Table>
-auto Find(const Table& table, std::string_view name)
-{
-    const auto at = std::ranges::find(table, name, [](const auto& entry) { return entry.first; });
-    return at != std::end(table) ? at->second : nullptr;
-}
 
 /// @return the help on a command, which begins with its usage line
 std::string_view HelpOn(std::string_view command)
@@ -65,27 +48,26 @@ std::string Usage(std::string_view command)
 
 [[noreturn]] void ThrowMisuse(std::string_view command, const std::string& message)
 {
-    throw Failure(Misused, std::string(command) + ": " + message, Usage(command));
+    throw Failure{Misused, std::string(command) + ": " + message, Usage(command)};
 }
 
 /// Puts the arguments where the call has them.
-void Assign(Call& call, std::string_view command, const std::vector<std::string>& arguments, bool hasFile)
+/// @param usage the words of the usage line, in which the options come last
+void Assign(Call& call, const std::vector<std::string>& usage, const std::vector<std::string>& arguments)
 {
-    std::istringstream usage(Usage(command));
-    std::vector<std::string> places(std::istream_iterator<std::string>(usage), {});
-    places.erase(places.begin(), places.begin() + (hasFile ? 3 : 4)); // usage: qmini COMMAND [FILE]
-    std::erase_if(places, [](const std::string& place) { return Find(Arguments, place) == nullptr; });
+    const auto isOption = [](const std::string& place) { return place.starts_with("[-"); };
+    std::vector<std::string> places(usage.begin() + 3, std::ranges::find_if(usage, isOption)); // from FILE on
     if (arguments.size() < places.size())
         std::erase_if(places, [](const std::string& place) { return place.front() == '['; });
     if (arguments.size() < places.size())
-        ThrowMisuse(command, "missing " + places[arguments.size()]);
+        ThrowMisuse(call.Command->Name, "missing " + places[arguments.size()]);
     if (arguments.size() > places.size())
-        ThrowMisuse(command, "one argument too many: " + Quoted(arguments[places.size()]));
+        ThrowMisuse(call.Command->Name, "one argument too many: " + Quoted(arguments[places.size()]));
     for (std::size_t i = 0; i != places.size(); ++i) {
-        const auto field = Find(Arguments, places[i]);
+        const auto field = Arguments.at(places[i]);
         if (arguments[i].empty() && (field == &Call::File || field == &Call::Key))
-            ThrowMisuse(command, "an empty argument cannot name a file or a key");
-        call.*field = arguments[i]; // NOLINT(clang-analyzer-core.*): the others were erased
+            ThrowMisuse(call.Command->Name, "an empty argument cannot name a file or a key");
+        call.*field = arguments[i];
         call.HasSection = call.HasSection || field == &Call::Section;
     }
 }
@@ -107,61 +89,65 @@ void RunCommand(std::vector<std::string> words, const Streams& streams)
     if (words.size() > 1 && words.front() == "--parser") // the command takes it
         std::swap(words[0], words[1]);
     if (words.empty())
-        throw Failure(Misused, "no command given; see \"qmini --help\"");
+        throw Failure{Misused, "no command given; see \"qmini --help\""};
     if (words.front() == "--help" || words.front() == "-h")
         return PrintHelp(streams.Out);
     if (words.front() == "--version")
         return void(streams.Out << "qmini " QMINI_VERSION "\n");
-    const auto [command, call] = ReadCall(words);
-    if (call.Help)
-        streams.Out << HelpOn(command->Name) << "\n\"qmini --help\" explains the common options.\n";
-    else if (command->Run != nullptr)
-        command->Run(call, streams);
+    const Call call = ReadCall(words);
+    if (call.Has("--help"))
+        streams.Out << HelpOn(call.Command->Name) << "\n\"qmini --help\" explains the common options.\n";
     else
-        EditFile(call, streams, command->Edit);
+        call.Command->Run(call, streams);
 }
 
 } // namespace
 
-std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, bool hasFile)
+Call ReadCall(const std::vector<std::string>& words, const Call* batch)
 {
     const Command* const command = std::ranges::find(Commands, words.front(), &Command::Name);
     if (command == std::end(Commands))
-        throw Failure(Misused, "no command " + Quoted(words.front()) + "; see \"qmini --help\"");
-    if (!hasFile && command->Edit == nullptr)
-        throw Failure(Misused, Quoted(command->Name) + " does not edit");
+        throw Failure{Misused, "no command " + Quoted(words.front()) + "; see \"qmini --help\""};
+    if (batch != nullptr && command->Edit == nullptr)
+        throw Failure{Misused, Quoted(command->Name) + " does not edit"};
 
     Call call;
+    call.Command = command;
     std::vector<std::string> arguments;
-    const std::string usage = Usage(command->Name);
+    if (batch != nullptr)
+        arguments.push_back(batch->File);
+    std::istringstream line(Usage(command->Name));
+    const std::vector<std::string> usage(std::istream_iterator<std::string>(line), {});
+    const auto isUsage = [&](const std::string& word) { return std::ranges::count(usage, word) != 0; };
     for (auto word = words.begin() + 1; word != words.end(); ++word) {
         const std::string name = word->substr(0, word->starts_with("--") ? word->find('=') : word->npos);
         const bool hasValue = name.size() != word->size();
-        const auto flag = Find(Flags, *word);
-        const auto text = Find(OptionsWithValue, name);
         if (*word == "--") {
             arguments.insert(arguments.end(), word + 1, words.end());
             break;
         }
-        if (hasFile && (*word == "--help" || (*word == "-h" && arguments.empty()))) {
-            call.Help = true;
-            return {command, call};
+        if (batch == nullptr && (*word == "--help" || (*word == "-h" && arguments.empty()))) {
+            call.Options["--help"];
+            return call;
         }
-        if (flag != nullptr && usage.find('[' + name + ']') != std::string_view::npos)
-            call.*flag = true;
-        else if (text != nullptr && usage.find('[' + name + ' ') != std::string_view::npos) {
+        if (word->starts_with('-') && isUsage('[' + *word + ']'))
+            call.Options[*word];
+        else if (!name.ends_with(']') && isUsage('[' + name)) {
             if (!hasValue && word + 1 == words.end())
                 ThrowMisuse(command->Name, "missing the value of " + name);
-            call.*text = hasValue ? word->substr(name.size() + 1) : *++word;
+            call.Options[name] = hasValue ? word->substr(name.size() + 1) : *++word;
         } else if (word->starts_with("--"))
             ThrowMisuse(command->Name, "no option " + name + "; after \"--\" it is an argument");
         else
             arguments.push_back(*word);
     }
-    if (!hasFile && (call.DryRun || call.Force || call.Parser))
-        ThrowMisuse(command->Name, "--dry-run, --force and --parser are options of all edits together");
-    Assign(call, command->Name, arguments, hasFile);
-    return {command, call};
+    if (batch != nullptr) {
+        if (call.Has("--dry-run") || call.Has("--force") || call.Has("--parser"))
+            ThrowMisuse(command->Name, "--dry-run, --force and --parser are options of all edits together");
+        call.Options.insert(batch->Options.begin(), batch->Options.end());
+    }
+    Assign(call, usage, arguments);
+    return call;
 }
 
 std::string OneLine(std::string_view text)
@@ -181,8 +167,8 @@ int Run(const std::vector<std::string>& arguments, const Streams& streams)
         RunCommand(arguments, streams);
     } catch (const Failure& failure) {
         code = failure.Code;
-        if (*failure.what() != '\0')
-            Say(streams.Err, failure.what());
+        if (!failure.Message.empty())
+            Say(streams.Err, failure.Message);
         if (!failure.Usage.empty())
             streams.Err << failure.Usage << '\n';
     } catch (const std::exception& error) {

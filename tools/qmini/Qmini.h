@@ -10,9 +10,9 @@
 
 #include <functional>
 #include <iosfwd>
+#include <map>
 #include <optional>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,28 +20,26 @@
 
 namespace qmini {
 
+struct Command;
+
 /// What a command is called with. An argument that was not given is empty.
 struct Call
 {
+    const qmini::Command* Command = nullptr;
     std::string File;
     std::string Section;
     std::string NewSection;
     std::string Key;
-    std::string Text; ///< the value to set, or the text of a note
-    std::optional<std::string> Default;
-    std::optional<std::string> With;
+    std::string Text;        ///< the value to set, or the text of a note
     bool HasSection = false; ///< whether `Section` was given; "" is a section, too
-    bool Commented = false;
-    bool EndsWithNul = false;
-    bool Json = false;
-    bool Quiet = false;
-    bool Descending = false;
-    bool DryRun = false;
-    bool Force = false;
-    bool Parser = false;
-    bool Help = false;
+    std::map<std::string, std::string, std::less<>> Options; ///< as in "--with"; flags have no value
 
-    INISyntax Syntax() const { return Parser ? INISyntax::Parser : INISyntax::Common; }
+    bool Has(std::string_view option) const { return Options.find(option) != Options.end(); }
+    std::optional<std::string> Value(std::string_view option) const
+    {
+        return Has(option) ? std::optional(Options.find(option)->second) : std::nullopt;
+    }
+    INISyntax Syntax() const { return Has("--parser") ? INISyntax::Parser : INISyntax::Common; }
     std::string FileName() const { return File == "-" ? "standard input" : File; } ///< for messages
 };
 
@@ -53,15 +51,12 @@ enum ExitCode
     Refused = 3, ///< an edit that would change more than it was asked to
 };
 
-/// Ends a command. `what` is the line for standard error, without the program's name.
-struct Failure : std::runtime_error
+/// Thrown to end a command.
+struct Failure
 {
-    Failure(ExitCode code, const std::string& message, std::string usage = {})
-        : std::runtime_error(message), Code(code), Usage(std::move(usage))
-    {}
-
     ExitCode Code;
-    std::string Usage; ///< line that follows the message, unless it is empty
+    std::string Message;    ///< line for standard error, without the program's name; none if empty
+    std::string Usage = {}; ///< line that follows, unless it is empty
 };
 
 struct Streams
@@ -76,27 +71,27 @@ struct Editing
 {
     std::string_view Before; ///< the text of the file
     INIDocument Document;
-    bool IsBatch = false;
-    /// In a batch: section and name of each key of which an edit may be refused; nothing when unknown.
-    std::optional<std::set<std::pair<std::string, std::string>>> Unusual;
+    /// In a batch: section and name of each key of which an edit may be refused.
+    std::optional<std::set<std::pair<std::string, std::string>>> Unusual = {};
 };
 
 using Action = void(const Call& call, const Streams& streams);
-using EditAction = void(const Call& call, Editing& editing);
+using EditAction = bool(const Call& call, Editing& editing); ///< @return whether the document made the edit
 
-Action Get, Keys, Sections, List, CheckFile, Create, EditBatch;
+Action Get, Names, List, Check, Create, Edit, EditBatch;
 EditAction Set, Add, Delete, Rename, Comment, Uncomment, Sort, Note;
 
 struct Command
 {
     std::string_view Name;
-    Action* Run;      ///< null for a command that edits
-    EditAction* Edit; ///< null for others
+    Action* Run;
+    EditAction* Edit; ///< of a command that a batch may hold, else null
 };
 
-/// Reads the name of a command and its arguments, with its file among them if `hasFile`.
+/// Reads the name of a command and its arguments.
+/// @param batch the call that reads them from a line; its file and its options are those of the line, too
 /// @throws Failure (`Misused`)
-std::pair<const Command*, Call> ReadCall(const std::vector<std::string>& words, bool hasFile = true);
+Call ReadCall(const std::vector<std::string>& words, const Call* batch = nullptr);
 
 /// Runs qmini with the arguments after the program's name. @return the exit code
 int Run(const std::vector<std::string>& arguments, const Streams& streams);
@@ -108,33 +103,20 @@ inline std::string Quoted(std::string_view text) { return '"' + std::string(text
 /// A line of a file, and what it means where it stands.
 struct NumberedLine : ini::Line<char>
 {
-    /// Why many programs take a line for a part of the value above.
-    enum Continuation
-    {
-        None,
-        Indented,       ///< deeper than the key above
-        AfterBackslash, ///< at the end of the line above
-    };
-
     std::size_t Number = 0;  ///< from 1
     std::string_view Within; ///< section that its record belongs to
-    Continuation Continues = None;
+    bool IsIndented = false; ///< deeper than the key above, so that many programs read on in it
+    bool Continues = false;  ///< whether they do, for this or for a backslash at the end of the line above
+
+    bool IsActive() const { return Commented == ' '; }
 };
 
 /// Calls `visit` with each line of a text.
 void EachLine(std::string_view text, INISyntax syntax, const std::function<void(const NumberedLine&)>& visit);
 
-/// @return whether a line is an active one (or a commented-out one) of the call's key, or section if it has
-///   no key
-bool IsMatch(const NumberedLine& line, const Call& call, bool isActive = true);
-
-/// @return what other programs may take differently in a text: numbers of lines and remarks on them, in this
-///   order
-std::vector<std::pair<std::size_t, std::string>> Check(std::string_view text);
-
-/// @return the difference as `patch` reads it, from the first to the last line that changes, or nothing
-/// @param name the file's name, for the header lines
-std::string UnifiedDifference(const std::string& name, std::string_view before, std::string_view after);
+/// @return whether a line is one of the call's key, or of its section if it has no key, and active, or
+///   commented out if the call uncomments it
+bool IsMatch(const NumberedLine& line, const Call& call);
 
 std::string ReadAll(std::istream& standardInput);
 platform::Buffer<char> ReadText(const Call& call, std::istream& standardInput); ///< @return that of the file
@@ -146,10 +128,10 @@ std::optional<INIDocument::RecordView> FindCommentedOut(const INIDocument& docum
 
 /// Makes sure that the call's key, or its section when it has no key, is there and active.
 /// @throws Failure that says what is missing or commented out, and which similar name there is
-void Require(const INIDocument& document, const Call& call);
+void RequireActive(const INIDocument& document, const Call& call);
 
 /// Edits the call's file while it is locked, or copies standard input to standard output with the edit made.
 /// Prints the difference in place of that for a dry run. When `edit` throws, nothing is written.
-void EditFile(const Call& call, const Streams& streams, const std::function<EditAction>& edit);
+void EditFile(const Call& call, const Streams& streams, const std::function<void(Editing&)>& edit);
 
 } // namespace qmini
