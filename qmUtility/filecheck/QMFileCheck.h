@@ -8,8 +8,8 @@
 #include "qmUtility/framework/CFile.h"
 #include "qmUtility/framework/CString.h"
 
-/// Checks on request whether a file has been deleted or modified since construction or `ApplyChanges`. Nothing
-/// runs in the background.
+/// Checks on request whether a file has been deleted or modified since construction or `ApplyChanges`.
+/// Nothing runs in the background.
 ///
 ///     CQMFileCheck file(L"settings.ini");
 ///     if (file.CheckModified())   // since it was constructed

@@ -29,7 +29,7 @@ public:
     /// Calls `Initialize`: constructing an instance empties the list of the whole process.
     CQMFileCheckAPI();
 
-    /// Does nothing: instances have no state.
+    /// Instances are stateless.
     CQMFileCheckAPI(const CQMFileCheckAPI&) = default;
     /// @overload
     CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);

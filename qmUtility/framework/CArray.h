@@ -26,8 +26,8 @@ inline namespace qmFramework {
 /// `SetSize(0)` release the storage.
 ///
 /// **Failure.** Throws `CInvalidArgException*` for an index or size out of range, std::length_error for a
-/// size that no memory could hold, and std::bad_alloc. The elements are unchanged then, but references to
-/// them may be invalid. An exception of an assignment in `RemoveAt` leaves some elements doubled.
+/// size above the maximum, and std::bad_alloc. The elements are unchanged then, but references to
+/// them may be invalid. An exception of an assignment in `RemoveAt` can duplicate elements.
 ///
 /// **Threads.** An array belongs to one thread at a time.
 ///
@@ -94,7 +94,7 @@ public:
     /// or loads an array stored this way.
     ///
     /// Load from trusted sources only: the memory for all elements is allocated before the first one is read,
-    /// and a corrupt number may claim all there is.
+    /// and a corrupt number can request all memory.
     /// @param archive stores or loads.
     /// @throws CArchiveException* with one of these causes:
     ///   - `genericException`: not all could be stored.

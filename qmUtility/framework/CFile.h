@@ -56,7 +56,7 @@ struct CFileStatus
     CTime m_mtime;             ///< last modification
     CTime m_atime;             ///< last access
     std::uint64_t m_size;      ///< in bytes
-    std::uint8_t m_attribute;  ///< `CFile::Attribute` bits; on Windows the system's others, too
+    std::uint8_t m_attribute;  ///< `CFile::Attribute` bits; on Windows also other system attributes
     wchar_t m_szFullName[260]; ///< the path as passed in, truncated to fit
 };
 
@@ -68,7 +68,7 @@ public:
     enum Attribute
     {
         normal = 0x00,    ///< no attribute
-        readOnly = 0x01,  ///< nobody may write
+        readOnly = 0x01,  ///< not writable
         directory = 0x10, ///< a folder
     };
 

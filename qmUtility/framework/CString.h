@@ -19,8 +19,8 @@
 #include <string>
 #include <utility>
 
-/// The classes of the subset. The namespace is in the names of their symbols only: a program that has its own
-/// global `CObject` or `CString` neither replaces ours nor has its own replaced. Users never write its name.
+/// The classes of the subset. The namespace is in the names of their symbols only, so that a program's own
+/// global `CObject` or `CString` does not conflict with them. Users never write the namespace.
 inline namespace qmFramework {
 
 /// A wide string value.
@@ -42,7 +42,7 @@ public:
     /// @return whether the length is 0.
     bool IsEmpty() const { return m_text.empty(); }
 
-    /// @param index from 0 to `GetLength()`, where the terminating null stands.
+    /// @param index from 0 to `GetLength()`, the terminating null.
     /// @return the character at the index.
     /// @throws CInvalidArgException* for another index.
     wchar_t operator[](std::ptrdiff_t index) const
@@ -63,8 +63,7 @@ public:
     friend CString operator+(wchar_t a, const CString& b) { return CString() + a + b; } ///< @overload
 
     /// Compares the values of the characters one by one, whatever the locale. A null text equals an empty
-    /// one. All operators take a text on either side: for those that did not, the language would compare
-    /// addresses.
+    /// one. The overloads for texts prevent a comparison of addresses.
     friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
     friend bool operator==(const CString& a, const wchar_t* b) { return a == CString(b); }    ///< @overload
     friend bool operator==(const wchar_t* a, const CString& b) { return CString(a) == b; }    ///< @overload
@@ -103,7 +102,7 @@ public:
     /// | `%hs`, `%hhs`, `%S`          | narrow string: UTF-8, each other byte the character of its value   |
     /// | `%c`, `%lc`, `%wc`           | `wchar_t`                                                          |
     /// | `%hc`, `%hhc`, `%C`          | `char`, as in a narrow string                                      |
-    /// | `%d %i %u %o %x %X`          | `int`, or as `hh h l ll j z t I I32 I64` say; `I` is `size_t` wide |
+    /// | `%d %i %u %o %x %X`          | `int`, or that of `hh h l ll j z t I I32 I64`; `I` is `size_t` wide |
     /// | `%e %f %g %a`, upper case    | `double`, `long double` with `L`; the locale's decimal point       |
     /// | `%p`                         | pointer, printed as `%#llx`                                        |
     /// | `%n`                         | pointer, which is ignored: nothing is stored or printed            |

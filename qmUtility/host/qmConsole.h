@@ -21,8 +21,8 @@ public:
     /// The default writes UTF-8 to standard output, whatever the locale, with one write per call. It drops
     /// the text when the output is a closed pipe; on Linux no SIGPIPE is sent and `errno` is preserved.
     ///
-    /// One format is special: a stopwatch logs its title with exactly "\n%s\n" and a *narrow* string, which
-    /// the arguments do not reveal. The default therefore reads the argument of this format as a narrow
-    /// string. To log a wide string between two newlines, use "\n%ls\n".
+    /// One format is special: a stopwatch logs its title with exactly "\n%s\n" and a *narrow* string. The
+    /// default therefore reads the argument of this format as a narrow string. To log a wide string between
+    /// two newlines, use "\n%ls\n".
     static void Log(const wchar_t* format, ...);
 };

@@ -68,9 +68,9 @@ constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highe
 /// a time-critical thread does not keep a processor from all others. It is not relative to the priority of
 /// the process.
 ///
-/// A raise sets `SCHED_RESET_ON_FORK`: new threads and processes then begin at the normal priority and inherit
-/// neither a negative nice value nor a real-time policy, whoever set it. Where a sandbox refuses the flag,
-/// they inherit the raised priority.
+/// A raise sets `SCHED_RESET_ON_FORK`: new threads and processes then begin at the normal priority and
+/// inherit neither a negative nice value nor a real-time policy, whoever set it. Where a sandbox refuses the
+/// flag, they inherit the raised priority.
 /// @param thread the result of `GetCurrentThread`; other threads are not supported.
 /// @param level one of the three constants above.
 /// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system

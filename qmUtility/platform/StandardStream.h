@@ -30,7 +30,8 @@ enum class Stream
 /// @throws std::bad_alloc
 void Write(Stream stream, std::wstring_view text);
 
-/// Makes standard input and output of the C++ library pass bytes unchanged, which on Windows convert newlines.
+/// Makes standard input and output of the C++ library pass bytes unchanged, which on Windows convert
+/// newlines.
 void UseBinaryStreams();
 
 } // namespace platform

@@ -11,9 +11,9 @@
 
 namespace platform {
 
-/// A null-terminated path for system calls, which must not outlive the text that it is made from. It is empty,
-/// which names no file, for a path that holds a NUL and, where paths are bytes, for a wide one that is not
-/// valid Unicode. A conversion allocates nothing.
+/// A null-terminated path for system calls, which must not outlive the text that it is made from. It is
+/// empty, which names no file, for a path that holds a NUL and, where paths are bytes, for a wide one that is
+/// not valid Unicode. A conversion allocates nothing.
 class SystemPath
 {
 public:

@@ -37,10 +37,11 @@ enum eQMFPSType : int
 /// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is
 /// then about the square root of twice the true one.
 ///
-/// **Statistics** include every entry that is in the ring when a frame ends. The empty frames of construction
-/// count, too, until 10000 real ones have replaced them. Minimum and maximum of the durations are kept until
-/// `Reset`; those of the rates start again from 2^63 and -2^63 when their ring wraps, and from 2147483647 and
-/// -1 at construction and `Reset`.
+/// **Statistics** include every entry of the ring when a frame ends, also the empty frames of construction
+/// until 10000 real ones have replaced them.
+/// - Minimum and maximum of the durations are kept until `Reset`.
+/// - Minimum and maximum of the rates start from 2147483647 and -1 at construction and `Reset`, and again
+///   from 2^63 and -2^63 whenever their ring wraps.
 ///
 /// **Copies** share both rings with their source but have write positions of their own; the last owner
 /// deletes the rings.
@@ -84,9 +85,9 @@ public:
     void Reset();
 
     /// Replaces the rate ring with an empty one and drops the duration ring. The statistics of the durations
-    /// and `GetTickSampleIndex` then keep their values until `Reset`; only `Initialize`, which derived classes
-    /// may call, brings the ring back. All other figures, minimum and maximum of the rates included, continue
-    /// from their values.
+    /// and `GetTickSampleIndex` then keep their values until `Reset`; only `Initialize`, which derived
+    /// classes may call, brings the ring back. All other figures, minimum and maximum of the rates included,
+    /// continue from their values.
     /// @param n the new length; 0 counts as 1.
     /// @throws std::bad_alloc when there is not enough memory or `n` exceeds 32 bits; the counter is then
     ///   unchanged.

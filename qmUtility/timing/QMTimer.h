@@ -25,9 +25,8 @@
 ///
 /// **Flags.** `bStop` ends the interval first, `bRestart` begins a new one afterwards.
 ///
-/// **Priority.** Restoring the priority after a raise (`Start`) sets the level that the raise itself
-/// returned, 1 for success and 0 for failure, not the previous level: after a raised measurement the thread
-/// is at level 1 (above normal), after a refused raise at level 0 (normal). Hosts rely on that.
+/// **Priority.** Restoring the priority after a raise (`Start`) does not return to the previous level: it
+/// sets level 1 (above normal) if the raise succeeded, and 0 (normal) if it was refused. Hosts rely on that.
 ///
 /// **Threads.** An instance belongs to one thread at a time. `Start`, `Stop` and the destructor change the
 /// priority of the thread that calls them, whichever thread was raised.
@@ -85,7 +84,7 @@ public:
     /// a newline, truncated to 1023 characters.
     void TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label);
 
-    /// Obeys the flags, but writes nothing: a disabled `LogLapsedTime`.
+    /// Disabled report: the same arguments and flags as `LogLapsedTime`, no output.
     void DogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
 private:
