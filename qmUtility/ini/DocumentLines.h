@@ -49,7 +49,6 @@ struct DocumentLine : Line<Char>, Meaning
 
     LineNumber Previous = 0;
     LineNumber Next = 0;
-    LineNumber LastKey = 0;           ///< of a header, an active key below it, near the last; may be outdated
     std::unique_ptr<Char[]> Own = {}; ///< the text of the line, unless it was loaded
 
     /// @return the header of the section that the record of this line has, 0 above the first header.
@@ -160,32 +159,17 @@ public:
     /// @return whether there is an active header, or an active key above the first one.
     bool HasSection(View section) const
     {
-        for (LineNumber line = First(); section.empty() && line != 0 && m_lines[line].NearestActive == 0;
-             line = Next(line))
-            if (m_lines[line].IsActiveKey())
-                return true;
-        return FindHeader(section) != 0;
+        return FindHeader(section) != 0 || (section.empty() && GetIndex().LastKey[0] != 0);
     }
 
     /// @return the last active key, or 0.
-    LineNumber FindLastKey(View section)
+    LineNumber FindLastKey(View section) const
     {
-        LineNumber last = 0;
-        const auto findBelow = [&](LineNumber header) {
-            LineNumber& lastKey = m_lines[header].LastKey;
-            const auto isBelow = [&](LineNumber line) { return m_lines[line].NearestActive == header; };
-            if (!m_lines[lastKey].IsActiveKey() || !isBelow(lastKey))
-                lastKey = 0;
-            for (LineNumber line = Next(lastKey != 0 ? lastKey : header); line != 0 && isBelow(line);
-                 line = Next(line))
-                lastKey = m_lines[line].IsActiveKey() ? line : lastKey;
-            last = lastKey != 0 ? lastKey : last;
-        };
-        if (section.empty())
-            findBelow(0);
+        const std::vector<LineNumber>& lastKeys = GetIndex().LastKey;
+        LineNumber last = section.empty() ? lastKeys[0] : 0;
         Find(KeyIn(section), section, [&](LineNumber line) {
-            if (m_lines[line].IsHeader() && m_lines[line].Section == section)
-                findBelow(line);
+            if (m_lines[line].IsHeader() && m_lines[line].Section == section && lastKeys[line] != 0)
+                last = lastKeys[line];
             return false;
         });
         return last;
@@ -268,8 +252,10 @@ public:
         const LineNumber size = Number(m_lines.size() + changes.size());
         if (size > m_lines.capacity())
             m_lines.reserve(2 * std::size_t{size});
-        if (Index* const index = m_index)
+        if (Index* const index = m_index) {
             index->Next.resize(size);
+            index->LastKey.resize(size);
+        }
         // From here on nothing throws.
         const LineNumber above = Previous(changes.front().At);
         const LineNumber below = changes.back().IsErased ? Next(changes.back().At) : changes.back().At;
@@ -331,9 +317,12 @@ private:
             return First[(hash(key) + hash(section) * std::size_t{0x9E3779B1}) & (First.size() - 1)];
         }
 
-        std::vector<LineNumber> First; ///< of each chain
-        std::vector<LineNumber> Next;  ///< by line, in its chain
-        std::size_t Size = 0;          ///< number of lines
+        explicit Index(std::size_t lines) : First(std::bit_ceil(lines)), Next(lines), LastKey(lines) {}
+
+        std::vector<LineNumber> First;   ///< of each chain
+        std::vector<LineNumber> Next;    ///< by line, in its chain
+        std::vector<LineNumber> LastKey; ///< by header: the last active key below it
+        std::size_t Size = 0;            ///< number of lines
     };
 
     /// @return the name of the section that an active record would have here.
@@ -368,9 +357,7 @@ private:
         Index* index = m_index.load(std::memory_order_acquire);
         if (index != nullptr)
             return *index;
-        const std::size_t size = m_lines.size();
-        auto made = std::make_unique<Index>(
-            Index{std::vector<LineNumber>(std::bit_ceil(size)), std::vector<LineNumber>(size)});
+        auto made = std::make_unique<Index>(m_lines.size());
         for (LineNumber line = Last(); line != 0; line = Previous(line))
             AddTo(*made, line);
         if (m_index.compare_exchange_strong(index, made.get(), std::memory_order_acq_rel))
@@ -382,6 +369,8 @@ private:
     void AddTo(Index& index, LineNumber number) const
     {
         const DocLine& line = m_lines[number];
+        if (line.IsActiveKey() && index.LastKey[line.NearestActive] == 0)
+            index.LastKey[line.NearestActive] = number;
         if (!line.IsHeader() && line.Key.empty())
             return;
         const View section = line.IsHeader() ? line.Section : ActiveSectionOf(number);
@@ -401,6 +390,13 @@ private:
                            Find(line.Key, line.Section, [&](LineNumber other) {
                                return m_lines[other].IsHeader() && m_lines[other].Section == line.Section;
                            }) == 0;
+        if (line.IsActiveKey()) { // below the last key of its header?
+            LineNumber above = line.Previous;
+            while (above != line.NearestActive && !m_lines[above].IsActiveKey())
+                above = Previous(above);
+            if (above == index->LastKey[line.NearestActive])
+                index->LastKey[line.NearestActive] = 0;
+        }
         AddTo(*index, number);
         if (!isNew || index->Size > index->First.size())
             DropIndex();

@@ -83,6 +83,7 @@ struct Line
     bool IsActiveHeader() const { return IsHeader() && IsActive(); }
     bool IsActiveKey() const { return IsKey() && IsActive(); }
     View<Char> Text() const { return Trimmed(Raw); }
+    /// @return the blanks in front of a line that is not blank.
     View<Char> Indentation() const { return Raw.substr(0, Raw.size() - TrimmedFront(Raw).size()); }
 };
 

@@ -93,7 +93,7 @@ struct Place
 /// Finds the place of a new key in a section that is there.
 /// @param above the line that it goes below if it can
 template <class Char>
-Place<Char> PlaceBelow(Lines<Char>& lines, LineNumber above, View<Char> section)
+Place<Char> PlaceBelow(const Lines<Char>& lines, LineNumber above, View<Char> section)
 {
     // The nearest key above, else the first one. Lines that continue a key do not count.
     const auto isModel = [&](LineNumber line) {

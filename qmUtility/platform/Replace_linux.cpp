@@ -130,6 +130,7 @@ public:
     ~Temporary()
     {
         const LastErrorPreserver preserver;
+        m_file.Close();
         if (m_isThere)
             unlinkat(m_folder, m_name.c_str(), 0);
     }

@@ -109,13 +109,17 @@ std::set<std::pair<std::string, std::string>> FindUnusual(std::string_view text,
 }
 
 /// Makes sure that the line of the call's key, if it is there, is all of it.
-void RequirePlain(const Call& call, const Editing& editing)
+void RequirePlain(const Call& call, Editing& editing)
 {
     if (call.Has("--force") || call.Key.empty())
         return;
-    if (!editing.Unusual)
+    if (!editing.IsBatch) {
         RefuseUnlessPlain(call, editing.Before);
-    else if (editing.Unusual->contains({call.Section, call.Key}))
+        return;
+    }
+    if (!editing.Unusual)
+        editing.Unusual = FindUnusual(editing.Document.Text(), call.Syntax());
+    if (editing.Unusual->contains({call.Section, call.Key}))
         RefuseUnlessPlain(call, editing.Document.Text());
 }
 
@@ -229,10 +233,7 @@ void EditBatch(const Call& call, const Streams& streams)
         throw Failure{Misused, "edit takes its commands from standard input, and so cannot edit it"};
     std::istringstream lines(ReadAll(streams.In)); // before the file is locked
     EditFile(call, streams, [&](Editing& editing) {
-        const auto findUnusual = [&] {
-            editing.Unusual = FindUnusual(editing.Document.Text(), call.Syntax());
-        };
-        findUnusual();
+        editing.IsBatch = true;
         std::string line;
         for (std::size_t number = 1; std::getline(lines, line); ++number) {
             try {
@@ -244,10 +245,10 @@ void EditBatch(const Call& call, const Streams& streams)
                 const Call edit = ReadCall(words, &call);
                 Make(edit, editing);
                 EditAction* const made = edit.Command->Edit;
-                if (made == Uncomment && !edit.Key.empty())
+                if (made == Uncomment && !edit.Key.empty() && editing.Unusual)
                     editing.Unusual->emplace(edit.Section, edit.Key);
                 else if (made == Uncomment || made == Sort || made == Rename)
-                    findUnusual();
+                    editing.Unusual.reset();
             } catch (const Failure& failure) {
                 throw Failure{failure.Code, "line " + std::to_string(number) + ": " + failure.Message,
                               failure.Usage};

@@ -71,7 +71,8 @@ struct Editing
 {
     std::string_view Before; ///< the text of the file
     INIDocument Document;
-    /// In a batch: section and name of each key of which an edit may be refused.
+    bool IsBatch = false;
+    /// In a batch: section and name of each key of which an edit may be refused, once they have been found.
     std::optional<std::set<std::pair<std::string, std::string>>> Unusual = {};
 };
 
