@@ -12,8 +12,6 @@ namespace {
 
 using namespace std::string_literals;
 
-constexpr auto Hash = INICommentChar::Hash;
-constexpr auto Semicolon = INICommentChar::Semicolon;
 #if defined(_WIN32)
 constexpr auto Newline = "\r\n"; // of the platform's text files
 #else
@@ -43,17 +41,7 @@ auto Wide(const auto& argument)
         return {[=](auto& document) { return document.Operation(arguments...); },                            \
                 [=](auto& document) { return document.Operation(Wide(arguments)...); }};                     \
     }
-EDIT(SetValue)
-EDIT(AddSection)
-EDIT(DeleteRecord)
-EDIT(DeleteSection)
-EDIT(RenameSection)
-EDIT(CommentRecord)
-EDIT(CommentSection)
-EDIT(UnCommentRecord)
-EDIT(UnCommentSection)
-EDIT(SetRecordComments)
-EDIT(SetSectionComments)
+EDITS
 EDIT(Sort)
 
 /// A text, an edit, and the text after it; none for an edit that is refused.
