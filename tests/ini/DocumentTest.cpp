@@ -108,9 +108,7 @@ TEST(Document, RefusesEdits)
                   SetSectionComments("; b", "T"), SetSectionComments("; b", "")});
     CheckRefused({Common, Parser}, "#[S]\n#k=0\n[T]\n", // what is commented out
                  {DeleteRecord("k", "S"), DeleteSection("S"), RenameSection("S", "U"),
-                  CommentRecord(Hash, "k", "S"), CommentSection(Hash, "S"), UnCommentRecord("", "S"),
-                  UnCommentRecord("k", "T"), SetRecordComments("; a", "k", "S"),
-                  SetSectionComments("; a", "S")});
+                  UnCommentRecord("", "S"), UnCommentRecord("k", "T")});
     CheckRefused({Common}, "[S]\na=1\n",
                  {SetValue("a", " 1", "S"), SetValue("a", "\0"s, "S"), SetValue("[a", "b]", "S"),
                   AddSection(" T"), RenameSection("S", "T ")});
@@ -131,7 +129,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
 {
     const std::vector<Case> inBoth = {
         {"[S]\n#a=0\n ; c\n a=1\t\na=2\n", SetValue("a", "5=5", "S"), "[S]\n#a=0\n ; c\n a=5=5\t\na=2\n"},
-        {"a=\n", SetValue("a", "5", ""), "a=5\n"},
         // A new key.
         {"[S]\n #k=0\n#k=1\n\ta=2\nb=3\n", SetValue("k", "5", "S"), "[S]\n #k=0\n\tk=5\n#k=1\n\ta=2\nb=3\n"},
         {"[S]\na=1\n[S]\n b=2\n\n# c\n[T]\n", SetValue("k", "5", "S"),
@@ -174,7 +171,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"a = 1 ; c \n", SetValue("a", "[x]", ""), "a = [x] \n"},
         {"a =  \r\n", SetValue("a", "5", ""), "a =  5\r\n"}, // behind the blanks, before the CR
         {"a = 1 \r\n", SetValue("a", "", ""), "a =  \r\n"},
-        {BOM "a=1", SetValue("a", "5", ""), BOM "a=5"},
         {"a=1\n  b=2\n more\n", SetValue("b", "5", ""), "a=1\n  b=5\n more\n"}, // which continues only a
         {"a=1\n  b=2\n", SetValue("a", "5", ""), "a=5\n  b=2\n"},
         {" a=1\n more\n", SetValue("a", "5", ""), " a=5\n more\n"},
@@ -183,7 +179,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         // A new key.
         {"[S]\nb = 1\n#k=0\na=2\n", SetValue("k", "5", "S"), "[S]\nb = 1\n#k=0\nk = 5\na=2\n"},
         {"[S]\n#k=0\nb =\t\na=2\n", SetValue("k", "5", "S"), "[S]\n#k=0\nk =\t5\nb =\t\na=2\n"},
-        {"[S]\n # k = 0\n", SetValue("k", "5", "S"), "[S]\n # k = 0\n k = 5\n"},
         {"[S]\n#[T]\n#k=0\n", SetValue("k", "5", "S"), "[S]\n#[T]\n#k=0\nk=5\n"},
         {"[S]\n#[T]\n#k=0\n", SetValue("k", "5", "T"), "[S]\n#[T]\n#k=0\n\n[T]\nk=5\n"},
         {"[S]\na=1", SetValue("k", "5", "S"), "[S]\na=1\nk=5\n"},
@@ -192,7 +187,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {BOM "# head\n\n[S]\n", SetValue("k", "5", ""), BOM "# head\n\nk=5\n\n[S]\n"},
         {BOM "[S]\n", SetValue("k", "5", ""), BOM "k=5\n\n[S]\n"},
 
-        {"a=1", AddSection("S"), "a=1\n\n[S]\n"},
         {"; c\n\nk=1\n[S]\n", DeleteRecord("k", ""), "; c\n\n[S]\n"},
         {"k=1\n  more\n more\nl=2\n", DeleteRecord("k", ""), "l=2\n"},
         {"[S]\na=1\n# x\n\n[T]\n", DeleteSection("S"), "[T]\n"},
@@ -242,7 +236,6 @@ TEST(Document, NewKeysFollowTheLastKeyOfTheirSection)
         {Common, "B", "[B]\n#c=0\na=1\n[C]\nz=0\n", "[B]\n#c=0\nc=1\na=1\nx=1\ny=1\n[C]\nz=0\n"},
         {Parser, "B", "\n\n\n\n\n#[B]\n#c=0\n", "\n\n\n\n\n#[B]\n#c=0\nc=1\n\n[B]\nx=1\ny=1\n"},
         {Parser, "a=b", "[a=b]\nc=0\n[C]\n", "[a=b]\nc=1\nx=1\ny=1\n[C]\n"},
-        {Common, "a=b", "[a=b]\nc=0\n[C]\n", "[a=b]\nc=1\nx=1\ny=1\n[C]\n"},
     };
     for (const auto& [syntax, section, before, after] : cases) {
         INIDocument document(syntax);
