@@ -2,6 +2,7 @@
 #include "tests/ini/Records.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <type_traits>
@@ -43,6 +44,18 @@ auto Wide(const auto& argument)
     }
 EDITS
 EDIT(Sort)
+
+/// @return an edit that sets three keys of a section.
+Edit SetKeys(const std::string& section)
+{
+    const std::vector<Edit> edits = {SetValue("x", "1", section), SetValue("c", "1", section),
+                                     SetValue("y", "1", section)};
+    const auto makeAll = [=](auto& document, auto form) {
+        return std::ranges::all_of(edits, [&](const Edit& edit) { return (edit.*form)(document); });
+    };
+    return {[=](auto& document) { return makeAll(document, &Edit::OfNarrow); },
+            [=](auto& document) { return makeAll(document, &Edit::OfWide); }};
+}
 
 /// A text, an edit, and the text after it; none for an edit that is refused.
 struct Case
@@ -145,7 +158,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"#k=0\n; c\n k=1\nk=2\n", DeleteRecord("k", ""), "#k=0\nk=2\n"},
         {"a=1\n\n; c\n[S]\n#x=1\n;\ny=2\njunk\n\n; e\n[T]\n", DeleteSection("S"), "a=1\n\n; e\n[T]\n"},
         {"[S]\n[T]\n[S]\nx=1\n#[U]\n", DeleteSection("S"), "[T]\n#[U]\n"},
-        {"[S]\n#[S]\n; c\nx=1\n#x=1\n[T]\n", DeleteSection("S"), "#[S]\n#x=1\n[T]\n"},
         {"; c\na=1\n\n[S]\nb=1\n", DeleteSection(""), "\n[S]\nb=1\n"},
         {" [S] x\n#[S]\n#[U]\n[S]\nk=1\n", RenameSection("S", "U"), " [U] x\n#[S]\n#[U]\n[U]\nk=1\n"},
 
@@ -184,6 +196,7 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"[S]\na=1", SetValue("k", "5", "S"), "[S]\na=1\nk=5\n"},
         {"[S]\na=1\n  more\n b=2\n[T]\n", SetValue("k", "5", "S"), "[S]\na=1\n  more\n b=2\nk=5\n[T]\n"},
         {"[S]\n#k=1\n  junk\n", SetValue("k", "5", "S"), "[S]\n#k=1\n  junk\nk=5\n"}, // would continue it
+        {"[B]\n#c=0\na=1\n[C]\nz=0\n", SetKeys("B"), "[B]\n#c=0\nc=1\na=1\nx=1\ny=1\n[C]\nz=0\n"},
         {BOM "# head\n\n[S]\n", SetValue("k", "5", ""), BOM "# head\n\nk=5\n\n[S]\n"},
         {BOM "[S]\n", SetValue("k", "5", ""), BOM "k=5\n\n[S]\n"},
 
@@ -194,7 +207,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"[ S ]\n", RenameSection("S", "a[b"), "[ a[b ]\n"},
 
         {BOM "k=1\n  l=2", CommentRecord(Hash, "k", ""), BOM "#k=1\n  l=2"},
-        {"[A]\n#[B]\n#z=3\n", UnCommentRecord("z", "A"), "[A]\n#[B]\nz=3\n"},
         {"; x\n\n; y\nk=1", SetRecordComments("# say x = 1", "k", ""), "; x\n\n# say x = 1\nk=1"},
 
         {BOM "b=1\na=2", Sort(false), BOM "a=2\nb=1\n"}, // a last line that moves gets its newline
@@ -208,6 +220,8 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {" a = 1 \n", SetValue("a ", " 5\0"s, ""), " a = 5\0 \n"s},
         {"[S]\n  b = 1\n  more\n", SetValue("k", "5", "S"), "[S]\n  b = 1\n  k=5\n  more\n"},
         {"[S]\n#[T]\n#k=0\n", SetValue("k", "5", "T"), "[S]\n#[T]\n#k=0\nk=5\n"},
+        {"\n\n\n\n\n#[B]\n#c=0\n", SetKeys("B"), "\n\n\n\n\n#[B]\n#c=0\nc=1\n\n[B]\nx=1\ny=1\n"},
+        {"[a=b]\nc=0\n[C]\n", SetKeys("a=b"), "[a=b]\nc=1\nx=1\ny=1\n[C]\n"},
         {"# head\n\n[S]\n", SetValue("k", "5", ""), "k=5\n\n# head\n\n[S]\n"},
         {"[S]\na=1", SetValue("k", "5", "S"), "[S]\nk=5\na=1"}, // the last line is not read
         {"a=1\nrest", AddSection(" S"), "a=1\n\n[ S]\nrest"},
@@ -215,7 +229,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"[S]\na=1\n# x\n\n[T]\n", DeleteSection("S"), "# x\n\n[T]\n"},
         {"[S]\na=1\n#[B]\nz=3\n[T]\n", DeleteSection("S"), "#[B]\nz=3\n[T]\n"},
         {"[A]\n#[B]\nz=3\n  more\n", CommentRecord(Hash, "z", "B"), "[A]\n#[B]\n#z=3\n  more\n"},
-        {"[A]\n#[B]\nz=3\n", UnCommentSection("B"), "[A]\n[B]\nz=3\n"},
         {"; x\n\n; y\njunk\nk=1\n", SetRecordComments("; a", "k", ""), "; a\n\njunk\nk=1\n"},
         {"[B]\n[A]", Sort(false), "[B]\n[A]"},
         {"# head\n\nb=1\n  more\na=2\n", Sort(false), "a=2\n  more\n# head\n\nb=1\n"},
@@ -224,26 +237,6 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
     Check({Common, Parser}, inBoth);
     Check({Common}, inCommon);
     Check({Parser}, inParser);
-}
-
-TEST(Document, NewKeysFollowTheLastKeyOfTheirSection)
-{
-    struct
-    {
-        INISyntax Syntax;
-        std::string Section, Before, After; ///< when x, c and y are set
-    } const cases[] = {
-        {Common, "B", "[B]\n#c=0\na=1\n[C]\nz=0\n", "[B]\n#c=0\nc=1\na=1\nx=1\ny=1\n[C]\nz=0\n"},
-        {Parser, "B", "\n\n\n\n\n#[B]\n#c=0\n", "\n\n\n\n\n#[B]\n#c=0\nc=1\n\n[B]\nx=1\ny=1\n"},
-        {Parser, "a=b", "[a=b]\nc=0\n[C]\n", "[a=b]\nc=1\nx=1\ny=1\n[C]\n"},
-    };
-    for (const auto& [syntax, section, before, after] : cases) {
-        INIDocument document(syntax);
-        EXPECT_TRUE(document.Parse(before));
-        for (const char* const key : {"x", "c", "y"})
-            EXPECT_TRUE(document.SetValue(key, "1", section)) << before << key;
-        EXPECT_EQ(document.Text(), after);
-    }
 }
 
 TEST(Document, ArgumentsMayPointIntoIt)
