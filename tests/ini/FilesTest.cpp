@@ -11,7 +11,6 @@
 #include <codecvt>
 #include <locale>
 #include <system_error>
-#include <utility>
 
 namespace {
 
