@@ -255,7 +255,6 @@ protected:
     }
 
     std::string m_text = TextWith(10);
-    const std::string m_path = Path("test.ini");
 };
 
 TEST_F(Faults, EachCallOfEachOperationFails)

@@ -36,8 +36,8 @@ struct Script
     int PriorityResult = 1;
     std::pair<FILETIME, FILETIME> ProcessTimes{}; ///< kernel and user time
     BOOL AreTimesAvailable = 1;
-    std::wstring Calls =
-        {}; ///< performance counts and other calls: "100|priority 15|debug a line|log a text|"
+    /// Performance counts and other calls: "100|priority 15|debug a line|log a text|".
+    std::wstring Calls = {};
 };
 Script script;
 

@@ -53,18 +53,17 @@ TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedAndALockedFileCountsAsDelete
 
 TEST_F(WindowsFile, IniLinesEndInCrLfOnDiskAndACtrlZDoesNotEndThem)
 {
-    const std::string file = Path("test.ini");
-    std::ofstream(file, std::ios::binary) << "; \x1A\n\r\n[S]\nk=1\r\n#[T]\r\nl=2\n";
-    const auto bytes = [&file] {
-        std::ifstream stream(file, std::ios::binary);
+    std::ofstream(m_path, std::ios::binary) << "; \x1A\n\r\n[S]\nk=1\r\n#[T]\r\nl=2\n";
+    const auto bytes = [this] {
+        std::ifstream stream(m_path, std::ios::binary);
         return std::string(std::istreambuf_iterator<char>(stream), {});
     };
-    EXPECT_EQ(INIParser::Content(file), "; \x1A\n[S]\nk=1\n#[T]\nl=2\n");
-    EXPECT_TRUE(INIParser::SetRecordComments("; b\n; c", "k", "S", file));
+    EXPECT_EQ(INIParser::Content(m_path), "; \x1A\n[S]\nk=1\n#[T]\nl=2\n");
+    EXPECT_TRUE(INIParser::SetRecordComments("; b\n; c", "k", "S", m_path));
     EXPECT_EQ(bytes(), "; \x1A\r\n [S]\r\n; b\r\n; c\r\n k=1\r\n#[T]\r\n l=2\r\n");
-    EXPECT_TRUE(INIParser::SetValue(L"k", L"\u00E4\x1A", L"S", WidePath("test.ini")));
+    EXPECT_TRUE(INIParser::SetValue(L"k", L"\u00E4\x1A", L"S", m_widePath));
     EXPECT_EQ(bytes(), "; \x1A\r\n[S]\r\n; b\r\n; c\r\nk=\xE4\x1A\r\n\r\n#[T]\r\nl=2\r\n");
-    EXPECT_EQ(INIParser::Content(file), "; \x1A\n[S]\n; b\n; c\nk=\xE4\x1A\n#[T]\nl=2\n");
+    EXPECT_EQ(INIParser::Content(m_path), "; \x1A\n[S]\n; b\n; c\nk=\xE4\x1A\n#[T]\nl=2\n");
 }
 
 TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile)

@@ -4,10 +4,8 @@
 
 #include <sys/file.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <thread>
 
 namespace {
@@ -81,24 +79,5 @@ TEST_F(Lock, IsOnTheFileThatReplacedAnother)
     };
     platform::FileLock lock;
     EXPECT_FALSE(TryLock(lock) || error);
-    EXPECT_TRUE(TryLock(lock));
-}
-
-TEST_F(Lock, EndsWithAKilledProcess)
-{
-    Write("[S]\n", "f");
-    const pid_t child = fork();
-    if (child == 0) {
-        platform::FileLock lock;
-        if (TryLock(lock))
-            (void)raise(SIGSTOP);
-        _exit(1);
-    }
-    int status = 0;
-    EXPECT_TRUE(waitpid(child, &status, WUNTRACED) == child && WIFSTOPPED(status));
-    platform::FileLock lock;
-    EXPECT_FALSE(TryLock(lock) || error);
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
     EXPECT_TRUE(TryLock(lock));
 }

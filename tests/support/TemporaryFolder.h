@@ -21,6 +21,9 @@ inline std::wstring Widen(const std::string& bytes)
 /// A test with a folder of its own, which is removed afterwards.
 class TemporaryFolder : public testing::Test
 {
+    const std::filesystem::path m_folder =
+        std::filesystem::temp_directory_path() / ("qmUtility-" + std::to_string(std::random_device()()));
+
 protected:
     TemporaryFolder() { std::filesystem::create_directory(m_folder); }
     ~TemporaryFolder() override { std::filesystem::remove_all(m_folder); }
@@ -41,7 +44,7 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-private:
-    const std::filesystem::path m_folder =
-        std::filesystem::temp_directory_path() / ("qmUtility-" + std::to_string(std::random_device()()));
+    const std::string m_path =
+        Path("test.ini"); ///< of the file that `Write` writes unless it is told another
+    const std::wstring m_widePath = WidePath("test.ini");
 };
