@@ -30,7 +30,6 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
 
 constexpr const char* Help =
     R"(usage: frameloop [--seconds S] [FILE]
@@ -152,7 +151,7 @@ void Run(const std::string& file, std::chrono::seconds duration)
     do {
         counter.Start();
         if (now >= nextUpdate) {
-            nextUpdate = now + 100ms;
+            nextUpdate = now + std::chrono::milliseconds(100);
             settings.Update();
             status.Format(L"%.1f frames per second (mean %.1f, min %.1f, max %.1f)\033[K\n"
                           L"FrameLimit %d, Balls %d in %.40hs\033[K\n",
@@ -165,7 +164,8 @@ void Run(const std::string& file, std::chrono::seconds duration)
         CQMConsoleAPI::Log(L"%s%s", picture.c_str(), status.GetString());
         toTop = "\033[" + std::to_string(Rows + 2) + 'A';
         if (settings.FrameLimit() != 0) {
-            frameEnd = std::max(frameEnd + Clock::duration(1s) / settings.FrameLimit(), Clock::now());
+            frameEnd = std::max(frameEnd + Clock::duration(std::chrono::seconds(1)) / settings.FrameLimit(),
+                                Clock::now());
             std::this_thread::sleep_until(frameEnd);
         }
         counter.End();
@@ -181,7 +181,7 @@ void Run(const std::string& file, std::chrono::seconds duration)
 int main(int argc, char* argv[])
 {
     std::string file = "frameloop.ini";
-    std::chrono::seconds duration = 24h * 365;
+    std::chrono::seconds duration = std::chrono::hours(24 * 365);
     try {
         for (int i = 1; i < argc; ++i) {
             const std::string word = argv[i];
