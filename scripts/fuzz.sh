@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what is missing, builds the fuzzers, replays their corpus, and fuzzes for the given time, which the fuzzers
-# share; with 0 it only replays. New inputs go to build/fuzz/corpus. A crash, a timeout, a leak or a disagreement ends
-# the script and leaves the input in build/fuzz/findings.
+# Installs what is missing, builds the fuzzers, replays their corpus, and fuzzes for the given time, which the
+# fuzzers share; with 0 it only replays. New inputs go to build/fuzz/corpus. A crash, a timeout, a leak or a
+# disagreement ends the script and leaves the input in build/fuzz/findings.
 #
 #   scripts/fuzz.sh SECONDS
 set -euo pipefail

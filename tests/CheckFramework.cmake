@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Fails if the configuration with the real framework still contains a part of the subset: a source that is compiled, or
-# a declaration in a header, which may only include the framework's own headers.
+# Fails if the configuration with the real framework still contains a part of the subset: a source that is
+# compiled, or a declaration in a header, which may only include the framework's own headers.
 execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET
   COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${BINARY_DIR}" -G "${GENERATOR}" -DQMUTILITY_FRAMEWORK=ON
     "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE}" "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}"
@@ -17,7 +17,8 @@ foreach(name IN ITEMS afxdllx afxtempl afxwin)
   file(WRITE "${BINARY_DIR}/stubs/${name}.h" "#pragma once\n${name}\n")
 endforeach()
 execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE declarations
-  COMMAND "${CXX_COMPILER}" -E -P -DQMUTILITY_FRAMEWORK "-I${SOURCE_DIR}" "-I${BINARY_DIR}/stubs" "${BINARY_DIR}/all.cpp")
+  COMMAND "${CXX_COMPILER}" -E -P -DQMUTILITY_FRAMEWORK "-I${SOURCE_DIR}" "-I${BINARY_DIR}/stubs"
+    "${BINARY_DIR}/all.cpp")
 string(REGEX MATCHALL "[^ \n]+" words "${declarations}")
 list(SORT words)
 

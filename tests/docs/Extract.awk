@@ -10,8 +10,8 @@
 #
 # In statements, "EXPRESSION;  // == VALUE" and "EXPRESSION;  // throws TYPE" are checked.
 #
-# Prints a source file with one test for each heading that has statements below it. With -v project=FOLDER it writes
-# the project's files instead. A block of another kind is an error.
+# Prints a source file with one test for each heading that has statements below it. With -v project=FOLDER it
+# writes the project's files instead. A block of another kind is an error.
 
 function raw(text) { return "R\"~~(" text ")~~\"" }
 

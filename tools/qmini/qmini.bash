@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Bash completion for qmini. Commands, options and places of arguments come from the help texts, names from the file.
+# Bash completion for qmini. Commands, options and arguments come from the help texts, names from the file.
 _qmini() {
     local line=${COMP_LINE:0:COMP_POINT} word previous='' command='' usage quote='' typed='' commented=''
     local -a words=() given=() places=() names=()
@@ -40,7 +40,9 @@ _qmini() {
         compopt -o default # readline's own completion of file names
         return
         ;;
-    SECTION | '[SECTION]' | OLD) mapfile -d '' -t names < <(qmini sections -z $commented "${given[1]}" 2>/dev/null) ;;
+    SECTION | '[SECTION]' | OLD)
+        mapfile -d '' -t names < <(qmini sections -z $commented "${given[1]}" 2>/dev/null)
+        ;;
     KEY | '[KEY]') mapfile -d '' -t names < <(qmini keys -z $commented "${given[@]:1:2}" 2>/dev/null) ;;
     esac
     for word in "${names[@]}"; do
