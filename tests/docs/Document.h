@@ -9,7 +9,6 @@
 
 #include <iostream>
 #include <optional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -39,10 +38,15 @@ protected:
     /// duration that is less than the measured cost of a counter read is negative.
     static std::string Figures(const std::vector<std::string>& texts)
     {
-        std::string joined;
+        std::string figures;
         for (const std::string& text : texts)
-            joined += text;
-        return std::regex_replace(joined, std::regex("-?[0-9]"), "0");
+            for (const char c : text) {
+                const bool isDigit = c >= '0' && c <= '9';
+                if (isDigit && figures.ends_with('-'))
+                    figures.pop_back();
+                figures += isDigit ? '0' : c;
+            }
+        return figures;
     }
 
     std::string m_console;
