@@ -68,6 +68,13 @@ bool BasicINIDocument<Char>::Load(const std::filesystem::path& path, std::error_
 }
 
 template <class Char>
+bool BasicINIDocument<Char>::Load(const std::filesystem::path& path)
+{
+    std::error_code ignored;
+    return Load(path, ignored);
+}
+
+template <class Char>
 bool BasicINIDocument<Char>::Parse(View text)
 {
     platform::Buffer<Char> copy(text.size());
@@ -96,6 +103,13 @@ bool BasicINIDocument<Char>::Save(const std::filesystem::path& path, std::error_
     }
     error = std::make_error_code(std::errc::illegal_byte_sequence);
     return false;
+}
+
+template <class Char>
+bool BasicINIDocument<Char>::Save(const std::filesystem::path& path) const
+{
+    std::error_code ignored;
+    return Save(path, ignored);
 }
 
 // Lookups

@@ -136,12 +136,7 @@ public:
     /// @return false when the file cannot be opened, read to its end or decoded; the document is unchanged.
     /// @throws INIFormatError for a malformed header, in the syntax `Parser` only; the document is unchanged.
     bool Load(const std::filesystem::path& path, std::error_code& error);
-    /// @overload
-    bool Load(const std::filesystem::path& path)
-    {
-        std::error_code ignored;
-        return Load(path, ignored);
-    }
+    bool Load(const std::filesystem::path& path); ///< @overload
 
     /// Replaces the text.
     /// @return false for a text with a NUL in the syntax `Common`; the document is unchanged.
@@ -158,12 +153,7 @@ public:
     ///   encode; cleared on success.
     /// @return false when the text is not saved; the file is then unchanged.
     bool Save(const std::filesystem::path& path, std::error_code& error) const;
-    /// @overload
-    bool Save(const std::filesystem::path& path) const
-    {
-        std::error_code ignored;
-        return Save(path, ignored);
-    }
+    bool Save(const std::filesystem::path& path) const; ///< @overload
 
     /// @}
     /// @name Lookups
