@@ -288,8 +288,6 @@ std::optional<T> BasicINIDocument<Char>::Get(View key, View section) const
     return static_cast<T>(std::move(value));
 }
 
-extern template class QMUTILITY_API BasicINIDocument<char>;
-extern template class QMUTILITY_API BasicINIDocument<wchar_t>;
-
+// Not declared extern: MinGW exports no inline members, so an unoptimised program instantiates its own.
 using INIDocument = BasicINIDocument<char>;     ///< narrow form
 using WINIDocument = BasicINIDocument<wchar_t>; ///< wide form
