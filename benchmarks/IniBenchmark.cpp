@@ -25,48 +25,43 @@ namespace fs = std::filesystem;
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 /// Opens a file without a buffer, so that each call is one of the system.
-File Open(const std::string& path, const char* mode)
-{
+File Open(const std::string& path, const char* mode) {
     File file(std::fopen(path.c_str(), mode), std::fclose);
     Require(file && std::setvbuf(file.get(), nullptr, _IONBF, 0) == 0);
     return file;
 }
 
-void WriteEach(const std::string& path, std::span<const std::string> pieces)
-{
+void WriteEach(const std::string& path, std::span<const std::string> pieces) {
     const File file = Open(path, "w");
     for (const std::string& piece : pieces)
         Require(std::fwrite(piece.data(), 1, piece.size(), file.get()) == piece.size());
 }
 
 /// What a settings file looks like.
-struct Shape
-{
-    int KiB; ///< with "\n" for newlines
+struct Shape {
+    int KiB;  ///< with "\n" for newlines
     int Sections = KiB;
-    int Keys = 25; ///< of each section
+    int Keys = 25;  ///< of each section
     std::string Newline = "\n";
-    bool IsOnDisk = false; ///< in the current directory, otherwise in the one for temporary files
+    bool IsOnDisk = false;  ///< in the current directory, otherwise in the one for temporary files
 };
 
 /// A settings file that exists as long as the object: a comment above every fourth key, sections and keys in
 /// no order.
 template <class Char>
-class Sample
-{
+class Sample {
 public:
     using String = std::basic_string<Char>;
 
     std::string Path;
-    String OwnPath; ///< in the characters of the library
+    String OwnPath;  ///< in the characters of the library
     std::string Text;
-    std::vector<std::string> Records;                ///< the text in the pieces that are written in place
-    std::vector<std::pair<String, String>> Settings; ///< section and key
+    std::vector<std::string> Records;                 ///< the text in the pieces that are written in place
+    std::vector<std::pair<String, String>> Settings;  ///< section and key
 
     explicit Sample(const Shape& shape)
         : Path((shape.IsOnDisk ? "." : fs::temp_directory_path()) / "qmUtility-benchmark.ini"),
-          OwnPath(Path.begin(), Path.end())
-    {
+          OwnPath(Path.begin(), Path.end()) {
         for (std::int64_t i = 0; i != shape.Sections; ++i) {
             const std::int64_t number = i * 7919 % shape.Sections;
             const std::string section = "Section" + std::to_string(100'000 + number);
@@ -82,8 +77,7 @@ public:
                 Settings.emplace_back(String(section.begin(), section.end()), String(key.begin(), key.end()));
             }
         }
-        for (const std::string& record : Records)
-            Text += record;
+        for (const std::string& record : Records) Text += record;
         Write();
     }
 
@@ -97,9 +91,8 @@ public:
 };
 
 /// Reads a file and finds every newline.
-void ReadLines(benchmark::State& state, const Shape& shape)
-{
-    std::vector<char> text(64 << 10); // stays in the cache
+void ReadLines(benchmark::State& state, const Shape& shape) {
+    std::vector<char> text(64 << 10);  // stays in the cache
     const Sample<char> sample(shape);
     for ([[maybe_unused]] auto _ : state) {
         const File file = Open(sample.Path, "r");
@@ -107,24 +100,20 @@ void ReadLines(benchmark::State& state, const Shape& shape)
         while (const std::size_t size = std::fread(text.data(), 1, text.size(), file.get())) {
             const char* at = text.data();
             const auto left = [&] { return static_cast<std::size_t>(text.data() + size - at); };
-            for (; (at = static_cast<const char*>(std::memchr(at, '\n', left()))) != nullptr; ++at)
-                ++lines;
+            for (; (at = static_cast<const char*>(std::memchr(at, '\n', left()))) != nullptr; ++at) ++lines;
         }
         benchmark::DoNotOptimize(lines);
     }
 }
 
 /// Writes a file in place, with one call for each record.
-void WriteRecords(benchmark::State& state, const Shape& shape)
-{
+void WriteRecords(benchmark::State& state, const Shape& shape) {
     const Sample<char> sample(shape);
-    for ([[maybe_unused]] auto _ : state)
-        WriteEach(sample.Path, sample.Records);
+    for ([[maybe_unused]] auto _ : state) WriteEach(sample.Path, sample.Records);
 }
 
 /// Writes a file beside the old one, synchronises it, renames it, and synchronises the folder.
-void Replace(benchmark::State& state, const Shape& shape)
-{
+void Replace(benchmark::State& state, const Shape& shape) {
     const Sample<char> sample(shape);
     const std::string temporary = sample.Path + ".new";
     for ([[maybe_unused]] auto _ : state) {
@@ -138,26 +127,21 @@ void Replace(benchmark::State& state, const Shape& shape)
 }
 
 template <class Library, class Char = char>
-void Load(benchmark::State& state, const Shape& shape)
-{
+void Load(benchmark::State& state, const Shape& shape) {
     const Sample<Char> sample(shape);
-    for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(Library(sample.OwnPath));
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(Library(sample.OwnPath));
 }
 
 /// Looks up the last settings of a file. It is loaded every time: a library may leave work to the first
 /// lookup.
 template <class Library, class Char = char>
-void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool isLoadTimed)
-{
+void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool isLoadTimed) {
     const Sample<Char> sample(shape);
     std::optional<const Library> library;
     for ([[maybe_unused]] auto _ : state) {
-        if (!isLoadTimed)
-            state.PauseTiming();
+        if (!isLoadTimed) state.PauseTiming();
         library.emplace(sample.OwnPath);
-        if (!isLoadTimed)
-            state.ResumeTiming();
+        if (!isLoadTimed) state.ResumeTiming();
         for (const auto& [section, key] : sample.Last(count))
             Require(!library->GetValue(key, section).empty());
     }
@@ -165,15 +149,13 @@ void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool is
 
 /// Changes the last settings of a file and saves it. A peer's text is written in place with a single write.
 template <class Library, class Char = char>
-void Set(benchmark::State& state, const Shape& shape, std::size_t count)
-{
+void Set(benchmark::State& state, const Shape& shape, std::size_t count) {
     const Sample<Char> sample(shape);
-    std::basic_string<Char> value(12, 'A'); // as long as the values in the file
+    std::basic_string<Char> value(12, 'A');  // as long as the values in the file
     for ([[maybe_unused]] auto _ : state) {
-        value.back() ^= 1; // a new value each time
+        value.back() ^= 1;  // a new value each time
         Library library(sample.OwnPath);
-        for (const auto& [section, key] : sample.Last(count))
-            Require(library.SetValue(key, value, section));
+        for (const auto& [section, key] : sample.Last(count)) Require(library.SetValue(key, value, section));
         if constexpr (requires { library.Save(sample.OwnPath); })
             Require(library.Save(sample.OwnPath));
         else if constexpr (requires { library.Text(); }) {
@@ -183,8 +165,7 @@ void Set(benchmark::State& state, const Shape& shape, std::size_t count)
     }
 }
 
-void Sort(benchmark::State& state, const Shape& shape)
-{
+void Sort(benchmark::State& state, const Shape& shape) {
     const Sample<char> sample(shape);
     for ([[maybe_unused]] auto _ : state) {
         Require(INIParser::Sort(sample.Path, false));
@@ -195,16 +176,13 @@ void Sort(benchmark::State& state, const Shape& shape)
 }
 
 /// Adds settings to a section that another follows.
-void Add(benchmark::State& state, const Shape& shape)
-{
+void Add(benchmark::State& state, const Shape& shape) {
     std::vector<std::string> keys;
-    for (int i = 0; i != shape.Keys; ++i)
-        keys.push_back("Setting" + std::to_string(1'000'000 + i));
+    for (int i = 0; i != shape.Keys; ++i) keys.push_back("Setting" + std::to_string(1'000'000 + i));
     for ([[maybe_unused]] auto _ : state) {
         INIDocument document;
         Require(document.Parse("[Section]\n\n[Next]\n"));
-        for (const std::string& key : keys)
-            Require(document.SetValue(key, "value 100000", "Section"));
+        for (const std::string& key : keys) Require(document.SetValue(key, "value 100000", "Section"));
     }
 }
 
@@ -222,20 +200,18 @@ const std::map<std::string, std::vector<Shape>> Shapes = {
     {"add", {{137, 1, 5'000}, {547, 1, 20'000}}}};
 
 template <class Function, class... Arguments>
-void Register(const std::string& job, const std::string& library, Function function, Arguments... arguments)
-{
+void Register(const std::string& job, const std::string& library, Function function, Arguments... arguments) {
     const std::string name = job + '/' + library;
     for (const Shape& shape : Shapes.at(job)) {
         auto* const benchmark = benchmark::RegisterBenchmark(name.c_str(), function, shape, arguments...);
         benchmark->Arg(shape.KiB);
-        if (shape.IsOnDisk) // where waiting counts, and varies
+        if (shape.IsOnDisk)  // where waiting counts, and varies
             benchmark->UseRealTime()->Repetitions(25);
     }
 }
 
 template <class Peer>
-void RegisterPeer(const std::string& name)
-{
+void RegisterPeer(const std::string& name) {
     Register("get", name, Get<Peer>, 1, true);
     Register("load", name, Load<Peer>);
     Register("load CR LF", name, Load<Peer>);
@@ -271,11 +247,9 @@ void RegisterPeer(const std::string& name)
 
     for (const char* const job : {"get", "load", "load CR LF", "read 100"})
         Register(job, "baseline", ReadLines);
-    for (const char* const job : {"set", "sort"})
-        Register(job, "baseline", WriteRecords);
-    for (const char* const job : {"write 100", "write 100 on disk"})
-        Register(job, "baseline", Replace);
+    for (const char* const job : {"set", "sort"}) Register(job, "baseline", WriteRecords);
+    for (const char* const job : {"write 100", "write 100 on disk"}) Register(job, "baseline", Replace);
     return true;
 }();
 
-} // namespace
+}  // namespace

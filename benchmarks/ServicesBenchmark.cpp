@@ -27,36 +27,30 @@ namespace {
 
 /// Registers a case that calls a function while standard output goes nowhere.
 template <class Function>
-void Register(const char* name, Function function)
-{
+void Register(const char* name, Function function) {
     benchmark::RegisterBenchmark(name, [function](benchmark::State& state) {
         const int output = dup(STDOUT_FILENO);
         const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
         dup2(nowhere, STDOUT_FILENO);
-        for ([[maybe_unused]] auto _ : state)
-            function();
+        for ([[maybe_unused]] auto _ : state) function();
         dup2(output, STDOUT_FILENO);
         close(nowhere);
         close(output);
     });
 }
 
-long long Count()
-{
+long long Count() {
     LARGE_INTEGER count;
     QueryPerformanceCounter(&count);
     return count.QuadPart;
 }
 
-void ReadTicks(int count)
-{
-    for (int i = 0; i != count; ++i)
-        benchmark::DoNotOptimize(cpu::GetTick());
+void ReadTicks(int count) {
+    for (int i = 0; i != count; ++i) benchmark::DoNotOptimize(cpu::GetTick());
 }
 
 template <class... Arguments>
-void FormatAndWrite(fmt::format_string<const Arguments&...> format, const Arguments&... arguments)
-{
+void FormatAndWrite(fmt::format_string<const Arguments&...> format, const Arguments&... arguments) {
     fmt::memory_buffer line;
     fmt::format_to(std::back_inserter(line), format, arguments...);
     benchmark::DoNotOptimize(write(STDOUT_FILENO, line.data(), line.size()));
@@ -114,8 +108,7 @@ CQMFPSCounter averageFrames(eQMFPSType_Average);
 const auto Folder = std::filesystem::temp_directory_path() / "qmUtility-filecheck-benchmark";
 std::vector<std::string> paths;
 
-void WatchFiles(const benchmark::State&)
-{
+void WatchFiles(const benchmark::State&) {
     std::filesystem::create_directory(Folder);
     for (int i = 0; i != 10'000; ++i) {
         const auto path = Folder / ("settings-of-module-" + std::to_string(i) + ".ini");
@@ -126,23 +119,19 @@ void WatchFiles(const benchmark::State&)
     CQMFileCheckAPI::Enable(true);
 }
 
-void RemoveFiles(const benchmark::State&)
-{
+void RemoveFiles(const benchmark::State&) {
     CQMFileCheckAPI::Initialize();
     paths.clear();
     std::filesystem::remove_all(Folder);
 }
 
-void Check(benchmark::State& state)
-{
+void Check(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state)
-        if (CQMFileCheckAPI::Check())
-            state.SkipWithError("a file was modified");
+        if (CQMFileCheckAPI::Check()) state.SkipWithError("a file was modified");
 }
 BENCHMARK(Check)->Name("check of 10,000 files/qmUtility")->Setup(WatchFiles)->Teardown(RemoveFiles);
 
-void StatusCalls(benchmark::State& state)
-{
+void StatusCalls(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state)
         for (const std::string& path : paths) {
             struct stat status;
@@ -154,4 +143,4 @@ BENCHMARK(StatusCalls)
     ->Setup(WatchFiles)
     ->Teardown(RemoveFiles);
 
-} // namespace
+}  // namespace

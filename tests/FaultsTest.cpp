@@ -37,64 +37,57 @@ namespace fs = std::filesystem;
 
 namespace {
 
-enum class Failure
-{
-    One,  ///< that call
-    All,  ///< that one and every other call after it
-    Kill, ///< the process ends before it
+enum class Failure {
+    One,   ///< that call
+    All,   ///< that one and every other call after it
+    Kill,  ///< the process ends before it
 };
 
 /// The number of calls that still succeed; negative: all do.
 int callsLeft = -1;
 Failure failure = Failure::One;
-int errorOfAll = 0;       ///< with which all calls fail; 0: each with its own
-std::string_view failed;  ///< the first call that failed
-bool isReluctant = false; ///< calls are interrupted once, and writes take one byte
+int errorOfAll = 0;        ///< with which all calls fail; 0: each with its own
+std::string_view failed;   ///< the first call that failed
+bool isReluctant = false;  ///< calls are interrupted once, and writes take one byte
 std::string_view interrupted;
 constexpr std::string_view Interruptible[] = {
     "close", "close of a new file", "fsync", "fsync of a folder", "ftruncate", "openat", "read", "write"};
-int lowest = INT_MAX;                   ///< descriptor of a file; -1: one that is not closed on exec
-int reopened = -1;                      ///< what the host makes its standard output during the next call
-int newFile = -1;                       ///< descriptor of the file that was created last
-unsigned order = 0;                     ///< a digit for each file synchronised, renamed, folder synchronised
-long allocations = 0;                   ///< that are not released yet
-constexpr std::string_view New = "new"; ///< the call that fails for lack of memory
+int lowest = INT_MAX;                    ///< descriptor of a file; -1: one that is not closed on exec
+int reopened = -1;                       ///< what the host makes its standard output during the next call
+int newFile = -1;                        ///< descriptor of the file that was created last
+unsigned order = 0;                      ///< a digit for each file synchronised, renamed, folder synchronised
+long allocations = 0;                    ///< that are not released yet
+constexpr std::string_view New = "new";  ///< the call that fails for lack of memory
 
-bool Fails(std::string_view call, int error)
-{
+bool Fails(std::string_view call, int error) {
     if (isReluctant && std::ranges::count(Interruptible, call) != 0) {
         interrupted = interrupted != call ? call : "";
-        if (!interrupted.empty())
-            errno = EINTR;
+        if (!interrupted.empty()) errno = EINTR;
         return !interrupted.empty();
     }
     if (callsLeft != 0) {
         callsLeft -= callsLeft > 0;
         return false;
     }
-    if (failure == Failure::Kill)
-        _exit(2);
-    if (failure == Failure::One)
-        callsLeft = -1;
-    if (failed.empty())
-        failed = call;
+    if (failure == Failure::Kill) _exit(2);
+    if (failure == Failure::One) callsLeft = -1;
+    if (failed.empty()) failed = call;
     errno = errorOfAll != 0 ? errorOfAll : error;
     return true;
 }
 
 /// @return the system's function of this name.
 template <class Function>
-Function* Real(Function* /*ours*/, const char* name)
-{
+Function* Real(Function* /*ours*/, const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-} // namespace
+}  // namespace
 
 // The library calls these in place of the system's: they fail, or call the real function.
 
 #define CALL(name, error, ...) (Fails(#name, error) ? -1 : Real(&name, #name)(__VA_ARGS__))
-#define REPLACE(type, name, parameters, ...)                                                                 \
+#define REPLACE(type, name, parameters, ...) \
     extern "C" type name parameters { return CALL(name, EIO, __VA_ARGS__); }
 
 REPLACE(int, fchmod, (int file, mode_t mode) noexcept, file, mode)
@@ -112,67 +105,56 @@ REPLACE(ssize_t, read, (int file, void* to, std::size_t size), file, to, size)
 REPLACE(ssize_t, readlinkat, (int at, const char* path, char* to, std::size_t n) noexcept, at, path, to, n)
 REPLACE(int, unlinkat, (int at, const char* path, int flags) noexcept, at, path, flags)
 
-extern "C" int openat(int folder, const char* path, int flags, ...)
-{
+extern "C" int openat(int folder, const char* path, int flags, ...) {
     va_list mode;
     va_start(mode, flags);
     const mode_t created =
-        (flags & O_CREAT) != 0 ? va_arg(mode, mode_t) : 0; // NOLINT(clang-analyzer-valist.Uninitialized)
+        (flags & O_CREAT) != 0 ? va_arg(mode, mode_t) : 0;  // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(mode);
-    if (reopened != -1)
-        dup2(std::exchange(reopened, -1), STDOUT_FILENO);
+    if (reopened != -1) dup2(std::exchange(reopened, -1), STDOUT_FILENO);
     const int file = CALL(openat, EMFILE, folder, path, flags, created);
-    if (file >= 0)
-        lowest = std::min(lowest, (flags & O_CLOEXEC) != 0 ? file : -1);
-    if ((flags & O_EXCL) != 0)
-        newFile = file;
+    if (file >= 0) lowest = std::min(lowest, (flags & O_CLOEXEC) != 0 ? file : -1);
+    if ((flags & O_EXCL) != 0) newFile = file;
     return file;
 }
 
-extern "C" ssize_t write(int file, const void* buffer, std::size_t size)
-{
+extern "C" ssize_t write(int file, const void* buffer, std::size_t size) {
     return CALL(write, ENOSPC, file, buffer, isReluctant ? 1 : size);
 }
 
-extern "C" int fsync(int file) // tests need not wait for a disk
+extern "C" int fsync(int file)  // tests need not wait for a disk
 {
     const bool isFolder = (fcntl(file, F_GETFL) & O_DIRECTORY) != 0;
-    if (Fails(isFolder ? "fsync of a folder" : "fsync", EIO))
-        return -1;
+    if (Fails(isFolder ? "fsync of a folder" : "fsync", EIO)) return -1;
     order = 10 * order + (isFolder ? 3 : 1);
     return 0;
 }
 
-extern "C" int renameat(int at, const char* from, int toAt, const char* to) noexcept
-{
+extern "C" int renameat(int at, const char* from, int toAt, const char* to) noexcept {
     order = 10 * order + 2;
     return CALL(renameat, EIO, at, from, toAt, to);
 }
 
-extern "C" int close(int file)
-{
-    const int result = Real(&close, "close")(file); // which closes it even if it fails
+extern "C" int close(int file) {
+    const int result = Real(&close, "close")(file);  // which closes it even if it fails
     const bool isNew = file == newFile;
     newFile = isNew ? -1 : newFile;
     return Fails(isNew ? "close of a new file" : "close", EIO) ? -1 : result;
 }
 
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
-{
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     void* const memory = Fails(New, ENOMEM) ? nullptr : std::malloc(size);
     allocations += memory != nullptr;
     return memory;
 }
 
 // Not inlined, or the compiler would take the memory for one of the original functions.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
+[[gnu::noinline]] void* operator new(std::size_t size) {
     void* const memory = operator new(size, std::nothrow);
     return memory != nullptr ? memory : throw std::bad_alloc();
 }
 
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     allocations -= memory != nullptr;
     std::free(memory);
 }
@@ -181,10 +163,9 @@ void operator delete(void* memory, std::size_t) noexcept { operator delete(memor
 namespace {
 
 /// Operations of `INIParser`. Edits differ only in what they do to the records.
-const struct Operation
-{
+const struct Operation {
     std::string_view Name;
-    int Writes; ///< one for each record, so that what is written survives the host
+    int Writes;  ///< one for each record, so that what is written survives the host
     /// @return how much was found, or whether all went well; the opposite when the file cannot be read or not
     ///   be opened for writing.
     std::function<std::size_t(const std::string& path)> Run;
@@ -201,15 +182,13 @@ const struct Operation
     {"wide SetValue", 8, [](auto& p) { return INIParser::SetValue(L"k", L"2", L"S", Widen(p)); }},
 };
 
-constexpr std::size_t Threw = std::string::npos; ///< the result of an operation that ended with an exception
+constexpr std::size_t Threw = std::string::npos;  ///< the result of an operation that ended with an exception
 
-class Faults : public TemporaryFolder
-{
+class Faults : public TemporaryFolder {
 protected:
     /// Calls a function.
     /// @param n the call of it that fails
-    static std::size_t Try(int n, const std::function<std::size_t()>& function)
-    {
+    static std::size_t Try(int n, const std::function<std::size_t()>& function) {
         std::size_t result = Threw;
         callsLeft = n;
         try {
@@ -221,8 +200,7 @@ protected:
     }
 
     /// Fails an operation's n-th call, for every n until it makes no more.
-    void FailEach(const Operation& operation) const
-    {
+    void FailEach(const Operation& operation) const {
         const auto run = [&](int n) {
             Write(m_text);
             const std::size_t result = Try(n, [&] { return operation.Run(m_path); });
@@ -238,7 +216,7 @@ protected:
             bool isAsDocumented = result == good && after == edited && failed != New;
             if (result == Threw)
                 isAsDocumented = after == m_text && (failed == New || failure == Failure::All);
-            else if (failed == "write") // is not reported, and what has been written stays
+            else if (failed == "write")  // is not reported, and what has been written stays
                 isAsDocumented = result == good && edited.starts_with(after);
             else if (result == std::size_t{!good})
                 isAsDocumented = after == m_text;
@@ -249,36 +227,32 @@ protected:
     }
 
     /// @return a text with a value of this length.
-    static std::string TextWith(std::size_t length)
-    {
+    static std::string TextWith(std::size_t length) {
         return "above=1\n; note\n[S]\nk=1\n#l=" + std::string(length, 'v') + "\n[T]\nm=1\n[S]\nk=3\n";
     }
 
     std::string m_text = TextWith(10);
 };
 
-TEST_F(Faults, EachCallOfEachOperationFails)
-{
+TEST_F(Faults, EachCallOfEachOperationFails) {
     const auto countDescriptors = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
     const auto descriptors = countDescriptors();
     const std::tuple<Failure, const char*, std::size_t> rounds[] = {
         {Failure::All, "C", 10},
         {Failure::One, "C.UTF-8", 10},
-        {Failure::One, "C", 110'000}, // writes past the buffer
+        {Failure::One, "C", 110'000},  // writes past the buffer
     };
     for (const auto& [kind, locale, length] : rounds) {
         const std::locale before = std::locale::global(std::locale(locale));
         failure = kind;
         m_text = TextWith(length);
-        for (const Operation& operation : Operations)
-            FailEach(operation);
+        for (const Operation& operation : Operations) FailEach(operation);
         std::locale::global(before);
     }
     EXPECT_EQ(countDescriptors(), descriptors) << "a descriptor was left open";
 }
 
-TEST_F(Faults, AnEditOfADocumentIsDoneOrNot)
-{
+TEST_F(Faults, AnEditOfADocumentIsDoneOrNot) {
     const std::function<bool(INIDocument&)> edits[] = {
         [](auto& d) { return d.Load("/dev/null"); },
         [](auto& d) { return d.Parse("[a text that needs memory]\nk=1\n"); },
@@ -307,8 +281,7 @@ TEST_F(Faults, AnEditOfADocumentIsDoneOrNot)
     }
 }
 
-TEST_F(Faults, ADocumentReleasesTheTextsThatEditsReplace)
-{
+TEST_F(Faults, ADocumentReleasesTheTextsThatEditsReplace) {
     INIDocument document;
     const long before = allocations;
     for (int i = 0; i != 10'000; ++i)
@@ -317,17 +290,14 @@ TEST_F(Faults, ADocumentReleasesTheTextsThatEditsReplace)
 }
 
 void MakeNothing(const std::string& /*path*/) {}
-void MakeLink(const std::string& path)
-{
-    if (fs::exists(path))
-        fs::rename(path, path + ".target");
+void MakeLink(const std::string& path) {
+    if (fs::exists(path)) fs::rename(path, path + ".target");
     fs::create_symlink("test.ini.target", path);
 }
 void MakeName(const std::string& path) { fs::create_hard_link(path, path + ".same"); }
 /// Attributes of a file, and an access list that new files inherit from its folder, where the file system has
 /// them.
-void MakeAttributes(const std::string& path)
-{
+void MakeAttributes(const std::string& path) {
     constexpr unsigned list[] = {2, 0x60001, ~0U, 0x60002, 1, 0x40004, ~0U, 0x60010, ~0U, 0x40020, ~0U};
     setxattr(fs::path(path).parent_path().c_str(), "system.posix_acl_default", list, sizeof list, 0);
     setxattr(path.c_str(), "user.note", "text", 4, 0);
@@ -336,10 +306,9 @@ void MakeAttributes(const std::string& path)
 }
 
 /// What is saved to, made anew for each save.
-constexpr struct Target
-{
+constexpr struct Target {
     const char* Name;
-    std::size_t Length; ///< of its content; 0: there is none
+    std::size_t Length;  ///< of its content; 0: there is none
     void (*Make)(const std::string& path);
 } Targets[] = {
     {"file", 50, MakeNothing},
@@ -347,42 +316,35 @@ constexpr struct Target
     {"link", 50, MakeLink},
     {"link to no file", 0, MakeLink},
     {"attributes", 50, MakeAttributes},
-    {"shorter file with two names", 10, MakeName}, // written in place, which a kill may interrupt
+    {"shorter file with two names", 10, MakeName},  // written in place, which a kill may interrupt
     {"longer file with two names", 90, MakeName},
 };
 
-class Saves : public Faults
-{
+class Saves : public Faults {
 protected:
     /// @return the content of the file and the number of files in its folder.
-    std::pair<std::string, std::ptrdiff_t> Now() const
-    {
+    std::pair<std::string, std::ptrdiff_t> Now() const {
         return {fs::exists(m_file) ? Read(m_file) : "none",
                 std::distance(fs::directory_iterator(m_folder), {})};
     }
 
-    auto Make(const Target& target) const
-    {
+    auto Make(const Target& target) const {
         fs::remove_all(m_folder);
         fs::create_directory(m_folder);
-        if (target.Length != 0)
-            Write(std::string(target.Length, 'o'), "folder/test.ini");
+        if (target.Length != 0) Write(std::string(target.Length, 'o'), "folder/test.ini");
         target.Make(m_file);
         return Now();
     }
 
-    bool Save(const std::string& text)
-    {
+    bool Save(const std::string& text) {
         INIDocument document;
         return document.Parse(text) && document.Save(m_file, m_error);
     }
 
     /// Calls a function in a process of its own, which ends with status 0 if that returns true.
     template <class Function>
-    static void Start(Function function)
-    {
-        if (fork() == 0)
-            _exit(function() ? 0 : 1);
+    static void Start(Function function) {
+        if (fork() == 0) _exit(function() ? 0 : 1);
     }
 
     const std::string m_folder = Path("folder");
@@ -391,13 +353,12 @@ protected:
     std::error_code m_error;
 };
 
-TEST_F(Saves, AreDoneOrNotWhicheverCallFails)
-{
+TEST_F(Saves, AreDoneOrNotWhicheverCallFails) {
     constexpr std::string_view steps[] = {
         "close of a new file", "fchmod", "fchown", "fremovexattr", "fsetxattr", "fsync",
         "ftruncate",           "lseek",  "openat", "renameat",     "write"};
     for (const Target& target : Targets)
-        for (const int error : {0, EPERM}) { // it goes wrong, or is not allowed
+        for (const int error : {0, EPERM}) {  // it goes wrong, or is not allowed
             failed = New;
             for (int n = 0; !failed.empty(); ++n) {
                 const auto before = Make(target);
@@ -418,8 +379,7 @@ TEST_F(Saves, AreDoneOrNotWhicheverCallFails)
         }
 }
 
-TEST_F(Saves, LeaveOneContentWholeWhenTheyAreKilled)
-{
+TEST_F(Saves, LeaveOneContentWholeWhenTheyAreKilled) {
     for (const Target& target : Targets)
         for (int n = 0, status = -1; target.Make != MakeName && status != 0; ++n) {
             ASSERT_LT(n, 1000) << target.Name << " cannot be saved to";
@@ -435,15 +395,13 @@ TEST_F(Saves, LeaveOneContentWholeWhenTheyAreKilled)
         }
 }
 
-TEST_F(Saves, AreNeverSeenInPart)
-{
+TEST_F(Saves, AreNeverSeenInPart) {
     const std::string texts[] = {std::string(10, 'a'), std::string(100'000, 'b')};
     fs::create_directory(m_folder);
     ASSERT_TRUE(Save(texts[0]));
     Start([&] {
         int saves = 0;
-        while (saves != 500 && Save(texts[saves % 2]))
-            ++saves;
+        while (saves != 500 && Save(texts[saves % 2])) ++saves;
         return saves == 500;
     });
     int status = 0;
@@ -454,8 +412,7 @@ TEST_F(Saves, AreNeverSeenInPart)
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(Saves, GoStraightToWhatIsNoRegularFile)
-{
+TEST_F(Saves, GoStraightToWhatIsNoRegularFile) {
     fs::create_directory(m_folder);
     int pipes[2] = {};
     ASSERT_EQ(pipe(pipes), 0);
@@ -473,8 +430,7 @@ TEST_F(Saves, GoStraightToWhatIsNoRegularFile)
     close(pipes[1]);
 }
 
-TEST_F(Saves, KeepTheFileAndResumeInterruptedCalls)
-{
+TEST_F(Saves, KeepTheFileAndResumeInterruptedCalls) {
     const auto status = [&] {
         struct stat found = {};
         stat(m_file.c_str(), &found);
@@ -497,19 +453,17 @@ TEST_F(Saves, KeepTheFileAndResumeInterruptedCalls)
     }
 }
 
-TEST_F(Saves, AndOtherCallsTakeNoClosedStandardStream)
-{
+TEST_F(Saves, AndOtherCallsTakeNoClosedStandardStream) {
     Make(Targets[0]);
     CQMFileCheck check(Widen(m_file).c_str());
     platform::FileLock lock;
     const std::function<bool()> calls[] = {
         [&] { return Save(m_new); }, [&] { return !check.CheckDeleted(); },
-        [&] { return lock.TryLock(platform::SystemPath(m_file), m_error); }, // keeps the file open
+        [&] { return lock.TryLock(platform::SystemPath(m_file), m_error); },  // keeps the file open
     };
     for (const auto& call : calls) {
         const int streams[] = {dup(0), dup(1), dup(2)};
-        for (const int stream : {0, 1, 2})
-            close(stream);
+        for (const int stream : {0, 1, 2}) close(stream);
         lowest = INT_MAX;
         const bool isDone = call() && lowest > 2 && lowest != INT_MAX;
         errno = EDOM;
@@ -534,8 +488,7 @@ TEST_F(Saves, AndOtherCallsTakeNoClosedStandardStream)
     EXPECT_NE(flags, -1) << "what the host opened meanwhile was closed";
 }
 
-TEST(Console, WritesAreInterruptedAndPartial)
-{
+TEST(Console, WritesAreInterruptedAndPartial) {
     Capture console(STDOUT_FILENO);
     isReluctant = true;
     CQMConsoleAPI::Log(L"text\n");
@@ -543,4 +496,4 @@ TEST(Console, WritesAreInterruptedAndPartial)
     EXPECT_EQ(console.Writes(), (std::vector<std::string>{"t", "e", "x", "t", "\n"}));
 }
 
-} // namespace
+}  // namespace

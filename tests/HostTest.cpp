@@ -18,21 +18,18 @@
 
 namespace {
 
-TEST(Console, CallsWriteUtf8OnceEachAndTitlesAreNarrow)
-{
+TEST(Console, CallsWriteUtf8OnceEachAndTitlesAreNarrow) {
     Capture console(STDOUT_FILENO);
     CQMConsoleAPI::Log(L"%s - Start %.2lf\n", L"Gr\u00F6\u00DFe \u20AC", 0.25);
     CQMConsoleAPI::Log(nullptr);
-    for (const char* const title : {"", "T", "caf\u00E9", "caf\xE9"})
-        CQMConsoleAPI::Log(L"\n%s\n", title);
+    for (const char* const title : {"", "T", "caf\u00E9", "caf\xE9"}) CQMConsoleAPI::Log(L"\n%s\n", title);
     CQMConsoleAPI::Log(L"\n%ls\n", L"wide");
     EXPECT_EQ(console.Writes(),
               (std::vector<std::string>{"Gr\u00F6\u00DFe \u20AC - Start 0.25\n", "\n\n", "\nT\n",
                                         "\ncaf\u00E9\n", "\ncaf\u00E9\n", "\nwide\n"}));
 }
 
-TEST(SystemInfo, TicksRunAtTheReportedRate)
-{
+TEST(SystemInfo, TicksRunAtTheReportedRate) {
     using Clock = std::chrono::steady_clock;
     const auto rate = static_cast<double>(cpu::GetClockSpeed());
 
@@ -40,8 +37,7 @@ TEST(SystemInfo, TicksRunAtTheReportedRate)
     const auto outerStart = Clock::now();
     const std::uint64_t first = cpu::GetTick();
     const auto innerStart = Clock::now();
-    while (Clock::now() - innerStart < std::chrono::milliseconds(20))
-        continue;
+    while (Clock::now() - innerStart < std::chrono::milliseconds(20)) continue;
     const auto innerEnd = Clock::now();
     const std::chrono::duration<double> measured(static_cast<double>(cpu::GetTick() - first) / rate);
     EXPECT_GT(measured, (innerEnd - innerStart) * 0.998);
@@ -57,14 +53,12 @@ HINSTANCE Base(HINSTANCE library) { return library; }
 #else
 HINSTANCE Open() { return dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL); }
 bool Close(HINSTANCE library) { return dlclose(library) == 0; }
-HINSTANCE Base(HINSTANCE library)
-{
+HINSTANCE Base(HINSTANCE library) {
     return std::bit_cast<HINSTANCE>(static_cast<link_map*>(library)->l_addr);
 }
 #endif
 
-TEST(Module, IsRegisteredWhileItIsLoaded)
-{
+TEST(Module, IsRegisteredWhileItIsLoaded) {
     for (int round = 0; round != 2; ++round) {
         ASSERT_TRUE(ExtensionModules().empty());
         auto* const library = Open();
@@ -73,14 +67,14 @@ TEST(Module, IsRegisteredWhileItIsLoaded)
         EXPECT_EQ(ExtensionModules(), std::vector{Base(library)});
         EXPECT_TRUE(Close(library));
         EXPECT_EQ(ExtensionModules().size(), 1) << "it was opened twice";
-        EXPECT_TRUE(Close(library)); // unloads it, which ends the registration
+        EXPECT_TRUE(Close(library));  // unloads it, which ends the registration
     }
     EXPECT_TRUE(ExtensionModules().empty());
 }
 
-TEST(Module, TheListIsUsableFromEachThread) // the thread sanitizer finds what the results do not show
+TEST(Module, TheListIsUsableFromEachThread)  // the thread sanitizer finds what the results do not show
 {
-    std::vector<std::future<void>> threads(8); // their destructors wait
+    std::vector<std::future<void>> threads(8);  // their destructors wait
     for (std::future<void>& thread : threads)
         thread = std::async(std::launch::async, [] {
             AFX_EXTENSION_MODULE state{};
@@ -94,4 +88,4 @@ TEST(Module, TheListIsUsableFromEachThread) // the thread sanitizer finds what t
         });
 }
 
-} // namespace
+}  // namespace

@@ -27,14 +27,13 @@
 namespace {
 
 /// The results of the kernel services and the host modules, and a record of the calls.
-struct Script
-{
-    std::uint64_t Clock = 0;              ///< the next value of both counters; a read adds 5,
-    std::uint64_t CheapRead = UINT64_MAX; ///< but this one 2
+struct Script {
+    std::uint64_t Clock = 0;               ///< the next value of both counters; a read adds 5,
+    std::uint64_t CheapRead = UINT64_MAX;  ///< but this one 2
     std::uint64_t Reads = 0;
     std::uint64_t TickRate = 1000;
     int PriorityResult = 1;
-    std::pair<FILETIME, FILETIME> ProcessTimes{}; ///< kernel and user time
+    std::pair<FILETIME, FILETIME> ProcessTimes{};  ///< kernel and user time
     BOOL AreTimesAvailable = 1;
     /// Performance counts and other calls: "100|priority 15|debug a line|log a text|".
     std::wstring Calls = {};
@@ -42,44 +41,37 @@ struct Script
 Script script;
 
 /// A test that begins with an empty script.
-struct Scripted : testing::Test
-{
+struct Scripted : testing::Test {
     Scripted() { script = {}; }
 };
 
-BOOL Record(const std::wstring& call, BOOL result = 1)
-{
+BOOL Record(const std::wstring& call, BOOL result = 1) {
     script.Calls += call + L'|';
     return result;
 }
 
-} // namespace
+}  // namespace
 
 // These take the place of the kernel services and the host modules.
 
 BOOL QueryPerformanceFrequency(LARGE_INTEGER* rate) { return rate->QuadPart = 1000, 1; }
-BOOL QueryPerformanceCounter(LARGE_INTEGER* count)
-{
+BOOL QueryPerformanceCounter(LARGE_INTEGER* count) {
     count->QuadPart = static_cast<std::int64_t>(cpu::GetTick());
     return Record(std::to_wstring(count->QuadPart));
 }
 void Sleep(DWORD milliseconds) { Record(L"sleep " + std::to_wstring(milliseconds)); }
 HANDLE GetCurrentThread() { return &script.Calls; }
-BOOL SetThreadPriority(HANDLE thread, int level)
-{
+BOOL SetThreadPriority(HANDLE thread, int level) {
     EXPECT_EQ(thread, GetCurrentThread());
     return Record(L"priority " + std::to_wstring(level), script.PriorityResult);
 }
-BOOL GetProcessTimes(HANDLE process, FILETIME*, FILETIME*, FILETIME* kernel, FILETIME* user)
-{
+BOOL GetProcessTimes(HANDLE process, FILETIME*, FILETIME*, FILETIME* kernel, FILETIME* user) {
     EXPECT_EQ(process, CQMProcess::GetHandle());
-    if (script.AreTimesAvailable)
-        std::tie(*kernel, *user) = script.ProcessTimes;
+    if (script.AreTimesAvailable) std::tie(*kernel, *user) = script.ProcessTimes;
     return Record(L"times", script.AreTimesAvailable);
 }
 void OutputDebugStringW(const wchar_t* text) { Record(L"debug " + std::wstring(text)); }
-void CQMConsoleAPI::Log(const wchar_t* format, ...)
-{
+void CQMConsoleAPI::Log(const wchar_t* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     CString text;
@@ -88,16 +80,14 @@ void CQMConsoleAPI::Log(const wchar_t* format, ...)
     Record(L"log " + std::wstring(text.GetString()));
 }
 void* CQMProcess::GetHandle() { return &script; }
-std::uint64_t cpu::GetTick()
-{
+std::uint64_t cpu::GetTick() {
     return std::exchange(script.Clock, script.Clock + (script.Reads++ == script.CheapRead ? 2 : 5));
 }
 std::uint64_t cpu::GetClockSpeed() { return script.TickRate; }
 
 // There is memory for less than a megabyte at a time.
 // Not inlined: the compiler would see memory of malloc handed to operator delete.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
+[[gnu::noinline]] void* operator new(std::size_t size) {
     return size < 1'000'000 ? std::malloc(size) : throw std::bad_alloc();
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
@@ -106,58 +96,54 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept { operator del
 namespace {
 
 /// A stopwatch that starts at 10, for which a read costs 5 of 1000 ticks per second.
-struct Timer : Scripted
-{
+struct Timer : Scripted {
     CQMTimer Stopwatch;
     Timer() { script.Calls.clear(); }
 };
 
-TEST_F(Timer, OperationsMoveTheMarks)
-{
+TEST_F(Timer, OperationsMoveTheMarks) {
     const auto at = [this](std::uint64_t clock, double seconds, auto operation, auto... arguments) {
         script.Clock = clock;
         (Stopwatch.*operation)(arguments...);
         EXPECT_EQ(Stopwatch.GetLapsedTime(false), seconds) << "at " << clock;
     };
-    at(15, 0, &CQMTimer::Stop, false);           // took just as long as a read, and so has not stopped it
-    at(500, 0, &CQMTimer::Resume);               // it is running
-    at(1015, 1.0, &CQMTimer::Stop, false);       // stops it
-    at(6015, 6.0, &CQMTimer::Pause);             // extends a stopped interval
-    at(6515, 6.5, &CQMTimer::Resume);            // counts the pause, and leaves it stopped
-    at(9000, 6.5, &CQMTimer::Stop, false);       // moves no mark
-    at(9100, 6.6, &CQMTimer::Resume);            // from the read of that stop
-    at(9200, 0, &CQMTimer::Start, false, false); // begins a new interval
-    at(10'205, 1.0, &CQMTimer::Pause);           // ends a running one
-    constexpr std::uint64_t large = 1ULL << 53;  // where doubles are 2 apart
-    at(large, -0.001, &CQMTimer::Start, false, false); // rounds the end mark
+    at(15, 0, &CQMTimer::Stop, false);            // took just as long as a read, and so has not stopped it
+    at(500, 0, &CQMTimer::Resume);                // it is running
+    at(1015, 1.0, &CQMTimer::Stop, false);        // stops it
+    at(6015, 6.0, &CQMTimer::Pause);              // extends a stopped interval
+    at(6515, 6.5, &CQMTimer::Resume);             // counts the pause, and leaves it stopped
+    at(9000, 6.5, &CQMTimer::Stop, false);        // moves no mark
+    at(9100, 6.6, &CQMTimer::Resume);             // from the read of that stop
+    at(9200, 0, &CQMTimer::Start, false, false);  // begins a new interval
+    at(10'205, 1.0, &CQMTimer::Pause);            // ends a running one
+    constexpr std::uint64_t large = 1ULL << 53;   // where doubles are 2 apart
+    at(large, -0.001, &CQMTimer::Start, false, false);  // rounds the end mark
     at(large + 1000, 0.995, &CQMTimer::Stop, false);
     at(20, 0, &CQMTimer::Start, false, false);
-    at(21, -0.004, &CQMTimer::Stop, false); // took less than a read costs, which stops it, too
+    at(21, -0.004, &CQMTimer::Stop, false);  // took less than a read costs, which stops it, too
 }
 
-TEST_F(Timer, RestoresTheResultOfTheRaise)
-{
-    Stopwatch.Stop(true); // nothing to restore
+TEST_F(Timer, RestoresTheResultOfTheRaise) {
+    Stopwatch.Stop(true);  // nothing to restore
     script.PriorityResult = 0;
     Stopwatch.Start(true, true);
     Stopwatch.Start(false, true);
     script.Clock = 100;
     Stopwatch.Stop(true);
-    for (const int result : {0x7FFFFFFF, 1}) { // the first counts as nothing saved
+    for (const int result : {0x7FFFFFFF, 1}) {  // the first counts as nothing saved
         script.PriorityResult = result;
         Stopwatch.Start(false, true);
     }
     script.Clock = 200;
     Stopwatch.Stop(false);
-    Stopwatch.Stop(true);          // not running
-    CQMTimer("Title") = Stopwatch; // restores it when it is destroyed
+    Stopwatch.Stop(true);           // not running
+    CQMTimer("Title") = Stopwatch;  // restores it when it is destroyed
     EXPECT_EQ(script.Calls,
               L"15|priority 15|sleep 0|20|25|100|priority 0|priority 15|105|priority 15|110|200|205|"
               L"sleep 0|210|215|log \nTitle\n|220|priority 1|");
 }
 
-TEST_F(Timer, ReportsStopFirstAndRestartLast)
-{
+TEST_F(Timer, ReportsStopFirstAndRestartLast) {
     script.Clock = 1015;
     Stopwatch.LogLapsedTime(true, false, L"%s %d%%%%", L"half", 50);
     Stopwatch.LogLapsedTime(false, true, nullptr);
@@ -167,13 +153,13 @@ TEST_F(Timer, ReportsStopFirstAndRestartLast)
     Stopwatch.DogLapsedTime(true, true, L"%s", nullptr);
     script.Clock = 2545;
     EXPECT_EQ(Stopwatch.GetLapsedTime(true), 1.0);
-    EXPECT_EQ(script.Calls, L"1015|log >>> half 50% : 1.00000 sec\n|log >>>  : 1.00000 sec\n|1020|"
-                            L"1525|debug >>> 50% %s : 0.50000 sec\n|debug >>> (null) : 0.50000 sec\n|1530|"
-                            L"1535|1540|2545|");
+    EXPECT_EQ(script.Calls,
+              L"1015|log >>> half 50% : 1.00000 sec\n|log >>>  : 1.00000 sec\n|1020|"
+              L"1525|debug >>> 50% %s : 0.50000 sec\n|debug >>> (null) : 0.50000 sec\n|1530|"
+              L"1535|1540|2545|");
 }
 
-TEST_F(Timer, ReportsAreTruncated)
-{
+TEST_F(Timer, ReportsAreTruncated) {
     Stopwatch.LogLapsedTime(false, false, L"a%cb", 0);
     EXPECT_EQ(std::exchange(script.Calls, {}), L"log >>> a : 0.00000 sec\n|");
     // The log's line is cut before it gets the seconds.
@@ -188,17 +174,9 @@ TEST_F(Timer, ReportsAreTruncated)
     }
 }
 
-TEST_F(Scripted, MarkerFlagsSelectLinesAndTime)
-{
-    enum : unsigned
-    {
-        Timer = 1,
-        Console = 2,
-        Cpu = 4,
-        NoTimes = 8
-    }; // which are unavailable at the end
-    struct
-    {
+TEST_F(Scripted, MarkerFlagsSelectLinesAndTime) {
+    enum : unsigned { Timer = 1, Console = 2, Cpu = 4, NoTimes = 8 };  // which are unavailable at the end
+    struct {
         unsigned AtStart, AtEnd;
         const wchar_t* Calls;
     } const cases[] = {
@@ -221,15 +199,14 @@ TEST_F(Scripted, MarkerFlagsSelectLinesAndTime)
             marker.SetUseTimer(end & Timer);
             marker.SetUseLogConsole(end & Console);
             script.Clock = 1270;
-            script.ProcessTimes = {{10'000'000, 7}, {5'000'000, 2}}; // less, as in the child of a fork
+            script.ProcessTimes = {{10'000'000, 7}, {5'000'000, 2}};  // less, as in the child of a fork
             script.AreTimesAvailable = !(end & NoTimes);
         }
         EXPECT_EQ(script.Calls, calls);
     }
 }
 
-TEST_F(Scripted, MarkerCopiesShareTheStopwatch)
-{
+TEST_F(Scripted, MarkerCopiesShareTheStopwatch) {
     const CQMDebugTraceStartEndMarker marker(L"a", true, true, false);
     CQMDebugTraceStartEndMarker(L"b", false, false, false) = marker;
     EXPECT_EQ(script.Calls,
@@ -237,21 +214,18 @@ TEST_F(Scripted, MarkerCopiesShareTheStopwatch)
 }
 
 /// A counter whose own cost is 5 of 1000 ticks per second.
-struct Counter : CQMFPSCounter
-{
+struct Counter : CQMFPSCounter {
     using CQMFPSCounter::CQMFPSCounter;
     using CQMFPSCounter::Initialize;
 
-    auto Figures() const
-    {
+    auto Figures() const {
         return std::tuple(GetTotalFrame(), GetTickStart(), GetTickEnd(), GetTickElapsed(), GetTickMinimum(),
                           GetTickMaximum(), GetTickAverage(), GetTickSampleIndex(), GetTickAccumulator(),
                           GetFPS(), GetFPSMinimum(), GetFPSMaximum(), GetFPSAverage(), GetFPSSampleIndex());
     }
 
     /// @return the figures after a frame from one tick to another.
-    auto Frame(std::uint64_t start, std::uint64_t end)
-    {
+    auto Frame(std::uint64_t start, std::uint64_t end) {
         script.Clock = start;
         Start();
         script.Clock = end;
@@ -263,13 +237,12 @@ using Figures = decltype(Counter().Figures());
 const Figures Cleared(0, 0, 0, 0, INT64_MAX, 0, 0, 0, 0, 0, INT_MAX, -1, 0, 0);
 static_assert(std::is_convertible_v<eQMFPSType, CQMFPSCounter>);
 
-TEST_F(Scripted, InInstantModeEachFrameHasARate)
-{
+TEST_F(Scripted, InInstantModeEachFrameHasARate) {
     Counter c;
     EXPECT_EQ(std::tuple(c.GetFPSType(), c.GetTickPeriod(), c.GetTickSampleCount()),
               std::tuple(eQMFPSType_Instant, 1000, 10'000));
     c.SetFPSAverageSampleCount(16);
-    c.Initialize(); // brings the durations back
+    c.Initialize();  // brings the durations back
     EXPECT_EQ(c.Figures(), Cleared);
     // The first calibration frame took 5, as yet without a tolerance, the other 1000 took 1.
     EXPECT_EQ(c.Frame(100, 125),
@@ -277,7 +250,7 @@ TEST_F(Scripted, InInstantModeEachFrameHasARate)
     c.Start();
     c.Hold(true);
     c.Reset();
-    c.End(); // not started
+    c.End();  // not started
     EXPECT_EQ(c.Figures(), Cleared);
     EXPECT_EQ(c.Frame(100, 125), Figures(1, 100, 125, 20, 20, 20, 20, 1, 0, 50, 50, 50, 50, 1));
     EXPECT_EQ(c.Frame(300, 307), Figures(2, 300, 307, 2, 2, 20, 11, 2, 0, 500, 50, 500, 275, 2));
@@ -286,7 +259,7 @@ TEST_F(Scripted, InInstantModeEachFrameHasARate)
     script.Clock = 500;
     c.Start();
     c.Hold(true);
-    c.Frame(506, 508); // neither starts nor ends
+    c.Frame(506, 508);  // neither starts nor ends
     c.Hold(false);
     // It started at 500. Less than the tolerance wraps, and is negative in the average.
     constexpr double rate = 1000 / 0x1p64;
@@ -300,8 +273,7 @@ TEST_F(Scripted, InInstantModeEachFrameHasARate)
     }
 }
 
-TEST_F(Scripted, InAverageModeFramesMeasureFromTheirPeriodsStart)
-{
+TEST_F(Scripted, InAverageModeFramesMeasureFromTheirPeriodsStart) {
     for (const int type : {1, 0, 3, -1}) {
         Counter c(static_cast<eQMFPSType>(type));
         EXPECT_EQ(c.GetFPSType(), type);
@@ -315,12 +287,11 @@ TEST_F(Scripted, InAverageModeFramesMeasureFromTheirPeriodsStart)
     }
 }
 
-TEST_F(Scripted, AnotherNumberOfRatesDropsTheDurations)
-{
+TEST_F(Scripted, AnotherNumberOfRatesDropsTheDurations) {
     Counter c;
     c.Reset();
     c.Frame(100, 125);
-    for (const unsigned long n : {1'000'000UL, ULONG_MAX / 2 + 6}) // no memory; more than 32 bits
+    for (const unsigned long n : {1'000'000UL, ULONG_MAX / 2 + 6})  // no memory; more than 32 bits
         EXPECT_THROW(c.SetFPSAverageSampleCount(n), std::bad_alloc);
     EXPECT_EQ(std::tuple(c.GetFPSSampleCount(), c.GetFPSSample(0)), std::tuple(16, 50));
     c.SetFPSAverageSampleCount(2);
@@ -331,7 +302,7 @@ TEST_F(Scripted, AnotherNumberOfRatesDropsTheDurations)
     c.Reset();
     EXPECT_EQ(c.Figures(), Cleared);
 
-    script.TickRate = 0; // rates of 0 show where minimum and maximum start
+    script.TickRate = 0;  // rates of 0 show where minimum and maximum start
     Counter zero;
     zero.SetFPSAverageSampleCount(0);
     EXPECT_EQ(zero.GetFPSSampleCount(), 1);
@@ -339,8 +310,7 @@ TEST_F(Scripted, AnotherNumberOfRatesDropsTheDurations)
     EXPECT_EQ(zero.Frame(0, 15), Figures(2, 0, 15, 10, INT64_MAX, 0, 0, 0, 0, 0, 0x1p63, -0x1p63, 0, 1));
 }
 
-TEST_F(Scripted, CopiesShareTheRingsAndFindWhatAScanFinds)
-{
+TEST_F(Scripted, CopiesShareTheRingsAndFindWhatAScanFinds) {
     Counter fresh;
     fresh.Reset();
     Counter c(fresh);
@@ -352,9 +322,8 @@ TEST_F(Scripted, CopiesShareTheRingsAndFindWhatAScanFinds)
         // The first two are the least and the most, also when the ring no longer has them.
         EXPECT_EQ(std::tuple(c.GetTickMinimum(), c.GetTickMaximum()),
                   std::tuple(1, frame == 0 ? 1 : 1'000'001));
-        if (frame % 100 != 0)
-            continue;
-        Counter copy(fresh); // has no figures but the rings'
+        if (frame % 100 != 0) continue;
+        Counter copy(fresh);  // has no figures but the rings'
         copy.Frame(0, ring[0] + 5);
         EXPECT_EQ(c.GetFPSSample(0), copy.GetFPS());
         const auto entries = std::span(ring).first(std::min(frame + 1, ring.size()));
@@ -365,16 +334,14 @@ TEST_F(Scripted, CopiesShareTheRingsAndFindWhatAScanFinds)
     }
 }
 
-TEST_F(Scripted, CopiesFindAsManyDurationsAsAResetDropped)
-{
+TEST_F(Scripted, CopiesFindAsManyDurationsAsAResetDropped) {
     Counter c;
     Counter copy(c);
     copy.Frame(0, 15);
     c.Reset();
-    for (int frame = 0; frame != 1001 + 1; ++frame)
-        c.Frame(0, 25);
+    for (int frame = 0; frame != 1001 + 1; ++frame) c.Frame(0, 25);
     copy.Frame(0, 15);
     EXPECT_EQ(copy.GetTickMaximum(), 20);
 }
 
-} // namespace
+}  // namespace

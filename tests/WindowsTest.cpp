@@ -15,8 +15,7 @@ using WindowsFile = TemporaryFolder;
 /// @param units of 100 nanoseconds since 1970.
 FILETIME Time(std::int64_t units) { return std::bit_cast<FILETIME>(units + 116'444'736'000'000'000); }
 
-TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem)
-{
+TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem) {
     Write("12345", "f");
     const std::wstring path = WidePath("f");
     const FILETIME access = Time(10'000'000'000'000'001);
@@ -38,8 +37,7 @@ TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem)
     EXPECT_EQ(status.m_attribute & ~FILE_ATTRIBUTE_ARCHIVE, CFile::normal);
 }
 
-TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedAndALockedFileCountsAsDeleted)
-{
+TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedAndALockedFileCountsAsDeleted) {
     const std::wstring path = WidePath("") + L"\u0416 \u20AC \U0001F600";
     std::filesystem::rename(Write("x", "f"), path);
     CQMFileCheck file((L" " + path + L" ").c_str());
@@ -51,8 +49,7 @@ TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedAndALockedFileCountsAsDelete
     EXPECT_TRUE(file.CheckModified());
 }
 
-TEST_F(WindowsFile, IniLinesEndInCrLfOnDiskAndACtrlZDoesNotEndThem)
-{
+TEST_F(WindowsFile, IniLinesEndInCrLfOnDiskAndACtrlZDoesNotEndThem) {
     std::ofstream(m_path, std::ios::binary) << "; \x1A\n\r\n[S]\nk=1\r\n#[T]\r\nl=2\n";
     const auto bytes = [this] {
         std::ifstream stream(m_path, std::ios::binary);
@@ -66,10 +63,9 @@ TEST_F(WindowsFile, IniLinesEndInCrLfOnDiskAndACtrlZDoesNotEndThem)
     EXPECT_EQ(INIParser::Content(m_path), "; \x1A\n[S]\n; b\n; c\nk=\xE4\x1A\n#[T]\nl=2\n");
 }
 
-TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile)
-{
+TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile) {
     const std::filesystem::path folder = WidePath("folder");
-    const std::filesystem::path path = folder / L"\u0416 \u20AC.ini"; // not in the code page
+    const std::filesystem::path path = folder / L"\u0416 \u20AC.ini";  // not in the code page
     INIDocument document;
     std::error_code error;
     std::filesystem::create_directory(folder);
@@ -101,4 +97,4 @@ TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile)
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
 }
 
-} // namespace
+}  // namespace

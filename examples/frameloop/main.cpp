@@ -50,31 +50,27 @@ volatile std::sig_atomic_t interrupted = 0;
 extern "C" void Interrupt(int /*signal*/) { interrupted = 1; }
 
 /// The settings and statistics in a file.
-class Settings
-{
+class Settings {
 public:
     /// @throws std::system_error when the file cannot be read
-    explicit Settings(const std::filesystem::path& file) : m_file(file), m_watch(file.wstring().c_str())
-    {
+    explicit Settings(const std::filesystem::path& file) : m_file(file), m_watch(file.wstring().c_str()) {
         Load();
     }
 
-    int FrameLimit() const { return Number("FrameLimit", "Frames", 60); } ///< per second; 0 for none
+    int FrameLimit() const { return Number("FrameLimit", "Frames", 60); }  ///< per second; 0 for none
     int Balls() const { return Number("Balls", "Picture", 5); }
 
     /// Loads a modified file one call later, when its writer is probably done.
-    void Update()
-    {
+    void Update() {
         if (m_watch.CheckModified() && m_watch.ApplyChanges())
             m_isModified = true;
         else if (std::exchange(m_isModified, false))
-            m_values.Load(m_file); // a file that cannot be read changes nothing
+            m_values.Load(m_file);  // a file that cannot be read changes nothing
     }
 
     /// Saves the statistics, and keeps what else the file contains now.
     /// @throws std::system_error when the file cannot be read or written
-    void SaveStatistics(const CQMFPSCounter& counter, double seconds)
-    {
+    void SaveStatistics(const CQMFPSCounter& counter, double seconds) {
         const auto toSeconds = [&](auto ticks) {
             return static_cast<double>(ticks) / static_cast<double>(counter.GetTickPeriod());
         };
@@ -86,32 +82,28 @@ public:
         Set("AverageFrame", toSeconds(counter.GetTickAverage()));
         Set("LongestFrame", toSeconds(counter.GetTickMaximum()));
         std::error_code error;
-        if (!m_values.Save(m_file, error))
-            throw std::system_error(error);
+        if (!m_values.Save(m_file, error)) throw std::system_error(error);
     }
 
 private:
-    void Load()
-    {
+    void Load() {
         std::error_code error;
         if (!m_values.Load(m_file, error))
-            throw std::system_error(error); // a file that cannot be read is never replaced
+            throw std::system_error(error);  // a file that cannot be read is never replaced
     }
 
-    int Number(const char* key, const char* section, int fallback) const
-    {
+    int Number(const char* key, const char* section, int fallback) const {
         return std::clamp(m_values.Get<int>(key, section).value_or(fallback), 0, 1000);
     }
 
     template <class T>
-    void Set(const char* key, T value)
-    {
+    void Set(const char* key, T value) {
         if (!m_values.SetValue(key, std::to_string(value), "Statistics"))
             throw std::runtime_error(std::string(key) + " cannot be set");
     }
 
     std::filesystem::path m_file;
-    CQMFileCheck m_watch; ///< constructed before the settings are loaded, so that no change is missed
+    CQMFileCheck m_watch;  ///< constructed before the settings are loaded, so that no change is missed
     bool m_isModified = false;
     INIDocument m_values;
 };
@@ -120,11 +112,9 @@ constexpr int Rows = 12;
 constexpr int Columns = 64;
 
 /// Draws the balls where they are at a time, so that their speed does not depend on the frame rate.
-std::wstring DrawBalls(double seconds, int balls)
-{
+std::wstring DrawBalls(double seconds, int balls) {
     std::wstring picture;
-    for (int row = 0; row != Rows; ++row)
-        picture += std::wstring(Columns, L' ') + L'\n';
+    for (int row = 0; row != Rows; ++row) picture += std::wstring(Columns, L' ') + L'\n';
     for (int ball = 0; ball != balls; ++ball) {
         const double right = 0.5 + 0.5 * std::sin(seconds * (0.4 + 0.13 * ball) + ball);
         const double down = 1 - std::abs(std::sin(seconds * (1.5 + 0.07 * ball) + ball));
@@ -135,30 +125,30 @@ std::wstring DrawBalls(double seconds, int balls)
     return picture;
 }
 
-void Run(const std::string& file, std::chrono::seconds duration)
-{
+void Run(const std::string& file, std::chrono::seconds duration) {
     Settings settings(file);
     const CQMDebugTraceStartEndMarker marker(L"Frame loop", true, true, false);
     CQMFPSCounter counter(eQMFPSType_Instant);
-    counter.Reset(); // removes the empty frames that measured the counter's own cost
+    counter.Reset();  // removes the empty frames that measured the counter's own cost
     CQMTimer stopwatch;
     const auto start = Clock::now();
     auto now = start;
     auto nextUpdate = start;
     auto frameEnd = start;
-    std::string toTop; // the first frame is drawn where the cursor is
+    std::string toTop;  // the first frame is drawn where the cursor is
     CString status;
     do {
         counter.Start();
         if (now >= nextUpdate) {
             nextUpdate = now + std::chrono::milliseconds(100);
             settings.Update();
-            status.Format(L"%.1f frames per second (mean %.1f, min %.1f, max %.1f)\033[K\n"
-                          L"FrameLimit %d, Balls %d in %.40hs\033[K\n",
-                          counter.GetFPS(), counter.GetFPSAverage(), counter.GetFPSMinimum(),
-                          counter.GetFPSMaximum(), settings.FrameLimit(), settings.Balls(), file.c_str());
+            status.Format(
+                L"%.1f frames per second (mean %.1f, min %.1f, max %.1f)\033[K\n"
+                L"FrameLimit %d, Balls %d in %.40hs\033[K\n",
+                counter.GetFPS(), counter.GetFPSAverage(), counter.GetFPSMinimum(), counter.GetFPSMaximum(),
+                settings.FrameLimit(), settings.Balls(), file.c_str());
         }
-        std::cout << toTop << std::flush; // fails when the output is closed; the console log would not
+        std::cout << toTop << std::flush;  // fails when the output is closed; the console log would not
         const std::chrono::duration<double> time = now - start;
         const std::wstring picture = DrawBalls(time.count(), settings.Balls());
         CQMConsoleAPI::Log(L"%s%s", picture.c_str(), status.GetString());
@@ -176,10 +166,9 @@ void Run(const std::string& file, std::chrono::seconds duration)
     settings.SaveStatistics(counter, seconds);
 }
 
-} // namespace
+}  // namespace
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     std::string file = "frameloop.ini";
     std::chrono::seconds duration = std::chrono::hours(24 * 365);
     try {
@@ -203,7 +192,7 @@ int main(int argc, char* argv[])
     (void)std::signal(SIGINT, Interrupt);
     (void)std::signal(SIGTERM, Interrupt);
 #ifdef SIGPIPE
-    (void)std::signal(SIGPIPE, SIG_IGN); // a closed output ends the loop, which then saves the statistics
+    (void)std::signal(SIGPIPE, SIG_IGN);  // a closed output ends the loop, which then saves the statistics
 #endif
     try {
         Run(file, duration);

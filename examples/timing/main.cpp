@@ -20,16 +20,13 @@ using Clock = std::chrono::steady_clock;
 
 void Explain(const wchar_t* text) { CQMConsoleAPI::Log(L"\n== %s\n", text); }
 
-void Work(Clock::duration time)
-{
+void Work(Clock::duration time) {
     const auto start = Clock::now();
-    while (Clock::now() - start < time)
-        continue;
+    while (Clock::now() - start < time) continue;
 }
 
 /// Runs a job and reports its wall-clock time, and the processor time of all threads of the process.
-void Measure(const std::function<void()>& job)
-{
+void Measure(const std::function<void()>& job) {
     const std::clock_t processorStart = std::clock();
     const auto start = Clock::now();
     job();
@@ -38,8 +35,7 @@ void Measure(const std::function<void()>& job)
     CQMConsoleAPI::Log(L"    (steady_clock: %.5f sec, clock: %.5f sec)\n", seconds.count(), processorSeconds);
 }
 
-void TimeIntervals()
-{
+void TimeIntervals() {
     Explain(L"A stopwatch runs from its construction, here with a title. It reports 50 ms to the console:");
     CQMTimer timer("Stopwatch");
     Measure([&] {
@@ -57,8 +53,7 @@ void TimeIntervals()
     timer.TraceLapsedTime(false, false, L"the rest");
 }
 
-void MarkScopes()
-{
+void MarkScopes() {
     Explain(L"A marker reports the start and the end of a scope, here with the time of a wait of 120 ms:");
     Measure([] {
         const CQMDebugTraceStartEndMarker marker(L"Wait", true, true, false);
@@ -75,10 +70,9 @@ void MarkScopes()
 }
 
 /// Counts frames of 10 ms until there is a rate.
-void CountFrames(eQMFPSType mode)
-{
+void CountFrames(eQMFPSType mode) {
     CQMFPSCounter counter(mode);
-    counter.Reset(); // removes the empty frames that measured the counter's own cost
+    counter.Reset();  // removes the empty frames that measured the counter's own cost
     Measure([&] {
         while (counter.GetFPS() == 0) {
             counter.Start();
@@ -90,10 +84,9 @@ void CountFrames(eQMFPSType mode)
     CQMConsoleAPI::Log(L"%.3f frames per second, after %u frames\n", counter.GetFPS(), frames);
 }
 
-} // namespace
+}  // namespace
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     if (argc == 2 && argv[1] == std::string_view("--help")) {
         std::cout << "usage: timing_tour\n\n"
                      "Shows what each timing class reports, beside the standard library's clocks.\n";
@@ -107,7 +100,8 @@ int main(int argc, char* argv[])
     MarkScopes();
     Explain(L"A frame counter in instant mode computes a rate for each frame, here of 10 ms:");
     CountFrames(eQMFPSType_Instant);
-    Explain(L"In average mode each frame measures from the start of its period. A period ends when these\n"
-            L"   durations add up to a second, with frames of 10 ms after about 14:");
+    Explain(
+        L"In average mode each frame measures from the start of its period. A period ends when these\n"
+        L"   durations add up to a second, with frames of 10 ms after about 14:");
     CountFrames(eQMFPSType_Average);
 }

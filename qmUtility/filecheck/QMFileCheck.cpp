@@ -5,8 +5,7 @@
 
 #include <cstdio>
 
-CQMFileCheck::CQMFileCheck(CString path) : m_strPath(path)
-{
+CQMFileCheck::CQMFileCheck(CString path) : m_strPath(path) {
     m_strPath.Replace(L'/', L'\\');
     m_strPath.TrimLeft();
     m_strPath.TrimRight();
@@ -21,19 +20,16 @@ bool CQMFileCheck::Initialize() { return CFile::GetStatus(m_strPath.GetString(),
 
 bool CQMFileCheck::ApplyChanges() { return Initialize(); }
 
-bool CQMFileCheck::CheckDeleted()
-{
+bool CQMFileCheck::CheckDeleted() {
     std::FILE* const file = _wfopen(m_strPath.GetString(), L"rb");
-    if (file == nullptr)
-        return true;
+    if (file == nullptr) return true;
     (void)std::fclose(file);
     return false;
 }
 
-bool CQMFileCheck::CheckModified()
-{
+bool CQMFileCheck::CheckModified() {
     CFileStatus current;
-    CFile::GetStatus(m_strPath.GetString(), current); // on failure the time stays zero
+    CFile::GetStatus(m_strPath.GetString(), current);  // on failure the time stays zero
     return current.m_mtime != m_status.m_mtime;
 }
 

@@ -24,8 +24,7 @@
 /// zero. The only exception is std::bad_alloc, from construction and copying.
 ///
 /// **Threads.** An instance belongs to one thread at a time.
-class QMUTILITY_API CQMFileCheck
-{
+class QMUTILITY_API CQMFileCheck {
 public:
     /// Reads the file's status. Converts implicitly, because hosts rely on it.
     /// @param path of a file or directory, which need not exist; each call resolves a relative path against
@@ -61,6 +60,6 @@ protected:
     /// Same as `ApplyChanges`.
     bool Initialize();
 
-    CFileStatus m_status{}; ///< the stored status
-    CString m_strPath;      ///< the normalized path
+    CFileStatus m_status{};  ///< the stored status
+    CString m_strPath;       ///< the normalized path
 };

@@ -9,28 +9,23 @@ CQMFileCheckAPI::CQMFileCheckAPI() { Initialize(); }
 CQMFileCheckAPI& CQMFileCheckAPI::operator=(const CQMFileCheckAPI&) = default;
 CQMFileCheckAPI::~CQMFileCheckAPI() = default;
 
-bool CQMFileCheckAPI::Initialize()
-{
+bool CQMFileCheckAPI::Initialize() {
     m_bMonitor = false;
     m_files.RemoveAll();
     return true;
 }
 
-bool CQMFileCheckAPI::AddWatchDog(CString path)
-{
+bool CQMFileCheckAPI::AddWatchDog(CString path) {
     m_files.Add(CQMFileCheck(path));
     return true;
 }
 
-bool CQMFileCheckAPI::Check()
-{
-    if (!m_bMonitor)
-        return false;
+bool CQMFileCheckAPI::Check() {
+    if (!m_bMonitor) return false;
     // Deliberately checks every file instead of stopping at the first that is modified: a poll costs the same
     // whatever has changed.
     bool isAnyModified = false;
-    for (std::ptrdiff_t i = 0; i != m_files.GetSize(); ++i)
-        isAnyModified |= m_files[i].CheckModified();
+    for (std::ptrdiff_t i = 0; i != m_files.GetSize(); ++i) isAnyModified |= m_files[i].CheckModified();
     return isAnyModified;
 }
 

@@ -23,8 +23,7 @@
 ///
 /// **Failure.** The only exception is std::bad_alloc, from `AddWatchDog`. The list is unchanged then, but
 /// references to elements of `m_files` may be invalid.
-class QMUTILITY_API CQMFileCheckAPI
-{
+class QMUTILITY_API CQMFileCheckAPI {
 public:
     /// Calls `Initialize`: constructing an instance empties the list of the whole process.
     CQMFileCheckAPI();
@@ -34,7 +33,7 @@ public:
     /// @overload
     CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);
 
-    ~CQMFileCheckAPI(); // NOLINT(performance-trivially-destructible): it is exported
+    ~CQMFileCheckAPI();  // NOLINT(performance-trivially-destructible): it is exported
 
     /// Turns monitoring off, empties the list and releases its storage.
     /// @return true.
@@ -54,6 +53,6 @@ public:
     /// @param bEnable whether `Check` checks the files.
     static void Enable(bool bEnable);
 
-    static CArray<CQMFileCheck, const CQMFileCheck&> m_files; ///< files in the order added
-    static bool m_bMonitor;                                   ///< whether monitoring is on; initially false
+    static CArray<CQMFileCheck, const CQMFileCheck&> m_files;  ///< files in the order added
+    static bool m_bMonitor;                                    ///< whether monitoring is on; initially false
 };

@@ -15,14 +15,12 @@
 inline namespace qmFramework {
 
 /// Stores objects in a stream of bytes, or loads them from one. Belongs to one thread at a time.
-class QMFRAMEWORK_API CArchive
-{
+class QMFRAMEWORK_API CArchive {
 public:
     /// Direction of an archive.
-    enum Mode
-    {
-        store = 0, ///< writes to the stream
-        load = 1,  ///< reads from the stream
+    enum Mode {
+        store = 0,  ///< writes to the stream
+        load = 1,   ///< reads from the stream
     };
 
     /// @param file the stream, which takes the place of the framework's file object; must outlive the
@@ -54,26 +52,24 @@ private:
 };
 
 /// A failure of an archive.
-class QMFRAMEWORK_API CArchiveException : public CException
-{
+class QMFRAMEWORK_API CArchiveException : public CException {
 public:
     /// The causes.
-    enum
-    {
-        genericException = 1, ///< unspecified
-        endOfFile = 3,        ///< the stream ended too early
-        badClass = 6,         ///< objects of this class cannot be loaded
+    enum {
+        genericException = 1,  ///< unspecified
+        endOfFile = 3,         ///< the stream ended too early
+        badClass = 6,          ///< objects of this class cannot be loaded
     };
 
     /// @param cause one of the causes.
     explicit CArchiveException(int cause) : m_cause(cause) {}
 
-    int m_cause; ///< one of the causes
+    int m_cause;  ///< one of the causes
 };
 
 /// Throws a `CArchiveException*`, which the catcher releases with `Delete`.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowArchiveException(int cause);
 
-} // namespace qmFramework
+}  // namespace qmFramework
 
 #endif

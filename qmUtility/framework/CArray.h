@@ -34,27 +34,23 @@ inline namespace qmFramework {
 /// @tparam TYPE default-constructible, copyable and assignable.
 /// @tparam ARG_TYPE parameter type for elements.
 template <class TYPE, class ARG_TYPE = const TYPE&>
-class CArray : public CObject
-{
+class CArray : public CObject {
     static_assert(!std::is_same_v<TYPE, bool>,
                   "std::vector<bool> packs its elements and returns no references to them");
 
 public:
     /// @return the number of elements.
     std::ptrdiff_t GetSize() const { return static_cast<std::ptrdiff_t>(m_elements.size()); }
-    std::ptrdiff_t GetCount() const { return GetSize(); } ///< @overload
+    std::ptrdiff_t GetCount() const { return GetSize(); }  ///< @overload
 
     /// @return whether there are no elements.
     bool IsEmpty() const { return m_elements.empty(); }
 
     /// Removes elements from the end, or appends default-constructed elements.
     /// @param size new number of elements; 0 also releases the storage.
-    void SetSize(std::ptrdiff_t size)
-    {
-        if (size < 0)
-            AfxThrowInvalidArgException();
-        if (size == 0)
-            return RemoveAll();
+    void SetSize(std::ptrdiff_t size) {
+        if (size < 0) AfxThrowInvalidArgException();
+        if (size == 0) return RemoveAll();
         const auto count = static_cast<std::size_t>(size);
         Reserve(count);
         m_elements.resize(count);
@@ -66,9 +62,8 @@ public:
     /// Appends an element.
     /// @param element may be a reference into this array.
     /// @return the index of the new element.
-    std::ptrdiff_t Add(ARG_TYPE element)
-    {
-        TYPE copy(element); // before the array grows, which may move the element
+    std::ptrdiff_t Add(ARG_TYPE element) {
+        TYPE copy(element);  // before the array grows, which may move the element
         Reserve(m_elements.size() + 1);
         m_elements.push_back(std::move(copy));
         return GetSize() - 1;
@@ -77,15 +72,13 @@ public:
     /// @param index from 0 to `GetSize()` - 1.
     /// @return the element at the index.
     TYPE& operator[](std::ptrdiff_t index) { return m_elements[Checked(index)]; }
-    const TYPE& operator[](std::ptrdiff_t index) const { return m_elements[Checked(index)]; } ///< @overload
+    const TYPE& operator[](std::ptrdiff_t index) const { return m_elements[Checked(index)]; }  ///< @overload
 
     /// Removes elements and moves those behind them, by assignment. The storage is kept.
     /// @param index of the first, from 0 to `GetSize()`.
     /// @param count number of elements, all of which exist.
-    void RemoveAt(std::ptrdiff_t index, std::ptrdiff_t count = 1)
-    {
-        if (index < 0 || count < 0 || count > GetSize() - index)
-            AfxThrowInvalidArgException();
+    void RemoveAt(std::ptrdiff_t index, std::ptrdiff_t count = 1) {
+        if (index < 0 || count < 0 || count > GetSize() - index) AfxThrowInvalidArgException();
         const auto first = std::next(m_elements.begin(), index);
         m_elements.erase(first, std::next(first, count));
     }
@@ -103,8 +96,7 @@ public:
     ///     read keep their former or default value.
     ///   - `badClass`: the elements are not trivially copyable, so their bytes do not make up their value.
     ///     Only the number 0 can be loaded; after another the array is unchanged.
-    void Serialize(CArchive& archive) override
-    {
+    void Serialize(CArchive& archive) override {
         if (archive.IsStoring()) {
             archive.WriteCount(m_elements.size());
             archive.Write(m_elements.data(), m_elements.size() * sizeof(TYPE));
@@ -112,36 +104,29 @@ public:
         }
         const std::size_t count = archive.ReadCount();
         if constexpr (std::is_trivially_copyable_v<TYPE>) {
-            if (count > m_elements.max_size()) // no stream holds so many
+            if (count > m_elements.max_size())  // no stream holds so many
                 AfxThrowArchiveException(CArchiveException::endOfFile);
             SetSize(static_cast<std::ptrdiff_t>(count));
             Load(archive, m_elements.data(), count * sizeof(TYPE));
         } else {
             char skipped[sizeof(TYPE)];
-            for (std::size_t i = 0; i != count; ++i)
-                Load(archive, skipped, sizeof skipped);
-            if (count != 0)
-                AfxThrowArchiveException(CArchiveException::badClass);
+            for (std::size_t i = 0; i != count; ++i) Load(archive, skipped, sizeof skipped);
+            if (count != 0) AfxThrowArchiveException(CArchiveException::badClass);
             RemoveAll();
         }
     }
 
 private:
-    static void Load(CArchive& archive, void* bytes, std::size_t count)
-    {
-        if (archive.Read(bytes, count) != count)
-            AfxThrowArchiveException(CArchiveException::endOfFile);
+    static void Load(CArchive& archive, void* bytes, std::size_t count) {
+        if (archive.Read(bytes, count) != count) AfxThrowArchiveException(CArchiveException::endOfFile);
     }
 
-    std::size_t Checked(std::ptrdiff_t index) const
-    {
-        if (index < 0 || index >= GetSize())
-            AfxThrowInvalidArgException();
+    std::size_t Checked(std::ptrdiff_t index) const {
+        if (index < 0 || index >= GetSize()) AfxThrowInvalidArgException();
         return static_cast<std::size_t>(index);
     }
 
-    void Reserve(std::size_t count)
-    {
+    void Reserve(std::size_t count) {
         const std::size_t capacity = m_elements.capacity();
         if (capacity == 0)
             m_elements.reserve(count);
@@ -154,6 +139,6 @@ private:
     std::vector<TYPE> m_elements;
 };
 
-} // namespace qmFramework
+}  // namespace qmFramework
 
 #endif

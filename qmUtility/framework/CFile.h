@@ -15,8 +15,7 @@
 inline namespace qmFramework {
 
 /// A point in time, in nanoseconds as far as the file system records them.
-class CTime
-{
+class CTime {
 public:
     /// The zero time, 1 January 1970, 00:00 UTC; it means "unknown".
     CTime() = default;
@@ -24,22 +23,19 @@ public:
     /// @param seconds since the zero time.
     /// @param nanoseconds within the second, 0 to 999999999.
     explicit CTime(std::int64_t seconds, std::int32_t nanoseconds = 0)
-        : m_seconds(seconds), m_nanoseconds(nanoseconds)
-    {}
+        : m_seconds(seconds), m_nanoseconds(nanoseconds) {}
 
     /// @return the seconds since the zero time.
     std::int64_t GetTime() const { return m_seconds; }
 
     /// @return whether both times are equal to the nanosecond.
-    friend bool operator==(CTime a, CTime b)
-    {
+    friend bool operator==(CTime a, CTime b) {
         return a.m_seconds == b.m_seconds && a.m_nanoseconds == b.m_nanoseconds;
     }
     /// @return whether the times differ.
     friend bool operator!=(CTime a, CTime b) { return !(a == b); }
     /// @return whether the first time is before the second.
-    friend bool operator<(CTime a, CTime b)
-    {
+    friend bool operator<(CTime a, CTime b) {
         return a.m_seconds != b.m_seconds ? a.m_seconds < b.m_seconds : a.m_nanoseconds < b.m_nanoseconds;
     }
 
@@ -50,26 +46,23 @@ private:
 
 /// Status of a file. Default initialization sets the times to zero and leaves the other members
 /// indeterminate.
-struct CFileStatus
-{
-    CTime m_ctime;             ///< creation; the zero time where the system does not report it
-    CTime m_mtime;             ///< last modification
-    CTime m_atime;             ///< last access
-    std::uint64_t m_size;      ///< in bytes
-    std::uint8_t m_attribute;  ///< `CFile::Attribute` bits; on Windows also other system attributes
-    wchar_t m_szFullName[260]; ///< the path as passed in, truncated to fit
+struct CFileStatus {
+    CTime m_ctime;              ///< creation; the zero time where the system does not report it
+    CTime m_mtime;              ///< last modification
+    CTime m_atime;              ///< last access
+    std::uint64_t m_size;       ///< in bytes
+    std::uint8_t m_attribute;   ///< `CFile::Attribute` bits; on Windows also other system attributes
+    wchar_t m_szFullName[260];  ///< the path as passed in, truncated to fit
 };
 
 /// Access to the file system. The functions may be called from any thread.
-class QMFRAMEWORK_API CFile
-{
+class QMFRAMEWORK_API CFile {
 public:
     /// Bits of `CFileStatus::m_attribute`.
-    enum Attribute
-    {
-        normal = 0x00,    ///< no attribute
-        readOnly = 0x01,  ///< not writable
-        directory = 0x10, ///< a folder
+    enum Attribute {
+        normal = 0x00,     ///< no attribute
+        readOnly = 0x01,   ///< not writable
+        directory = 0x10,  ///< a folder
     };
 
     /// Reads the status of a file or directory. Symbolic links are followed.
@@ -80,6 +73,6 @@ public:
     static bool GetStatus(const wchar_t* path, CFileStatus& status);
 };
 
-} // namespace qmFramework
+}  // namespace qmFramework
 
 #endif

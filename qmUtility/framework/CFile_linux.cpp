@@ -11,20 +11,16 @@
 
 namespace {
 
-CTime ToTime(const statx_timestamp& time)
-{
+CTime ToTime(const statx_timestamp& time) {
     return CTime(time.tv_sec, static_cast<std::int32_t>(time.tv_nsec));
 }
 
 /// Calls `statx`, or `stat` where that is refused, as the filters of older containers do. `stat` does not
 /// report the creation time.
-bool ReadStatus(const char* path, struct statx& status)
-{
-    if (statx(AT_FDCWD, path, 0, STATX_BASIC_STATS | STATX_BTIME, &status) == 0)
-        return true;
+bool ReadStatus(const char* path, struct statx& status) {
+    if (statx(AT_FDCWD, path, 0, STATX_BASIC_STATS | STATX_BTIME, &status) == 0) return true;
     struct stat found;
-    if ((errno != EPERM && errno != ENOSYS) || stat(path, &found) != 0)
-        return false;
+    if ((errno != EPERM && errno != ENOSYS) || stat(path, &found) != 0) return false;
     status = {};
     status.stx_mode = static_cast<std::uint16_t>(found.st_mode);
     status.stx_size = static_cast<std::uint64_t>(found.st_size);
@@ -33,14 +29,12 @@ bool ReadStatus(const char* path, struct statx& status)
     return true;
 }
 
-} // namespace
+}  // namespace
 
-bool CFile::GetStatus(const wchar_t* path, CFileStatus& status)
-{
+bool CFile::GetStatus(const wchar_t* path, CFileStatus& status) {
     const std::wstring_view text = path;
     struct statx found;
-    if (!ReadStatus(platform::SystemPath::FromWindows(text).Get(), found))
-        return false;
+    if (!ReadStatus(platform::SystemPath::FromWindows(text).Get(), found)) return false;
 
     status.m_ctime = (found.stx_mask & STATX_BTIME) != 0 ? ToTime(found.stx_btime) : CTime();
     status.m_mtime = ToTime(found.stx_mtime);

@@ -10,23 +10,19 @@ namespace {
 constexpr std::int64_t UnitsPerSecond = 10'000'000;
 
 /// @param time in 100-nanosecond units since 1 January 1601; 0 means "not recorded".
-CTime ToTime(const FILETIME& time)
-{
+CTime ToTime(const FILETIME& time) {
     const std::int64_t units = std::int64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
-    if (units == 0)
-        return CTime();
+    if (units == 0) return CTime();
     constexpr std::int64_t secondsTo1970 = 11'644'473'600;
     return CTime(units / UnitsPerSecond - secondsTo1970,
                  static_cast<std::int32_t>(units % UnitsPerSecond * 100));
 }
 
-} // namespace
+}  // namespace
 
-bool CFile::GetStatus(const wchar_t* path, CFileStatus& status)
-{
+bool CFile::GetStatus(const wchar_t* path, CFileStatus& status) {
     WIN32_FILE_ATTRIBUTE_DATA found;
-    if (!GetFileAttributesExW(path, GetFileExInfoStandard, &found))
-        return false;
+    if (!GetFileAttributesExW(path, GetFileExInfoStandard, &found)) return false;
 
     status.m_ctime = ToTime(found.ftCreationTime);
     status.m_mtime = ToTime(found.ftLastWriteTime);

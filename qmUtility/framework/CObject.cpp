@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CObject.h"
 
-CRuntimeClass* CObject::GetRuntimeClass() const
-{
+CRuntimeClass* CObject::GetRuntimeClass() const {
     static CRuntimeClass runtimeClass = {"CObject", sizeof(CObject)};
     return &runtimeClass;
 }
@@ -17,7 +16,6 @@ void CObject::Dump(CDumpContext&) const {}
 
 void CException::Delete() { delete this; }
 
-void qmFramework::AfxThrowInvalidArgException()
-{
-    throw new CInvalidArgException; // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
+void qmFramework::AfxThrowInvalidArgException() {
+    throw new CInvalidArgException;  // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
 }

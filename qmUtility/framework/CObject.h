@@ -19,16 +19,14 @@ class CArchive;
 class CDumpContext;
 
 /// Run-time description of a class.
-struct CRuntimeClass
-{
-    const char* m_lpszClassName; ///< class name
-    int m_nObjectSize;           ///< size of an object in bytes
+struct CRuntimeClass {
+    const char* m_lpszClassName;  ///< class name
+    int m_nObjectSize;            ///< size of an object in bytes
 };
 
 /// The root class. Its objects cannot be copied. The virtual functions, used or not, are declared in the
 /// framework's order.
-class QMFRAMEWORK_API CObject
-{
+class QMFRAMEWORK_API CObject {
 public:
     /// @return the description of the most derived class that has one, which here is always `CObject`; owned
     ///   by the class.
@@ -53,20 +51,18 @@ protected:
 };
 
 /// Base class of the exceptions.
-class QMFRAMEWORK_API CException : public CObject
-{
+class QMFRAMEWORK_API CException : public CObject {
 public:
     /// Deletes a caught exception.
     void Delete();
 };
 
 /// An invalid argument, such as an index out of range.
-class QMFRAMEWORK_API CInvalidArgException : public CException
-{};
+class QMFRAMEWORK_API CInvalidArgException : public CException {};
 
 /// Throws a `CInvalidArgException*`, which the catcher releases with `Delete`.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowInvalidArgException();
 
-} // namespace qmFramework
+}  // namespace qmFramework
 
 #endif

@@ -24,8 +24,7 @@
 inline namespace qmFramework {
 
 /// A wide string value.
-class QMFRAMEWORK_API CString
-{
+class QMFRAMEWORK_API CString {
 public:
     CString() = default;
 
@@ -34,7 +33,7 @@ public:
 
     /// @return the null-terminated text, valid until the string is modified or destroyed.
     const wchar_t* GetString() const { return m_text.c_str(); }
-    operator const wchar_t*() const { return GetString(); } ///< @overload
+    operator const wchar_t*() const { return GetString(); }  ///< @overload
 
     /// @return the number of `wchar_t`.
     int GetLength() const { return static_cast<int>(m_text.size()); }
@@ -45,43 +44,41 @@ public:
     /// @param index from 0 to `GetLength()`, the terminating null.
     /// @return the character at the index.
     /// @throws CInvalidArgException* for another index.
-    wchar_t operator[](std::ptrdiff_t index) const
-    {
-        if (index < 0 || index > GetLength())
-            AfxThrowInvalidArgException();
+    wchar_t operator[](std::ptrdiff_t index) const {
+        if (index < 0 || index > GetLength()) AfxThrowInvalidArgException();
         return m_text[static_cast<std::size_t>(index)];
     }
 
     /// Appends a text or a character.
     /// @return this string.
     CString& operator+=(const CString& text) { return m_text += text.m_text, *this; }
-    CString& operator+=(wchar_t character) { return m_text += character, *this; } ///< @overload
+    CString& operator+=(wchar_t character) { return m_text += character, *this; }  ///< @overload
 
     /// @return both parts in one string.
     friend CString operator+(CString a, const CString& b) { return std::move(a += b); }
-    friend CString operator+(CString a, wchar_t b) { return std::move(a += b); }        ///< @overload
-    friend CString operator+(wchar_t a, const CString& b) { return CString() + a + b; } ///< @overload
+    friend CString operator+(CString a, wchar_t b) { return std::move(a += b); }         ///< @overload
+    friend CString operator+(wchar_t a, const CString& b) { return CString() + a + b; }  ///< @overload
 
     /// Compares the values of the characters one by one, whatever the locale. A null text equals an empty
     /// one. The overloads for texts prevent a comparison of addresses.
     friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
-    friend bool operator==(const CString& a, const wchar_t* b) { return a == CString(b); }    ///< @overload
-    friend bool operator==(const wchar_t* a, const CString& b) { return CString(a) == b; }    ///< @overload
-    friend bool operator!=(const CString& a, const CString& b) { return !(a == b); }          ///< @overload
-    friend bool operator!=(const CString& a, const wchar_t* b) { return a != CString(b); }    ///< @overload
-    friend bool operator!=(const wchar_t* a, const CString& b) { return CString(a) != b; }    ///< @overload
-    friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; } ///< @overload
-    friend bool operator<(const CString& a, const wchar_t* b) { return a < CString(b); }      ///< @overload
-    friend bool operator<(const wchar_t* a, const CString& b) { return CString(a) < b; }      ///< @overload
-    friend bool operator>(const CString& a, const CString& b) { return b < a; }               ///< @overload
-    friend bool operator>(const CString& a, const wchar_t* b) { return a > CString(b); }      ///< @overload
-    friend bool operator>(const wchar_t* a, const CString& b) { return CString(a) > b; }      ///< @overload
-    friend bool operator<=(const CString& a, const CString& b) { return !(b < a); }           ///< @overload
-    friend bool operator<=(const CString& a, const wchar_t* b) { return a <= CString(b); }    ///< @overload
-    friend bool operator<=(const wchar_t* a, const CString& b) { return CString(a) <= b; }    ///< @overload
-    friend bool operator>=(const CString& a, const CString& b) { return !(a < b); }           ///< @overload
-    friend bool operator>=(const CString& a, const wchar_t* b) { return a >= CString(b); }    ///< @overload
-    friend bool operator>=(const wchar_t* a, const CString& b) { return CString(a) >= b; }    ///< @overload
+    friend bool operator==(const CString& a, const wchar_t* b) { return a == CString(b); }     ///< @overload
+    friend bool operator==(const wchar_t* a, const CString& b) { return CString(a) == b; }     ///< @overload
+    friend bool operator!=(const CString& a, const CString& b) { return !(a == b); }           ///< @overload
+    friend bool operator!=(const CString& a, const wchar_t* b) { return a != CString(b); }     ///< @overload
+    friend bool operator!=(const wchar_t* a, const CString& b) { return CString(a) != b; }     ///< @overload
+    friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; }  ///< @overload
+    friend bool operator<(const CString& a, const wchar_t* b) { return a < CString(b); }       ///< @overload
+    friend bool operator<(const wchar_t* a, const CString& b) { return CString(a) < b; }       ///< @overload
+    friend bool operator>(const CString& a, const CString& b) { return b < a; }                ///< @overload
+    friend bool operator>(const CString& a, const wchar_t* b) { return a > CString(b); }       ///< @overload
+    friend bool operator>(const wchar_t* a, const CString& b) { return CString(a) > b; }       ///< @overload
+    friend bool operator<=(const CString& a, const CString& b) { return !(b < a); }            ///< @overload
+    friend bool operator<=(const CString& a, const wchar_t* b) { return a <= CString(b); }     ///< @overload
+    friend bool operator<=(const wchar_t* a, const CString& b) { return CString(a) <= b; }     ///< @overload
+    friend bool operator>=(const CString& a, const CString& b) { return !(a < b); }            ///< @overload
+    friend bool operator>=(const CString& a, const wchar_t* b) { return a >= CString(b); }     ///< @overload
+    friend bool operator>=(const wchar_t* a, const CString& b) { return CString(a) >= b; }     ///< @overload
 
     /// Replaces each occurrence of a character.
     /// @return the number of characters replaced; 0 when both characters are the same.
@@ -91,7 +88,7 @@ public:
     /// locale.
     /// @return this string.
     CString& TrimLeft();
-    CString& TrimRight(); ///< @overload
+    CString& TrimRight();  ///< @overload
 
     /// Replaces the string with a formatted text. The directives are the same on every platform:
     ///
@@ -122,6 +119,6 @@ private:
     std::wstring m_text;
 };
 
-} // namespace qmFramework
+}  // namespace qmFramework
 
 #endif

@@ -19,10 +19,9 @@
 inline namespace qmFramework {
 
 /// State of an extension module: a zero-initialized static object of the module.
-struct AFX_EXTENSION_MODULE
-{
-    BOOL bInitialized; ///< nonzero after `AfxInitExtensionModule`
-    HINSTANCE hModule; ///< base address of the module
+struct AFX_EXTENSION_MODULE {
+    BOOL bInitialized;  ///< nonzero after `AfxInitExtensionModule`
+    HINSTANCE hModule;  ///< base address of the module
 };
 
 /// Initializes the state of a module.
@@ -33,8 +32,7 @@ QMFRAMEWORK_API BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HINSTAN
 QMFRAMEWORK_API void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state);
 
 /// A module's entry in the list. Create it with `new`; the list owns it.
-class QMFRAMEWORK_API CDynLinkLibrary
-{
+class QMFRAMEWORK_API CDynLinkLibrary {
 public:
     /// Adds the entry to the list.
     /// @param state initialized by `AfxInitExtensionModule`.
@@ -42,13 +40,13 @@ public:
     CDynLinkLibrary(const CDynLinkLibrary&) = delete;
     CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
 
-    HINSTANCE m_hModule; ///< base address of the module
+    HINSTANCE m_hModule;  ///< base address of the module
 };
 
 /// Returns the list, in place of the framework's own readers: lookups of resources and classes.
 /// @return the module of each entry, in the order of registration.
 QMFRAMEWORK_API std::vector<HINSTANCE> ExtensionModules();
 
-} // namespace qmFramework
+}  // namespace qmFramework
 
 #endif

@@ -8,8 +8,7 @@
 #include "qmUtility/Export.h"
 
 /// The host process.
-class QMCOMMONBASE_API CQMProcess
-{
+class QMCOMMONBASE_API CQMProcess {
 public:
     /// @return the handle (`HANDLE`) of the host process, valid for `GetProcessTimes`; callers do not close
     ///   it. The default returns `GetCurrentProcess()`. Any thread may call.

@@ -7,8 +7,7 @@
 #include <cstdarg>
 #include <string_view>
 
-void CQMConsoleAPI::Log(const wchar_t* format, ...)
-{
+void CQMConsoleAPI::Log(const wchar_t* format, ...) {
     // The argument's bytes cannot tell: a narrow "T" and a wide "Title" begin with the same ones, and looking
     // further would read past the end of the narrow string.
     const bool isTitle = format != nullptr && std::wstring_view(format) == L"\n%s\n";

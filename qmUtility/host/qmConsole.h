@@ -8,8 +8,7 @@
 #include "qmUtility/Export.h"
 
 /// The console log.
-class QMCONSOLE_API CQMConsoleAPI
-{
+class QMCONSOLE_API CQMConsoleAPI {
 public:
     /// Writes a formatted text to the log and adds no newline. Any thread may call.
     ///

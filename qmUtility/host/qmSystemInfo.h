@@ -21,4 +21,4 @@ QMSYSTEMINFO_API std::uint64_t GetTick();
 ///   does not report it, which takes about 5 milliseconds.
 QMSYSTEMINFO_API std::uint64_t GetClockSpeed();
 
-} // namespace cpu
+}  // namespace cpu

@@ -25,7 +25,7 @@
 namespace ini {
 template <class Char>
 class DocumentLines;
-} // namespace ini
+}  // namespace ini
 
 /// An INI file in memory: a text, and the records that it holds.
 ///
@@ -55,27 +55,25 @@ class DocumentLines;
 ///
 /// **Threads.** Concurrent reads are safe; an edit needs exclusive access. Copies are independent.
 template <class Char>
-class QMUTILITY_API BasicINIDocument
-{
+class QMUTILITY_API BasicINIDocument {
     using Lines = ini::DocumentLines<Char>;
 
 public:
-    using String = std::basic_string<Char>;    ///< a text of this width
-    using View = std::basic_string_view<Char>; ///< an argument of this width, not retained
-    using Record = BasicINIRecord<Char>;       ///< a copy of a record
+    using String = std::basic_string<Char>;     ///< a text of this width
+    using View = std::basic_string_view<Char>;  ///< an argument of this width, not retained
+    using Record = BasicINIRecord<Char>;        ///< a copy of a record
 
     class Iterator;
 
     /// A record as views into the document, valid until its next edit.
-    class RecordView
-    {
+    class RecordView {
     public:
-        Char Commented = Char(' '); ///< see `BasicINIRecord`
-        View Section;               ///< see `BasicINIRecord`
-        View Key;                   ///< see `BasicINIRecord`
-        View Value;                 ///< see `BasicINIRecord`
+        Char Commented = Char(' ');  ///< see `BasicINIRecord`
+        View Section;                ///< see `BasicINIRecord`
+        View Key;                    ///< see `BasicINIRecord`
+        View Value;                  ///< see `BasicINIRecord`
 
-        String Comments() const { return CommentsOf(*m_lines, m_line); } ///< see `BasicINIRecord`
+        String Comments() const { return CommentsOf(*m_lines, m_line); }  ///< see `BasicINIRecord`
 
     private:
         friend class BasicINIDocument;
@@ -85,29 +83,27 @@ public:
     };
 
     /// A forward iterator over the records in file order, valid until the next edit.
-    class Iterator
-    {
+    class Iterator {
     public:
-        using iterator_category = std::input_iterator_tag;  ///< C++17 category: `operator*` returns by value
-        using iterator_concept = std::forward_iterator_tag; ///< C++20 category
-        using value_type = RecordView;                      ///< element type
-        using difference_type = std::ptrdiff_t;             ///< of two iterators
-        using pointer = const RecordView*;                  ///< of `operator->`
-        using reference = RecordView;                       ///< of `operator*`
+        using iterator_category = std::input_iterator_tag;   ///< C++17 category: `operator*` returns by value
+        using iterator_concept = std::forward_iterator_tag;  ///< C++20 category
+        using value_type = RecordView;                       ///< element type
+        using difference_type = std::ptrdiff_t;              ///< of two iterators
+        using pointer = const RecordView*;                   ///< of `operator->`
+        using reference = RecordView;                        ///< of `operator*`
 
-        reference operator*() const { return m_record; } ///< @return the record.
-        pointer operator->() const { return &m_record; } ///< @return the record, until the iterator changes.
-        Iterator& operator++() { return Advance(m_record), *this; } ///< Moves to the next record.
+        reference operator*() const { return m_record; }  ///< @return the record.
+        pointer operator->() const { return &m_record; }  ///< @return the record, until the iterator changes.
+        Iterator& operator++() { return Advance(m_record), *this; }  ///< Moves to the next record.
         /// Moves to the next record. @return the former place.
-        Iterator operator++(int)
-        {
+        Iterator operator++(int) {
             const Iterator before = *this;
             ++*this;
             return before;
         }
         /// @return whether both are at the same record of the same document.
         bool operator==(const Iterator& other) const { return m_record.m_line == other.m_record.m_line; }
-        bool operator!=(const Iterator& other) const { return !(*this == other); } ///< the opposite of `==`
+        bool operator!=(const Iterator& other) const { return !(*this == other); }  ///< the opposite of `==`
 
     private:
         friend class BasicINIDocument;
@@ -119,10 +115,10 @@ public:
     /// @param locale converts between the bytes of files and `wchar_t`; the default is the global one.
     explicit BasicINIDocument(INISyntax syntax = INISyntax::Common,
                               const std::locale& locale = std::locale());
-    BasicINIDocument(const BasicINIDocument& other);     ///< takes linear time
-    BasicINIDocument(BasicINIDocument&& other) noexcept; ///< leaves a default-constructed document behind
-    BasicINIDocument& operator=(const BasicINIDocument& other);     ///< see the copy constructor
-    BasicINIDocument& operator=(BasicINIDocument&& other) noexcept; ///< see the move constructor
+    BasicINIDocument(const BasicINIDocument& other);      ///< takes linear time
+    BasicINIDocument(BasicINIDocument&& other) noexcept;  ///< leaves a default-constructed document behind
+    BasicINIDocument& operator=(const BasicINIDocument& other);      ///< see the copy constructor
+    BasicINIDocument& operator=(BasicINIDocument&& other) noexcept;  ///< see the move constructor
     ~BasicINIDocument();
 
     /// @name Files and text
@@ -136,7 +132,7 @@ public:
     /// @return false when the file cannot be opened, read to its end or decoded; the document is unchanged.
     /// @throws INIFormatError for a malformed header, in the syntax `Parser` only; the document is unchanged.
     bool Load(const std::filesystem::path& path, std::error_code& error);
-    bool Load(const std::filesystem::path& path); ///< @overload
+    bool Load(const std::filesystem::path& path);  ///< @overload
 
     /// Replaces the text.
     /// @return false for a text with a NUL in the syntax `Common`; the document is unchanged.
@@ -153,7 +149,7 @@ public:
     ///   encode; cleared on success.
     /// @return false when the text is not saved; the file is then unchanged.
     bool Save(const std::filesystem::path& path, std::error_code& error) const;
-    bool Save(const std::filesystem::path& path) const; ///< @overload
+    bool Save(const std::filesystem::path& path) const;  ///< @overload
 
     /// @}
     /// @name Lookups
@@ -184,7 +180,7 @@ public:
 
     /// Iterates over all records in file order, commented-out ones included.
     Iterator begin() const;
-    Iterator end() const { return {}; } ///< see `begin`
+    Iterator end() const { return {}; }  ///< see `begin`
 
     /// @}
     /// @name Edits
@@ -265,13 +261,12 @@ private:
     static bool Read(View text, double& value);
     static bool Read(View text, String& value);
 
-    std::unique_ptr<Lines> m_lines; ///< null after a move
+    std::unique_ptr<Lines> m_lines;  ///< null after a move
 };
 
 template <class Char>
 template <class T>
-std::optional<T> BasicINIDocument<Char>::Get(View key, View section) const
-{
+std::optional<T> BasicINIDocument<Char>::Get(View key, View section) const {
     constexpr bool isInteger = std::is_integral_v<T> && !std::is_same_v<T, bool>;
     static_assert(!std::is_same_v<T, char> && !std::is_same_v<T, wchar_t> && !std::is_same_v<T, char16_t> &&
                       !std::is_same_v<T, char32_t>,
@@ -280,8 +275,7 @@ std::optional<T> BasicINIDocument<Char>::Get(View key, View section) const
 
     const std::optional<View> text = FindValue(key, section);
     std::conditional_t<isInteger, Widest, T> value{};
-    if (!text || !Read(*text, value))
-        return std::nullopt;
+    if (!text || !Read(*text, value)) return std::nullopt;
     if constexpr (isInteger)
         if (value < std::numeric_limits<T>::min() || value > std::numeric_limits<T>::max())
             return std::nullopt;
@@ -289,5 +283,5 @@ std::optional<T> BasicINIDocument<Char>::Get(View key, View section) const
 }
 
 // Not declared extern: MinGW exports no inline members, so an unoptimised program instantiates its own.
-using INIDocument = BasicINIDocument<char>;     ///< narrow form
-using WINIDocument = BasicINIDocument<wchar_t>; ///< wide form
+using INIDocument = BasicINIDocument<char>;      ///< narrow form
+using WINIDocument = BasicINIDocument<wchar_t>;  ///< wide form

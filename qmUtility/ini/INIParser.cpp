@@ -17,43 +17,35 @@
 /// The records of a file, in file order, as views into the text that was read and into the arguments of an
 /// edit.
 template <class Char>
-struct INIParser::List
-{
+struct INIParser::List {
     using View = std::basic_string_view<Char>;
     using RecordView = ini::RecordView<Char>;
 
     /// Calls `change` with the iterator of the first record of a key and section.
     /// @return whether there is one.
     template <class Change>
-    bool ChangeRecord(View key, View section, Change change)
-    {
+    bool ChangeRecord(View key, View section, Change change) {
         const auto at = std::find_if(Records.begin(), Records.end(), [=](const RecordView& record) {
             return record.Section == section && record.Key == key;
         });
-        if (at == Records.end())
-            return false;
+        if (at == Records.end()) return false;
         change(at);
         return true;
     }
 
     /// Calls `change` with each record of a section, if there are any.
     template <class Change>
-    bool ChangeSection(View section, Change change)
-    {
+    bool ChangeSection(View section, Change change) {
         for (RecordView& record : Records)
-            if (record.Section == section)
-                change(record);
+            if (record.Section == section) change(record);
         return true;
     }
 
-    bool SetValue(View key, View value, View section)
-    {
-        if (ChangeRecord(key, section, [=](auto at) { at->Value = value; }))
-            return true;
+    bool SetValue(View key, View value, View section) {
+        if (ChangeRecord(key, section, [=](auto at) { at->Value = value; })) return true;
         auto at = std::find_if(Records.begin(), Records.end(),
                                [=](const RecordView& record) { return record.Section == section; });
-        if (at == Records.end())
-            at = Records.insert(at, {.Section = section});
+        if (at == Records.end()) at = Records.insert(at, {.Section = section});
         // The first key of its section, not the last.
         Records.insert(at + 1, {.Section = section, .Key = key, .Value = value});
         return true;
@@ -61,8 +53,7 @@ struct INIParser::List
 
     /// Loads a file, calls `change` with its records, and saves them if that returns true.
     template <class Change>
-    static bool Edit(std::basic_string<Char> path, Change change)
-    {
+    static bool Edit(std::basic_string<Char> path, Change change) {
         List list;
         return Load(path, list) && change(list) && Save(path, list);
     }
@@ -78,18 +69,16 @@ INIParser& INIParser::operator=(const INIParser&) = default;
 INIParser::~INIParser() = default;
 
 template <class Char>
-bool INIParser::Load(std::basic_string<Char> path, List<Char>& list)
-{
+bool INIParser::Load(std::basic_string<Char> path, List<Char>& list) {
     std::error_code error;
     auto bytes = platform::File::Read(platform::SystemPath(path), error);
-    if (!bytes)
-        return false;
+    if (!bytes) return false;
     auto text = list.Encoding.Decode(std::move(*bytes));
-    if (!text)
-        return false;
+    if (!text) return false;
     list.Text = std::move(*text);
     list.Records.clear();
-    constexpr std::size_t charactersPerRecord = 32; // fewer than in most files, so that the list seldom grows
+    constexpr std::size_t charactersPerRecord =
+        32;  // fewer than in most files, so that the list seldom grows
     list.Records.reserve(list.Text.Size / charactersPerRecord);
     ini::Scan(std::basic_string_view<Char>(list.Text),
               [&](const auto& record) { list.Records.push_back(record); });
@@ -105,13 +94,10 @@ namespace {
 /// @param isSpaced whether an empty line stands between the comments and the line
 template <class Char>
 void AppendRecord(std::basic_string<Char>& text, const ini::RecordView<Char>& record, bool isIndented,
-                  bool isSpaced)
-{
+                  bool isSpaced) {
     text += record.Comments;
-    if (isSpaced)
-        text += Char('\n');
-    if (isIndented || record.Commented != ' ')
-        text += record.Commented;
+    if (isSpaced) text += Char('\n');
+    if (isIndented || record.Commented != ' ') text += record.Commented;
     if (record.Key.empty())
         ((text += Char('[')) += record.Section) += Char(']');
     else
@@ -120,28 +106,26 @@ void AppendRecord(std::basic_string<Char>& text, const ini::RecordView<Char>& re
 }
 
 /// Appends bytes with the newlines of the system's text files.
-void AppendLines(std::string& text, std::string_view bytes)
-{
+void AppendLines(std::string& text, std::string_view bytes) {
     for (std::size_t end = 0; (end = bytes.find('\n')) != std::string_view::npos;
          bytes.remove_prefix(end + 1))
         (text += bytes.substr(0, end)) += platform::Newline;
     text += bytes;
 }
 
-} // namespace
+}  // namespace
 
 /// The two widths of a saved file differ intentionally: the narrow form begins every active line with a
 /// space; the wide one does not, and has an empty line between a section's comments and its header, for each
 /// section but the first.
 template <class Char>
-bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list)
-{
+bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list) {
     // All bytes are made before the file is opened: running out of memory between the old content and the new
     // one would lose both.
     constexpr bool isNarrow = std::is_same_v<Char, char>;
     std::string bytes;
-    bytes.reserve(list.Text.Size + 2 * list.Records.size()); // nearly always enough
-    std::vector<std::size_t> ends;                           // of the records
+    bytes.reserve(list.Text.Size + 2 * list.Records.size());  // nearly always enough
+    std::vector<std::size_t> ends;                            // of the records
     ends.reserve(list.Records.size() + 1);
     std::basic_string<Char> text;
     auto encoding = list.Encoding;
@@ -160,10 +144,10 @@ bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list)
     ends.push_back(bytes.size());
 
     platform::File file{platform::SystemPath(path)};
-    if (!file.IsOpen())
-        return false;
+    if (!file.IsOpen()) return false;
     std::size_t begin = 0;
-    for (const std::size_t end : ends) { // a write for each record, so that what is written survives the host
+    for (const std::size_t end :
+         ends) {  // a write for each record, so that what is written survives the host
         file.Write({bytes.data() + begin, end - begin});
         begin = end;
     }
@@ -172,39 +156,33 @@ bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list)
 
 bool INIParser::Create(std::string path) { return Save(path, List<char>()); }
 
-std::string INIParser::Content(std::string path)
-{
+std::string INIParser::Content(std::string path) {
     List<char> list;
     std::string text;
     if (Load(path, list))
-        for (const auto& record : list.Records)
-            AppendRecord(text, record, false, false);
+        for (const auto& record : list.Records) AppendRecord(text, record, false, false);
     return text;
 }
 
-bool INIParser::Sort(std::string path, bool descending)
-{
+bool INIParser::Sort(std::string path, bool descending) {
     List<char> list;
-    if (!Load(path, list))
-        return false;
+    if (!Load(path, list)) return false;
 
     using RecordView = ini::RecordView<char>;
-    using Pointers = std::vector<const RecordView*>; // moved faster than records
+    using Pointers = std::vector<const RecordView*>;  // moved faster than records
     const auto sortBy = [descending](Pointers& records, std::string_view RecordView::*field) {
         std::sort(records.begin(), records.end(), [=](const RecordView* a, const RecordView* b) {
             return descending ? b->*field < a->*field : a->*field < b->*field;
         });
     };
     Pointers headers;
-    std::map<std::string_view, Pointers> keys; // of each section, in file order
+    std::map<std::string_view, Pointers> keys;  // of each section, in file order
     for (const RecordView& record : list.Records)
         (record.Key.empty() ? headers : keys[record.Section]).push_back(&record);
-    if (headers.empty())
-        return false;
+    if (headers.empty()) return false;
 
     sortBy(headers, &RecordView::Section);
-    for (auto& [section, ofSection] : keys)
-        sortBy(ofSection, &RecordView::Key);
+    for (auto& [section, ofSection] : keys) sortBy(ofSection, &RecordView::Key);
 
     // Each header takes the keys of its name from the whole file. So keys are written once for each header of
     // their section: twice for a section with two, and not at all for a section with none.
@@ -212,91 +190,77 @@ bool INIParser::Sort(std::string path, bool descending)
     sorted.reserve(list.Records.size());
     for (const RecordView* header : headers) {
         sorted.push_back(*header);
-        for (const RecordView* key : keys[header->Section])
-            sorted.push_back(*key);
+        for (const RecordView* key : keys[header->Section]) sorted.push_back(*key);
     }
     list.Records = std::move(sorted);
     return Save(path, list);
 }
 
-bool INIParser::SetValue(std::string key, std::string value, std::string section, std::string path)
-{
+bool INIParser::SetValue(std::string key, std::string value, std::string section, std::string path) {
     return List<char>::Edit(path, [&](auto& list) { return list.SetValue(key, value, section); });
 }
 
-bool INIParser::SetValue(std::wstring key, std::wstring value, std::wstring section, std::wstring path)
-{
+bool INIParser::SetValue(std::wstring key, std::wstring value, std::wstring section, std::wstring path) {
     return List<wchar_t>::Edit(path, [&](auto& list) { return list.SetValue(key, value, section); });
 }
 
-bool INIParser::AddSection(std::string section, std::string path)
-{
+bool INIParser::AddSection(std::string section, std::string path) {
     return List<char>::Edit(path, [&](auto& list) {
         list.Records.push_back({.Section = section});
         return true;
     });
 }
 
-bool INIParser::DeleteRecord(std::string key, std::string section, std::string path)
-{
+bool INIParser::DeleteRecord(std::string key, std::string section, std::string path) {
     return List<char>::Edit(path, [&](auto& list) {
         return list.ChangeRecord(key, section, [&](auto at) { list.Records.erase(at); });
     });
 }
 
-bool INIParser::DeleteSection(std::string section, std::string path)
-{
+bool INIParser::DeleteSection(std::string section, std::string path) {
     return List<char>::Edit(path, [&](auto& list) {
         std::erase_if(list.Records, [&](const auto& record) { return record.Section == section; });
         return true;
     });
 }
 
-bool INIParser::RenameSection(std::string oldName, std::string newName, std::string path)
-{
+bool INIParser::RenameSection(std::string oldName, std::string newName, std::string path) {
     return List<char>::Edit(path, [&](auto& list) {
         return list.ChangeSection(oldName, [&](auto& record) { record.Section = newName; });
     });
 }
 
-bool INIParser::CommentRecord(CommentChar character, std::string key, std::string section, std::string path)
-{
+bool INIParser::CommentRecord(CommentChar character, std::string key, std::string section, std::string path) {
     return List<char>::Edit(path, [&](auto& list) {
         return list.ChangeRecord(key, section,
                                  [=](auto at) { at->Commented = static_cast<char>(character); });
     });
 }
 
-bool INIParser::CommentSection(char character, std::string section, std::string path)
-{
+bool INIParser::CommentSection(char character, std::string section, std::string path) {
     return List<char>::Edit(path, [&](auto& list) {
         return list.ChangeSection(section, [=](auto& record) { record.Commented = character; });
     });
 }
 
-bool INIParser::UnCommentRecord(std::string key, std::string section, std::string path)
-{
+bool INIParser::UnCommentRecord(std::string key, std::string section, std::string path) {
     return CommentRecord(static_cast<CommentChar>(' '), std::move(key), std::move(section), std::move(path));
 }
 
-bool INIParser::UnCommentSection(std::string section, std::string path)
-{
+bool INIParser::UnCommentSection(std::string section, std::string path) {
     return CommentSection(' ', std::move(section), std::move(path));
 }
 
 bool INIParser::SetRecordComments(std::string comments, std::string key, std::string section,
-                                  std::string path)
-{
+                                  std::string path) {
     // The newline that is appended depends on the length of the text alone: a text that ends in one gets
     // another, and a text of a single character gets none.
-    if (comments.size() >= 2)
-        comments += '\n';
+    if (comments.size() >= 2) comments += '\n';
     return List<char>::Edit(path, [&](auto& list) {
         return list.ChangeRecord(key, section, [&](auto at) { at->Comments = comments; });
     });
 }
 
-bool INIParser::SetSectionComments(std::string comments, std::string section, std::string path)
-{
+bool INIParser::SetSectionComments(std::string comments, std::string section, std::string path) {
     return SetRecordComments(std::move(comments), {}, std::move(section), std::move(path));
 }

@@ -37,16 +37,15 @@
 ///
 /// **Threads.** Any thread may call; there is no shared state. Of two simultaneous edits of a file, one is
 /// lost.
-class QMUTILITY_API INIParser
-{
+class QMUTILITY_API INIParser {
 public:
-    using Record = BasicINIRecord<char>;     ///< of the narrow form
-    using WRecord = BasicINIRecord<wchar_t>; ///< of the wide form
-    using CommentChar = INICommentChar;      ///< argument of `CommentRecord`
+    using Record = BasicINIRecord<char>;      ///< of the narrow form
+    using WRecord = BasicINIRecord<wchar_t>;  ///< of the wide form
+    using CommentChar = INICommentChar;       ///< argument of `CommentRecord`
 
-    INIParser();                            ///< Instances are stateless.
-    INIParser(const INIParser&);            ///< Instances are stateless.
-    INIParser& operator=(const INIParser&); ///< Instances are stateless.
+    INIParser();                             ///< Instances are stateless.
+    INIParser(const INIParser&);             ///< Instances are stateless.
+    INIParser& operator=(const INIParser&);  ///< Instances are stateless.
     virtual ~INIParser();
 
     /// @name Whole files

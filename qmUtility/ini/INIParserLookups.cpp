@@ -23,22 +23,19 @@ using String = std::basic_string<Char>;
 
 /// @return the `wchar_t` of a byte; any other character unchanged.
 template <class Char, class From>
-Char Widen(From c)
-{
+Char Widen(From c) {
     return static_cast<Char>(static_cast<std::make_unsigned_t<From>>(c));
 }
 
 template <class Char, class From>
-String<Char> Copy(View<From> text)
-{
+String<Char> Copy(View<From> text) {
     String<Char> copy(text.size(), Char());
     std::transform(text.begin(), text.end(), copy.begin(), Widen<Char, From>);
     return copy;
 }
 
 template <class Char, class From>
-BasicINIRecord<Char> Copy(const ini::RecordView<From>& record)
-{
+BasicINIRecord<Char> Copy(const ini::RecordView<From>& record) {
     String<Char> comments = Copy<Char>(record.Comments);
     comments.resize(ini::TidyComments<Char>(comments.data(), comments).size());
     return {std::move(comments), Widen<Char>(record.Commented), Copy<Char>(record.Section),
@@ -46,8 +43,7 @@ BasicINIRecord<Char> Copy(const ini::RecordView<From>& record)
 }
 
 template <class Char, class From>
-bool Equal(View<Char> name, View<From> field)
-{
+bool Equal(View<Char> name, View<From> field) {
     if constexpr (std::is_same_v<Char, From>)
         return name == field;
     else
@@ -59,23 +55,20 @@ bool Equal(View<Char> name, View<From> field)
 /// Passes over the text between the headers of other sections.
 /// @throws INIFormatError for a malformed header in any section
 template <class Char, class From, class Visitor>
-void ScanSection(View<From> text, View<Char> section, Visitor& visit)
-{
+void ScanSection(View<From> text, View<Char> section, Visitor& visit) {
     constexpr std::size_t none = View<From>::npos;
     bool isInSection = false;
-    std::size_t begin = 0; // of the last header line
+    std::size_t begin = 0;  // of the last header line
     for (std::size_t next = 0;;) {
         const std::size_t bracket = text.find('[', next);
         const std::size_t end = bracket != none ? text.find('\n', bracket) : none;
-        const std::size_t line = end != none ? text.rfind('\n', bracket) + 1 : text.size(); // `none` + 1 is 0
-        if (isInSection)
-            ini::Scan(text.substr(begin, line - begin), visit);
-        if (end == none)
-            return;
+        const std::size_t line =
+            end != none ? text.rfind('\n', bracket) + 1 : text.size();  // `none` + 1 is 0
+        if (isInSection) ini::Scan(text.substr(begin, line - begin), visit);
+        if (end == none) return;
         next = end + 1;
         ini::ScanLines<INISyntax::Parser>(text.substr(line, next - line), [&](const ini::Line<From>& header) {
-            if (header.Kind == ini::LineKind::MalformedHeader)
-                ini::ThrowMalformed(text, header.Raw.data());
+            if (header.Kind == ini::LineKind::MalformedHeader) ini::ThrowMalformed(text, header.Raw.data());
             isInSection = Equal(section, header.Section);
         });
         begin = line;
@@ -87,8 +80,7 @@ void ScanSection(View<From> text, View<Char> section, Visitor& visit)
 /// @return false, with nothing called, when the file cannot be opened, read to its end, or decoded
 /// @throws INIFormatError for a malformed header, whatever the section
 template <class Char, class Visitor>
-bool ScanFile(const String<Char>& path, View<Char> section, Visitor visit)
-{
+bool ScanFile(const String<Char>& path, View<Char> section, Visitor visit) {
     const auto scan = [&](auto text) {
         if (section.empty())
             ini::Scan(text, visit);
@@ -98,11 +90,9 @@ bool ScanFile(const String<Char>& path, View<Char> section, Visitor visit)
     };
     std::error_code error;
     auto bytes = platform::File::Read(platform::SystemPath(path), error);
-    if (!bytes)
-        return false;
+    if (!bytes) return false;
     const ini::Encoding<Char> encoding{std::locale()};
-    if (encoding.BytesAreCharacters())
-        return scan(View<char>(*bytes));
+    if (encoding.BytesAreCharacters()) return scan(View<char>(*bytes));
     const auto text = encoding.Decode(std::move(*bytes));
     return text && scan(View<Char>(*text));
 }
@@ -111,8 +101,7 @@ bool ScanFile(const String<Char>& path, View<Char> section, Visitor visit)
 /// @return whether there is one. A file that cannot be read is said to hold whatever is asked for; callers
 ///   rely on it.
 template <class Char, class Visitor>
-bool VisitFirst(View<Char> key, View<Char> section, const String<Char>& path, Visitor visit)
-{
+bool VisitFirst(View<Char> key, View<Char> section, const String<Char>& path, Visitor visit) {
     bool isFound = false;
     // An empty key names a header, which comes with its comments.
     const bool isRead = ScanFile(path, key.empty() ? key : section, [&](const auto& record) {
@@ -125,23 +114,21 @@ bool VisitFirst(View<Char> key, View<Char> section, const String<Char>& path, Vi
 }
 
 template <class Char>
-auto CopyRecord(View<Char> key, View<Char> section, const String<Char>& path)
-{
+auto CopyRecord(View<Char> key, View<Char> section, const String<Char>& path) {
     std::vector<BasicINIRecord<Char>> found;
     VisitFirst(key, section, path, [&](const auto& record) { found.push_back(Copy<Char>(record)); });
     return found;
 }
 
 template <class Char>
-String<Char> CopyValue(View<Char> key, View<Char> section, const String<Char>& path)
-{
+String<Char> CopyValue(View<Char> key, View<Char> section, const String<Char>& path) {
     String<Char> value;
     VisitFirst(key, section, path, [&](const auto& record) { value = Copy<Char>(record.Value); });
     return value;
 }
 
 template <class Char>
-bool HasSection(View<Char> section, const String<Char>& path) // or cannot be read
+bool HasSection(View<Char> section, const String<Char>& path)  // or cannot be read
 {
     bool isFound = false;
     const bool isRead =
@@ -149,65 +136,53 @@ bool HasSection(View<Char> section, const String<Char>& path) // or cannot be re
     return isFound || !isRead;
 }
 
-} // namespace
+}  // namespace
 
-std::vector<INIParser::Record> INIParser::GetRecord(std::string key, std::string section, std::string path)
-{
+std::vector<INIParser::Record> INIParser::GetRecord(std::string key, std::string section, std::string path) {
     return CopyRecord<char>(key, section, path);
 }
 
 std::vector<INIParser::WRecord> INIParser::GetRecord(std::wstring key, std::wstring section,
-                                                     std::wstring path)
-{
+                                                     std::wstring path) {
     return CopyRecord<wchar_t>(key, section, path);
 }
 
-std::string INIParser::GetValue(std::string key, std::string section, std::string path)
-{
+std::string INIParser::GetValue(std::string key, std::string section, std::string path) {
     return CopyValue<char>(key, section, path);
 }
 
-std::wstring INIParser::GetValue(std::wstring key, std::wstring section, std::wstring path)
-{
+std::wstring INIParser::GetValue(std::wstring key, std::wstring section, std::wstring path) {
     return CopyValue<wchar_t>(key, section, path);
 }
 
-bool INIParser::RecordExists(std::string key, std::string section, std::string path)
-{
+bool INIParser::RecordExists(std::string key, std::string section, std::string path) {
     return VisitFirst<char>(key, section, path, [](const auto&) {});
 }
 
-bool INIParser::RecordExists(std::wstring key, std::wstring section, std::wstring path)
-{
+bool INIParser::RecordExists(std::wstring key, std::wstring section, std::wstring path) {
     return VisitFirst<wchar_t>(key, section, path, [](const auto&) {});
 }
 
-bool INIParser::SectionExists(std::string section, std::string path)
-{
+bool INIParser::SectionExists(std::string section, std::string path) {
     return HasSection<char>(section, path);
 }
 
-bool INIParser::SectionExists(std::wstring section, std::wstring path)
-{
+bool INIParser::SectionExists(std::wstring section, std::wstring path) {
     return HasSection<wchar_t>(section, path);
 }
 
-std::vector<INIParser::Record> INIParser::GetSection(std::string section, std::string path)
-{
+std::vector<INIParser::Record> INIParser::GetSection(std::string section, std::string path) {
     std::vector<Record> keys;
     ScanFile<char>(path, section, [&](const auto& record) {
-        if (!record.Key.empty() && record.Section == section)
-            keys.push_back(Copy<char>(record));
+        if (!record.Key.empty() && record.Section == section) keys.push_back(Copy<char>(record));
     });
     return keys;
 }
 
-std::vector<std::string> INIParser::GetSectionNames(std::string path)
-{
+std::vector<std::string> INIParser::GetSectionNames(std::string path) {
     std::vector<std::string> names;
     ScanFile<char>(path, {}, [&](const auto& record) {
-        if (record.Key.empty())
-            names.emplace_back(record.Section);
+        if (record.Key.empty()) names.emplace_back(record.Section);
     });
     return names;
 }

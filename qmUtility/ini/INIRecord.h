@@ -12,16 +12,14 @@
 #include <string>
 
 /// The characters that comment out a record in a file; the values are the characters' codes.
-enum class INICommentChar : int
-{
-    Hash = '#',      ///< as in "#Width=800"
-    Semicolon = ';', ///< as in ";Width=800"
+enum class INICommentChar : int {
+    Hash = '#',       ///< as in "#Width=800"
+    Semicolon = ';',  ///< as in ";Width=800"
 };
 
 /// One record of a file: a section header line, or a key line. It is a section record when `Key` is empty.
 template <class Char>
-struct BasicINIRecord
-{
+struct BasicINIRecord {
     /// The comment lines above the record, each with its "#" or ";", trimmed and followed by one "\n".
     std::basic_string<Char> Comments;
     /// A space when the record is active, else the character that comments it out.
@@ -36,19 +34,17 @@ struct BasicINIRecord
 };
 
 /// Syntax of an INI text; docs/ini-format.md specifies both.
-enum class INISyntax
-{
-    Common, ///< as most programs do
-    Parser, ///< as `INIParser` does
+enum class INISyntax {
+    Common,  ///< as most programs do
+    Parser,  ///< as `INIParser` does
 };
 
 /// Thrown for a header line without a "]" after its first character; `what()` is "invalid string position".
-class QMUTILITY_API INIFormatError : public std::out_of_range
-{
+class QMUTILITY_API INIFormatError : public std::out_of_range {
 public:
-    explicit INIFormatError(std::size_t line);                  ///< @param line its number, from 1.
-    INIFormatError(const INIFormatError&) = default;            ///< copies the number
-    INIFormatError& operator=(const INIFormatError&) = default; ///< copies the number
+    explicit INIFormatError(std::size_t line);                   ///< @param line its number, from 1.
+    INIFormatError(const INIFormatError&) = default;             ///< copies the number
+    INIFormatError& operator=(const INIFormatError&) = default;  ///< copies the number
     ~INIFormatError() override;
 
     /// @return the number of the line, from 1.

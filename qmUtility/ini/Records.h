@@ -16,8 +16,7 @@ namespace ini {
 
 /// A record as views into the text that it was read from; see `BasicINIRecord`.
 template <class Char>
-struct RecordView
-{
+struct RecordView {
     View<Char> Comments = {};
     Char Commented = Char(' ');
     View<Char> Section = {};
@@ -28,8 +27,7 @@ struct RecordView
 /// Throws the error of a malformed header.
 /// @param line begins there in the text
 template <class Char>
-[[noreturn]] void ThrowMalformed(View<Char> text, const Char* line)
-{
+[[noreturn]] void ThrowMalformed(View<Char> text, const Char* line) {
     throw INIFormatError(static_cast<std::size_t>(std::count(text.data(), line, Char('\n'))) + 1);
 }
 
@@ -37,26 +35,22 @@ template <class Char>
 /// holds the comment lines; see `TidyComments`.
 /// @throws INIFormatError for a malformed header
 template <class Char, class Visitor>
-void Scan(View<Char> text, Visitor&& visit)
-{
+void Scan(View<Char> text, Visitor&& visit) {
     View<Char> section;
-    View<Char> comments; // from the first pending comment to the newline of the last
+    View<Char> comments;  // from the first pending comment to the newline of the last
     ScanLines<INISyntax::Parser>(text, [&](const Line<Char>& line) {
-        if (line.Kind == LineKind::Blank)
-            return; // comments stay pending
+        if (line.Kind == LineKind::Blank) return;  // comments stay pending
         if (line.Kind == LineKind::Comment) {
             const Char* const begin = comments.empty() ? line.Text().data() : comments.data();
             comments = {begin, static_cast<std::size_t>(line.Raw.data() + line.Raw.size() - begin)};
             return;
         }
-        if (line.Kind == LineKind::MalformedHeader)
-            ThrowMalformed(text, line.Raw.data());
+        if (line.Kind == LineKind::MalformedHeader) ThrowMalformed(text, line.Raw.data());
         if (line.Kind == LineKind::Other && !comments.empty())
-            return; // else it makes a record, empty in all its fields
+            return;  // else it makes a record, empty in all its fields
         if (line.Kind == LineKind::Header) {
             section = line.Section;
-            if (line.HasKey)
-                comments = {}; // the comments above a header with "=" in its name are lost
+            if (line.HasKey) comments = {};  // the comments above a header with "=" in its name are lost
         }
         visit(RecordView<Char>{std::exchange(comments, {}), line.Commented,
                                line.Kind == LineKind::Other ? View<Char>() : section, line.Key, line.Value});
@@ -68,18 +62,16 @@ void Scan(View<Char> text, Visitor&& visit)
 /// record. It never gets longer.
 /// @param text that holds the range
 template <class Char>
-View<Char> TidyComments(Char* text, View<Char> range)
-{
+View<Char> TidyComments(Char* text, View<Char> range) {
     Char* const begin = range.empty() ? text : text + (range.data() - text);
     Char* end = begin;
     ScanLines<INISyntax::Parser>(range, [&](const Line<Char>& line) {
-        if (line.Kind != LineKind::Comment)
-            return;
-        const View<Char> comment = line.Text(); // before it is overwritten
+        if (line.Kind != LineKind::Comment) return;
+        const View<Char> comment = line.Text();  // before it is overwritten
         end = std::char_traits<Char>::move(end, comment.data(), comment.size()) + comment.size();
         *end++ = Char('\n');
     });
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-} // namespace ini
+}  // namespace ini

@@ -9,8 +9,7 @@ using platform::Buffer;
 
 namespace ini {
 
-std::optional<Buffer<wchar_t>> Encoding<wchar_t>::Decode(Buffer<char> bytes) const
-{
+std::optional<Buffer<wchar_t>> Encoding<wchar_t>::Decode(Buffer<char> bytes) const {
     const std::string_view from = bytes;
     Buffer<wchar_t> text(from.size());
     wchar_t* const begin = text.Data.get();
@@ -42,19 +41,17 @@ std::optional<Buffer<wchar_t>> Encoding<wchar_t>::Decode(Buffer<char> bytes) con
     return text;
 }
 
-bool Encoding<wchar_t>::Append(std::string& bytes, std::wstring_view text, Unencodable unencodable)
-{
+bool Encoding<wchar_t>::Append(std::string& bytes, std::wstring_view text, Unencodable unencodable) {
     if (BytesAreCharacters()) {
         const auto isByte = [](wchar_t c) { return static_cast<char32_t>(c) <= 0xFF; };
-        if (unencodable == Unencodable::Fail && !std::all_of(text.begin(), text.end(), isByte))
-            return false;
+        if (unencodable == Unencodable::Fail && !std::all_of(text.begin(), text.end(), isByte)) return false;
         const std::size_t size = bytes.size();
         bytes.resize(size + text.size());
         std::transform(text.begin(), text.end(), bytes.data() + size,
                        [=](wchar_t c) { return isByte(c) ? static_cast<char>(c) : '?'; });
         return true;
     }
-    std::array<char, 4096> piece; // has room for any character
+    std::array<char, 4096> piece;  // has room for any character
     while (!text.empty()) {
         char* end = piece.data();
         const auto encode = [&](const wchar_t* from, const wchar_t* to) {
@@ -65,8 +62,7 @@ bool Encoding<wchar_t>::Append(std::string& bytes, std::wstring_view text, Unenc
         const wchar_t* next = encode(text.data(), text.data() + text.size());
         if (next == text.data()) {
             constexpr wchar_t mark = L'?';
-            if (unencodable == Unencodable::Fail)
-                return false;
+            if (unencodable == Unencodable::Fail) return false;
             encode(&mark, &mark + 1);
             ++next;
         }
@@ -75,13 +71,11 @@ bool Encoding<wchar_t>::Append(std::string& bytes, std::wstring_view text, Unenc
     return true;
 }
 
-void Encoding<wchar_t>::Finish(std::string& bytes)
-{
+void Encoding<wchar_t>::Finish(std::string& bytes) {
     std::array<char, 4096> piece;
     char* end = piece.data();
-    if (!BytesAreCharacters())
-        m_conversion.unshift(m_state, piece.data(), piece.data() + piece.size(), end);
+    if (!BytesAreCharacters()) m_conversion.unshift(m_state, piece.data(), piece.data() + piece.size(), end);
     bytes.append(piece.data(), end);
 }
 
-} // namespace ini
+}  // namespace ini

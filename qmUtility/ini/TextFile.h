@@ -15,10 +15,9 @@
 namespace ini {
 
 /// What encoding does with a character that the locale has no bytes for.
-enum class Unencodable
-{
+enum class Unencodable {
     Fail,
-    Replace, ///< by "?"
+    Replace,  ///< by "?"
 };
 
 /// The conversion between the bytes of a file and characters.
@@ -27,15 +26,13 @@ class Encoding;
 
 /// Bytes are kept as they are.
 template <>
-class Encoding<char>
-{
+class Encoding<char> {
 public:
     explicit Encoding(const std::locale& /*locale*/) {}
 
     static bool BytesAreCharacters() { return true; }
     static std::optional<platform::Buffer<char>> Decode(platform::Buffer<char> bytes) { return bytes; }
-    static bool Append(std::string& bytes, std::string_view text, Unencodable /*unencodable*/)
-    {
+    static bool Append(std::string& bytes, std::string_view text, Unencodable /*unencodable*/) {
         bytes += text;
         return true;
     }
@@ -44,8 +41,7 @@ public:
 
 /// The conversion of a locale.
 template <>
-class Encoding<wchar_t>
-{
+class Encoding<wchar_t> {
 public:
     explicit Encoding(const std::locale& locale) : m_locale(locale) {}
 
@@ -69,7 +65,7 @@ private:
     std::locale m_locale;
     const Conversion& m_conversion = std::use_facet<Conversion>(m_locale);
     const bool m_bytesAreCharacters = &m_conversion == &std::use_facet<Conversion>(std::locale::classic());
-    std::mbstate_t m_state{}; ///< after the last text encoded
+    std::mbstate_t m_state{};  ///< after the last text encoded
 };
 
-} // namespace ini
+}  // namespace ini

@@ -8,15 +8,13 @@ namespace {
 
 AFX_EXTENSION_MODULE extension;
 
-} // namespace
+}  // namespace
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, void* /*reserved*/)
-{
+extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, void* /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH) {
-        if (!AfxInitExtensionModule(extension, library))
-            return 0;
-        new CDynLinkLibrary(extension); // owned by the framework
+        if (!AfxInitExtensionModule(extension, library)) return 0;
+        new CDynLinkLibrary(extension);  // owned by the framework
     } else if (reason == DLL_PROCESS_DETACH)
         AfxTermExtensionModule(extension);
-    return 1; // also when a thread starts or ends
+    return 1;  // also when a thread starts or ends
 }

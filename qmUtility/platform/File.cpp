@@ -6,8 +6,7 @@
 namespace platform {
 namespace {
 
-bool ReadAll(const Handle& file, Buffer<char>& bytes)
-{
+bool ReadAll(const Handle& file, Buffer<char>& bytes) {
     // The size is only a hint: pipes and system files report none, and a file may grow. With one byte more
     // than that, a read that finds the end needs no larger buffer.
     constexpr std::size_t usualSize = 4095;
@@ -15,8 +14,7 @@ bool ReadAll(const Handle& file, Buffer<char>& bytes)
     std::size_t capacity = (size != 0 ? size : usualSize) + 1;
     for (bytes = Buffer<char>(capacity);;) {
         const std::ptrdiff_t count = file.Read(bytes.Data.get() + bytes.Size, capacity - bytes.Size);
-        if (count <= 0)
-            return count == 0;
+        if (count <= 0) return count == 0;
         bytes.Size += static_cast<std::size_t>(count);
         if (bytes.Size == capacity) {
             Buffer<char> larger(capacity *= 2);
@@ -28,12 +26,10 @@ bool ReadAll(const Handle& file, Buffer<char>& bytes)
 
 /// Writes a file in place, so that its links, owner and attributes stay. Puts the old content back on
 /// failure.
-bool Overwrite(const SystemPath& path, const Handle& file, std::string_view bytes)
-{
+bool Overwrite(const SystemPath& path, const Handle& file, std::string_view bytes) {
     const Handle reader(path, Handle::Access::Read);
     Buffer<char> content(0);
-    if (!reader || !ReadAll(reader, content))
-        return false;
+    if (!reader || !ReadAll(reader, content)) return false;
     const std::string_view old = content;
     // What is longer than the old content comes first: without room for it nothing has been overwritten yet.
     const std::size_t common = std::min(old.size(), bytes.size());
@@ -47,10 +43,9 @@ bool Overwrite(const SystemPath& path, const Handle& file, std::string_view byte
     return false;
 }
 
-} // namespace
+}  // namespace
 
-std::optional<Buffer<char>> File::Read(const SystemPath& path, std::error_code& error)
-{
+std::optional<Buffer<char>> File::Read(const SystemPath& path, std::error_code& error) {
     const Handle file(path, Handle::Access::Read);
     std::optional<Buffer<char>> bytes(0);
     const bool isRead = file && ReadAll(file, *bytes);
@@ -58,9 +53,8 @@ std::optional<Buffer<char>> File::Read(const SystemPath& path, std::error_code& 
     return isRead ? std::move(bytes) : std::nullopt;
 }
 
-bool File::Replace(const SystemPath& path, std::string_view bytes, std::error_code& error)
-{
-    const Handle old(path, Handle::Access::Write); // what may not be written in place may not be replaced
+bool File::Replace(const SystemPath& path, std::string_view bytes, std::error_code& error) {
+    const Handle old(path, Handle::Access::Write);  // what may not be written in place may not be replaced
     const Replacement result = ReplaceWhole(path, old, bytes);
     const bool isReplaced =
         result == Replacement::Done || (result == Replacement::Refused && Overwrite(path, old, bytes));
@@ -68,8 +62,7 @@ bool File::Replace(const SystemPath& path, std::string_view bytes, std::error_co
     return isReplaced;
 }
 
-bool File::Write(std::string_view bytes)
-{
+bool File::Write(std::string_view bytes) {
     if (m_handle && !m_handle.Write(bytes)) {
         const LastErrorPreserver preserver;
         m_handle.Close();
@@ -77,4 +70,4 @@ bool File::Write(std::string_view bytes)
     return IsOpen();
 }
 
-} // namespace platform
+}  // namespace platform

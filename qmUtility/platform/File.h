@@ -31,10 +31,8 @@ void ExpectUse(void* memory, std::size_t size);
 
 /// Characters in memory that are not initialised before they are filled.
 template <class Char>
-struct Buffer
-{
-    explicit Buffer(std::size_t capacity) : Data(std::make_unique_for_overwrite<Char[]>(capacity))
-    {
+struct Buffer {
+    explicit Buffer(std::size_t capacity) : Data(std::make_unique_for_overwrite<Char[]>(capacity)) {
         ExpectUse(Data.get(), capacity * sizeof(Char));
     }
 
@@ -45,8 +43,7 @@ struct Buffer
 };
 
 /// A file that is open for writing.
-class File
-{
+class File {
 public:
     /// Reads a file whole.
     /// @param error receives the reason of a failure; it is cleared otherwise.
@@ -83,4 +80,4 @@ private:
     Handle m_handle;
 };
 
-} // namespace platform
+}  // namespace platform

@@ -11,8 +11,7 @@ namespace platform {
 /// An exclusive lock on a file, whatever its name. It keeps out other locks of this kind only: `flock` on
 /// Linux, a byte range behind the end of the file on Windows. The lock ends with the object, and with the
 /// process, however that ends.
-class FileLock
-{
+class FileLock {
 public:
     /// Locks the file that a path names, if no other lock is on it. Symbolic links are followed.
     /// @param error why the file cannot be locked; cleared when another try may succeed.
@@ -23,4 +22,4 @@ private:
     Handle m_file;
 };
 
-} // namespace platform
+}  // namespace platform

@@ -25,8 +25,7 @@ void SetLastError(int error);
 std::error_code LastError(const SystemPath& path);
 
 /// Preserves the last error during its scope.
-class LastErrorPreserver
-{
+class LastErrorPreserver {
 public:
     LastErrorPreserver() = default;
     LastErrorPreserver(const LastErrorPreserver&) = delete;
@@ -37,32 +36,28 @@ private:
 };
 
 /// Owns an open file. Failures of the operations set the last error; the destructor preserves it.
-class Handle
-{
+class Handle {
 public:
 #if defined(_WIN32)
-    using Native = void*; ///< `HANDLE`
+    using Native = void*;  ///< `HANDLE`
 #else
-    using Native = int; ///< file descriptor
+    using Native = int;  ///< file descriptor
 #endif
 
-    enum class Access
-    {
+    enum class Access {
         Read,
         Write,
-        Create, ///< for writing; truncates a file that exists
+        Create,  ///< for writing; truncates a file that exists
     };
 
     explicit Handle(Native native = None) : m_native(native) {}
     Handle(const SystemPath& path, Access access);
     Handle(Handle&& other) noexcept : m_native(other.Release()) {}
-    Handle& operator=(Handle&& other) noexcept
-    {
+    Handle& operator=(Handle&& other) noexcept {
         std::swap(m_native, other.m_native);
         return *this;
     }
-    ~Handle()
-    {
+    ~Handle() {
         const LastErrorPreserver preserver;
         Close();
     }
@@ -93,11 +88,10 @@ private:
 };
 
 /// What became of a file that another one was to replace.
-enum class Replacement
-{
+enum class Replacement {
     Done,
     Failed,
-    Refused, ///< not possible without losing something of the old file
+    Refused,  ///< not possible without losing something of the old file
 };
 
 /// Replaces or creates a file as `File::Replace` does, but does not write a regular file in place.
@@ -117,4 +111,4 @@ int OpenDescriptor(const char* path, int flags, mode_t mode = 0, int folder = AT
 bool WriteAll(int descriptor, std::string_view bytes);
 #endif
 
-} // namespace platform
+}  // namespace platform

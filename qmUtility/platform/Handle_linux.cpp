@@ -12,36 +12,30 @@ namespace {
 
 /// Makes a system call, and makes it again whenever a signal interrupts it.
 template <class Call>
-auto Resumed(Call call)
-{
+auto Resumed(Call call) {
     auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
+    while (result == -1 && errno == EINTR) result = call();
     return result;
 }
 
 /// While one exists, descriptors 0 to 2 are taken. A placeholder takes the place of each that the host has
 /// closed. It refers to a folder in a way that allows neither reading nor writing, so that both fail as
 /// before.
-class StandardStreamsTaken
-{
+class StandardStreamsTaken {
 public:
-    StandardStreamsTaken()
-    {
+    StandardStreamsTaken() {
         const std::lock_guard lock(m_mutex);
         ++m_users;
         for (int stream = 0; stream != 3; ++stream)
-            if (fcntl(stream, F_GETFD) == -1)
-                m_placeholders[stream] = open("/", O_PATH | O_CLOEXEC);
+            if (fcntl(stream, F_GETFD) == -1) m_placeholders[stream] = open("/", O_PATH | O_CLOEXEC);
     }
-    ~StandardStreamsTaken()
-    {
+    ~StandardStreamsTaken() {
         const LastErrorPreserver preserver;
         const std::lock_guard lock(m_mutex);
         if (--m_users == 0)
             for (int& placeholder : m_placeholders) {
                 const int stream = std::exchange(placeholder, -1);
-                if (stream != -1 && (fcntl(stream, F_GETFL) & O_PATH) != 0) // the host may have reopened it
+                if (stream != -1 && (fcntl(stream, F_GETFL) & O_PATH) != 0)  // the host may have reopened it
                     close(stream);
             }
     }
@@ -49,33 +43,29 @@ public:
 
 private:
     static inline std::mutex m_mutex;
-    static inline int m_users = 0; ///< the placeholders stay until every thread has opened its file
+    static inline int m_users = 0;  ///< the placeholders stay until every thread has opened its file
     static inline int m_placeholders[] = {-1, -1, -1};
 };
 
-constexpr int Flags(Handle::Access access)
-{
+constexpr int Flags(Handle::Access access) {
     return access == Handle::Access::Read    ? O_RDONLY
            : access == Handle::Access::Write ? O_WRONLY
                                              : O_WRONLY | O_CREAT | O_TRUNC;
 }
 
-} // namespace
+}  // namespace
 
-int OpenDescriptor(const char* path, int flags, mode_t mode, int folder)
-{
+int OpenDescriptor(const char* path, int flags, mode_t mode, int folder) {
     const StandardStreamsTaken guard;
     return Resumed([=] { return openat(folder, path, flags | O_CLOEXEC, mode); });
 }
 
-bool WriteAll(int descriptor, std::string_view bytes)
-{
+bool WriteAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const auto count = Resumed([&] { return write(descriptor, bytes.data(), bytes.size()); });
-        if (count == 0) // some device that takes nothing
+        if (count == 0)  // some device that takes nothing
             errno = EIO;
-        if (count <= 0)
-            return false;
+        if (count <= 0) return false;
         bytes.remove_prefix(static_cast<std::size_t>(count));
     }
     return true;
@@ -88,45 +78,38 @@ void SetLastError(int error) { errno = error; }
 std::error_code LastError(const SystemPath& /*path*/) { return {errno, std::system_category()}; }
 
 Handle::Handle(const SystemPath& path, Access access)
-    : Handle(OpenDescriptor(path.Get(), Flags(access), 0666))
-{}
+    : Handle(OpenDescriptor(path.Get(), Flags(access), 0666)) {}
 
-bool Handle::Close()
-{
+bool Handle::Close() {
     // Once the bytes are synchronised an interruption loses nothing, and the descriptor is closed all the
     // same.
     const int descriptor = Release();
     return descriptor == None || close(descriptor) == 0 || errno == EINTR;
 }
 
-std::size_t Handle::Size() const
-{
+std::size_t Handle::Size() const {
     struct stat status;
     return fstat(m_native, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size)
                                                                     : 0;
 }
 
-std::ptrdiff_t Handle::Read(char* to, std::size_t size) const
-{
+std::ptrdiff_t Handle::Read(char* to, std::size_t size) const {
     return Resumed([=, this] { return read(m_native, to, size); });
 }
 
 bool Handle::Write(std::string_view bytes) const { return WriteAll(m_native, bytes); }
 
-bool Handle::Truncate(std::size_t size) const
-{
+bool Handle::Truncate(std::size_t size) const {
     return Resumed([=, this] { return ftruncate(m_native, static_cast<off_t>(size)); }) == 0;
 }
 
 /// Some file systems cannot synchronise a file, and say so: then there is nothing to wait for.
-bool Handle::Synchronise() const
-{
+bool Handle::Synchronise() const {
     return Resumed([this] { return fsync(m_native); }) == 0 || errno == EINVAL || errno == EOPNOTSUPP;
 }
 
-bool Handle::Seek(std::size_t offset) const
-{
+bool Handle::Seek(std::size_t offset) const {
     return lseek(m_native, static_cast<off_t>(offset), SEEK_SET) >= 0;
 }
 
-} // namespace platform
+}  // namespace platform

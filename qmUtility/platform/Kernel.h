@@ -25,22 +25,20 @@
 #include <cstdint>
 #include <cstdio>
 
-using BOOL = int;            ///< 0 for false and failure
-using DWORD = std::uint32_t; ///< 32-bit unsigned integer
-using HANDLE = void*;        ///< reference to a system object
-using HINSTANCE = void*;     ///< base address of a loaded library or program
+using BOOL = int;             ///< 0 for false and failure
+using DWORD = std::uint32_t;  ///< 32-bit unsigned integer
+using HANDLE = void*;         ///< reference to a system object
+using HINSTANCE = void*;      ///< base address of a loaded library or program
 
 /// 64-bit signed integer.
-struct LARGE_INTEGER
-{
-    long long QuadPart; ///< value
+struct LARGE_INTEGER {
+    long long QuadPart;  ///< value
 };
 
 /// 64-bit number of 100-nanosecond units.
-struct FILETIME
-{
-    DWORD dwLowDateTime;  ///< lower 32 bits
-    DWORD dwHighDateTime; ///< upper 32 bits
+struct FILETIME {
+    DWORD dwLowDateTime;   ///< lower 32 bits
+    DWORD dwHighDateTime;  ///< upper 32 bits
 };
 
 /// Reads the performance counter: the monotonic clock in nanoseconds since the machine started, which stands
@@ -60,9 +58,9 @@ void Sleep(DWORD milliseconds);
 /// @return a pseudo handle of the calling thread, the same constant in every thread; not to be closed.
 HANDLE GetCurrentThread();
 
-constexpr int THREAD_PRIORITY_NORMAL = 0;         ///< nice value 0
-constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;   ///< nice value -5
-constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15; ///< nice value -20, the highest priority
+constexpr int THREAD_PRIORITY_NORMAL = 0;          ///< nice value 0
+constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;    ///< nice value -5
+constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15;  ///< nice value -20, the highest priority
 
 /// Sets the priority of the calling thread through its nice value, which is a weight rather than a rank: even
 /// a time-critical thread does not keep a processor from all others. It is not relative to the priority of
@@ -103,9 +101,9 @@ void OutputDebugStringW(const wchar_t* text);
 ///   reading. `errno` is unspecified then.
 std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode);
 
-constexpr DWORD DLL_PROCESS_DETACH = 0; ///< the library is being unloaded
-constexpr DWORD DLL_PROCESS_ATTACH = 1; ///< the library is being loaded
-#define WINAPI ///< empty: there is one calling convention
+constexpr DWORD DLL_PROCESS_DETACH = 0;  ///< the library is being unloaded
+constexpr DWORD DLL_PROCESS_ATTACH = 1;  ///< the library is being loaded
+#define WINAPI  ///< empty: there is one calling convention
 
 /// A library's entry point. It is called before any other static object of the library is constructed, and
 /// again after all of them are destroyed.

@@ -15,36 +15,31 @@ namespace {
 ///   null, or the length of what it has stored.
 /// @return what it stores; empty on failure.
 template <class Get>
-std::wstring GetPath(Get get)
-{
+std::wstring GetPath(Get get) {
     std::wstring path(get(nullptr, 0), L'\0');
     path.resize(get(path.data(), static_cast<DWORD>(path.size())));
     return path;
 }
 
 /// @return the security descriptor of a file: its owner and access list; empty on failure.
-std::vector<char> SecurityOf(HANDLE file)
-{
+std::vector<char> SecurityOf(HANDLE file) {
     constexpr SECURITY_INFORMATION wanted = OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
     DWORD size = 0;
     ::GetKernelObjectSecurity(file, wanted, nullptr, 0, &size);
     std::vector<char> descriptor(size);
-    if (::GetKernelObjectSecurity(file, wanted, descriptor.data(), size, &size) == 0)
-        descriptor.clear();
+    if (::GetKernelObjectSecurity(file, wanted, descriptor.data(), size, &size) == 0) descriptor.clear();
     return descriptor;
 }
 
 /// A new file beside another, which is deleted again unless it takes the other's place.
-class Temporary
-{
+class Temporary {
 public:
     /// @param target the full path of the other file.
     /// @param security descriptor of the new file; null for that of a file of this folder.
-    Temporary(const std::wstring& target, void* security, DWORD attributes) : m_target(target)
-    {
+    Temporary(const std::wstring& target, void* security, DWORD attributes) : m_target(target) {
         SECURITY_ATTRIBUTES securityAttributes{sizeof securityAttributes, security, 0};
         const std::wstring folder = target.substr(0, target.rfind(L'\\') + 1);
-        do { // the prefix identifies what a killed process left behind; the time makes the name unique
+        do {  // the prefix identifies what a killed process left behind; the time makes the name unique
             m_name = folder + L".qmUtility-" +
                      std::to_wstring(std::chrono::steady_clock::now().time_since_epoch().count());
             m_old = m_name + L".old";
@@ -54,19 +49,16 @@ public:
         m_isThere = bool(m_file);
     }
     Temporary(const Temporary&) = delete;
-    ~Temporary()
-    {
+    ~Temporary() {
         const LastErrorPreserver preserver;
         m_file.Close();
-        if (m_isThere)
-            ::DeleteFileW(m_name.c_str());
+        if (m_isThere) ::DeleteFileW(m_name.c_str());
     }
 
     const Handle& Get() const { return m_file; }
 
     /// Takes the place of no file.
-    bool Move()
-    {
+    bool Move() {
         m_isThere = !m_file.Close() || ::MoveFileExW(m_name.c_str(), m_target.c_str(),
                                                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0;
         return !m_isThere;
@@ -74,13 +66,12 @@ public:
 
     /// Takes the place of the other file, and of what the file system stores about it. For an instant the
     /// path names neither.
-    bool Replace()
-    {
+    bool Replace() {
         m_isThere = !m_file.Close() ||
                     ::ReplaceFileW(m_target.c_str(), m_name.c_str(), m_old.c_str(), 0, nullptr, nullptr) == 0;
         if (!m_isThere)
             ::DeleteFileW(m_old.c_str());
-        else { // it may have got no further than to rename the other file
+        else {  // it may have got no further than to rename the other file
             const LastErrorPreserver preserver;
             ::MoveFileExW(m_old.c_str(), m_target.c_str(), MOVEFILE_WRITE_THROUGH);
         }
@@ -90,15 +81,14 @@ public:
 private:
     const std::wstring& m_target;
     std::wstring m_name;
-    std::wstring m_old; ///< the other file's name while it is replaced
+    std::wstring m_old;  ///< the other file's name while it is replaced
     Handle m_file;
     bool m_isThere = false;
 };
 
 /// @return whether an error says that something may not be done, as opposed to one that says that it went
 ///   wrong.
-bool IsRefusal(DWORD error)
-{
+bool IsRefusal(DWORD error) {
     constexpr DWORD refusals[] = {ERROR_INVALID_FUNCTION,  ERROR_ACCESS_DENIED,
                                   ERROR_SHARING_VIOLATION, ERROR_NOT_SUPPORTED,
                                   ERROR_INVALID_PARAMETER, ERROR_UNABLE_TO_REMOVE_REPLACED,
@@ -106,14 +96,13 @@ bool IsRefusal(DWORD error)
     return std::ranges::count(refusals, error) != 0;
 }
 
-} // namespace
+}  // namespace
 
-Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_view bytes)
-{
+Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_view bytes) {
     const DWORD error = ::GetLastError();
     const DWORD attributes = ::GetFileAttributesW(path.Get());
     const bool isFound = attributes != INVALID_FILE_ATTRIBUTES;
-    if (!old && (error != ERROR_FILE_NOT_FOUND || isFound)) { // a link without a target is not replaced
+    if (!old && (error != ERROR_FILE_NOT_FOUND || isFound)) {  // a link without a target is not replaced
         ::SetLastError(error);
         return Replacement::Failed;
     }
@@ -126,10 +115,8 @@ Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_
                       : ::GetFullPathNameW(path.Get(), size, full, nullptr);
     });
     BY_HANDLE_FILE_INFORMATION information = {};
-    if (old && ::GetFileInformationByHandle(old, &information) == 0)
-        return Replacement::Failed;
-    if (old && information.nNumberOfLinks != 1)
-        return Replacement::Refused;
+    if (old && ::GetFileInformationByHandle(old, &information) == 0) return Replacement::Failed;
+    if (old && information.nNumberOfLinks != 1) return Replacement::Refused;
 
     std::vector<char> security = old ? SecurityOf(old) : std::vector<char>();
     if (!target.empty() && (!old || !security.empty())) {
@@ -143,6 +130,6 @@ Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_
     return old && IsRefusal(::GetLastError()) ? Replacement::Refused : Replacement::Failed;
 }
 
-void ExpectUse(void* /*memory*/, std::size_t /*size*/) {} // large pages need a privilege
+void ExpectUse(void* /*memory*/, std::size_t /*size*/) {}  // large pages need a privilege
 
-} // namespace platform
+}  // namespace platform

@@ -9,8 +9,7 @@
 namespace platform {
 
 /// The standard streams; the values are their file descriptors.
-enum class Stream
-{
+enum class Stream {
     Output = 1,
     Error = 2,
 };
@@ -34,4 +33,4 @@ void Write(Stream stream, std::wstring_view text);
 /// newlines.
 void UseBinaryStreams();
 
-} // namespace platform
+}  // namespace platform

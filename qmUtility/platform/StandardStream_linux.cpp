@@ -7,12 +7,11 @@
 
 #include <csignal>
 
-void platform::Write(Stream stream, std::wstring_view text)
-{
+void platform::Write(Stream stream, std::wstring_view text) {
     const std::string bytes = EncodeUtf8(text);
     const int descriptor = static_cast<int>(stream);
     const LastErrorPreserver preserver;
-    if (::lseek(descriptor, 0, SEEK_CUR) >= 0) { // what has a position sends no signal
+    if (::lseek(descriptor, 0, SEEK_CUR) >= 0) {  // what has a position sends no signal
         WriteAll(descriptor, bytes);
         return;
     }
@@ -25,8 +24,7 @@ void platform::Write(Stream stream, std::wstring_view text)
     pthread_sigmask(SIG_BLOCK, &pipe, &mask);
     sigset_t pending;
     sigemptyset(&pending);
-    if (sigismember(&mask, SIGPIPE) != 0)
-        sigpending(&pending);
+    if (sigismember(&mask, SIGPIPE) != 0) sigpending(&pending);
     if (!WriteAll(descriptor, bytes) && errno == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
         const timespec noWait{};
         sigtimedwait(&pipe, nullptr, &noWait);

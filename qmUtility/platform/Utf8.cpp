@@ -15,15 +15,13 @@ constexpr bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 /// @return the number of bytes that encode the character.
 constexpr int Length(char32_t c) { return c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4; }
 
-} // namespace
+}  // namespace
 
-bool IsCharacter(char32_t character)
-{
+bool IsCharacter(char32_t character) {
     return character <= 0x10FFFF && !IsHighSurrogate(character) && !IsLowSurrogate(character);
 }
 
-char* EncodeUtf8(char32_t character, char* to)
-{
+char* EncodeUtf8(char32_t character, char* to) {
     const int length = Length(character);
     const char32_t lengthBits = length == 1 ? 0 : 0xF00U >> length & 0xFFU;
     *to++ = static_cast<char>(lengthBits | character >> 6 * (length - 1));
@@ -32,13 +30,12 @@ char* EncodeUtf8(char32_t character, char* to)
     return to;
 }
 
-std::string EncodeUtf8(std::wstring_view text)
-{
+std::string EncodeUtf8(std::wstring_view text) {
     std::string bytes(4 * text.size(), '\0');
     char* to = bytes.data();
     for (std::size_t i = 0; i != text.size(); ++i) {
         auto c = static_cast<char32_t>(text[i]);
-        if (c < 0x80) { // most text
+        if (c < 0x80) {  // most text
             *to++ = static_cast<char>(c);
             continue;
         }
@@ -55,27 +52,23 @@ std::string EncodeUtf8(std::wstring_view text)
     return bytes;
 }
 
-char32_t DecodeUtf8(const char*& text)
-{
+char32_t DecodeUtf8(const char*& text) {
     const auto lead = static_cast<unsigned char>(*text++);
-    const int length = std::countl_one(lead); // of a sequence of several bytes
-    if (length < 2 || length > 4)
-        return lead;
+    const int length = std::countl_one(lead);  // of a sequence of several bytes
+    if (length < 2 || length > 4) return lead;
     char32_t c = lead & (0x7FU >> length);
     for (int i = 0; i != length - 1; ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0) != 0x80) // the terminating null, too: nothing after it is read
+        if ((byte & 0xC0) != 0x80)  // the terminating null, too: nothing after it is read
             return lead;
         c = c << 6 | (byte & 0x3FU);
     }
-    if (Length(c) != length || !IsCharacter(c))
-        return lead;
+    if (Length(c) != length || !IsCharacter(c)) return lead;
     text += length - 1;
     return c;
 }
 
-void AppendCharacter(std::wstring& to, char32_t character)
-{
+void AppendCharacter(std::wstring& to, char32_t character) {
     if (character > static_cast<std::make_unsigned_t<wchar_t>>(std::numeric_limits<wchar_t>::max())) {
         to += static_cast<wchar_t>(0xD7C0 + (character >> 10));
         to += static_cast<wchar_t>(0xDC00 | (character & 0x3FF));
@@ -83,4 +76,4 @@ void AppendCharacter(std::wstring& to, char32_t character)
         to += static_cast<wchar_t>(character);
 }
 
-} // namespace platform
+}  // namespace platform

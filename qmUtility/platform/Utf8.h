@@ -27,4 +27,4 @@ char32_t DecodeUtf8(const char*& text);
 /// Appends a Unicode character, as a surrogate pair where `wchar_t` is too narrow for it.
 void AppendCharacter(std::wstring& to, char32_t character);
 
-} // namespace platform
+}  // namespace platform

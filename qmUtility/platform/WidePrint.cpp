@@ -25,44 +25,39 @@ constexpr std::pair<std::wstring_view, std::string_view> LengthModifiers[] = {
     {L"hh", "hh"}, {L"h", "h"}, {L"ll", "ll"}, {L"l", "l"},    {L"w", "l"},  {L"L", "L"},
     {L"j", "ll"},  {L"z", "t"}, {L"t", "t"},   {L"I64", "ll"}, {L"I32", ""}, {L"I", "t"}};
 
-struct Directive
-{
+struct Directive {
     std::string Flags;
     int Width = 0;
-    int Precision = -1;      ///< negative if absent
-    std::string_view Length; ///< the C library's modifier
+    int Precision = -1;       ///< negative if absent
+    std::string_view Length;  ///< the C library's modifier
     wchar_t Conversion = 0;
 
     bool IsCharacter() const { return Conversion == L'c' || Conversion == L'C'; }
     bool IsString() const { return Conversion == L's' || Conversion == L'S'; }
-    bool IsNarrow() const
-    {
+    bool IsNarrow() const {
         return Length.starts_with('h') || ((Conversion == L'S' || Conversion == L'C') && Length != "l");
     }
-    bool IsAnyOf(std::wstring_view conversions) const
-    {
+    bool IsAnyOf(std::wstring_view conversions) const {
         return conversions.find(Conversion) != std::wstring_view::npos;
     }
 };
 
 /// Interprets a format and appends to a text.
-class Printer
-{
+class Printer {
 public:
     Printer(std::wstring& text, std::va_list arguments) : m_text(text) { va_copy(m_arguments, arguments); }
     ~Printer() { va_end(m_arguments); }
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
 
-    void Run(const wchar_t* format)
-    {
+    void Run(const wchar_t* format) {
         while (const wchar_t* const start = std::wcschr(format, L'%')) {
             m_text.append(format, start);
             format = start + 1;
             const Directive directive = Parse(format);
             if (Convert(directive))
                 ++format;
-            else // prints what was parsed; the character that is no conversion is interpreted next
+            else  // prints what was parsed; the character that is no conversion is interpreted next
                 m_text.append(start, format);
         }
         m_text += format;
@@ -70,23 +65,20 @@ public:
 
 private:
     template <class Argument>
-    Argument Next()
-    {
-        return va_arg(m_arguments, Argument); // NOLINT(clang-analyzer-valist.Uninitialized): it is copied
+    Argument Next() {
+        return va_arg(m_arguments, Argument);  // NOLINT(clang-analyzer-valist.Uninitialized): it is copied
     }
 
     /// Parses a directive up to its conversion character, which `format` points to afterwards.
-    Directive Parse(const wchar_t*& format)
-    {
+    Directive Parse(const wchar_t*& format) {
         Directive directive;
         for (; std::wstring_view(L"-+ #0").find(*format) != std::wstring_view::npos; ++format)
             directive.Flags += static_cast<char>(*format);
         const int width = std::clamp(ParseNumber(format), -MaximumPadding, MaximumPadding);
-        if (width < 0) // from an argument, and left-aligns
+        if (width < 0)  // from an argument, and left-aligns
             directive.Flags += '-';
         directive.Width = std::abs(width);
-        if (*format == L'.')
-            directive.Precision = ParseNumber(++format);
+        if (*format == L'.') directive.Precision = ParseNumber(++format);
         for (const auto& [modifier, length] : LengthModifiers)
             if (*format == modifier[0] && std::wcsncmp(format, modifier.data(), modifier.size()) == 0) {
                 directive.Length = length;
@@ -98,8 +90,7 @@ private:
     }
 
     /// @return the value of the digits, at most INT_MAX, or of the next argument for "*".
-    int ParseNumber(const wchar_t*& format)
-    {
+    int ParseNumber(const wchar_t*& format) {
         if (*format == L'*') {
             ++format;
             return Next<int>();
@@ -111,8 +102,7 @@ private:
     }
 
     /// @return false if there is no such conversion; no argument is consumed then.
-    bool Convert(const Directive& directive)
-    {
+    bool Convert(const Directive& directive) {
         if (directive.IsCharacter() || directive.IsString())
             AppendText(directive);
         else if (directive.IsAnyOf(L"diuxXo"))
@@ -137,8 +127,7 @@ private:
         return true;
     }
 
-    void AppendInteger(const Directive& directive)
-    {
+    void AppendInteger(const Directive& directive) {
         const std::string_view length = directive.Length;
         if (length.empty() || length.starts_with('h'))
             AppendNumber(directive, length, Next<int>());
@@ -153,28 +142,25 @@ private:
     /// Prints a number through the narrow printing of the C library, because the wide one does not report the
     /// size that it needs.
     template <class Number>
-    void AppendNumber(const Directive& directive, std::string_view length, Number number)
-    {
+    void AppendNumber(const Directive& directive, std::string_view length, Number number) {
         std::string narrow = '%' + directive.Flags;
         narrow.append("*.*").append(length) += static_cast<char>(directive.Conversion);
         const int precision = std::min(directive.Precision, MaximumPadding);
-        std::array<char, 128> local; // holds all but long numbers
+        std::array<char, 128> local;  // holds all but long numbers
         const int size =
             std::snprintf(local.data(), local.size(), narrow.c_str(), directive.Width, precision, number);
-        if (size < 0) // the C library ran out of memory
+        if (size < 0)  // the C library ran out of memory
             return;
-        if (static_cast<std::size_t>(size) < local.size())
-            return AppendNarrow(local.data());
+        if (static_cast<std::size_t>(size) < local.size()) return AppendNarrow(local.data());
         std::string large(static_cast<std::size_t>(size) + 1, '\0');
         (void)std::snprintf(large.data(), large.size(), narrow.c_str(), directive.Width, precision, number);
         AppendNarrow(large.c_str());
     }
 
     /// Appends a character or a string, and pads it.
-    void AppendText(const Directive& directive)
-    {
+    void AppendText(const Directive& directive) {
         const std::size_t start = m_text.size();
-        const auto limit = static_cast<std::size_t>(directive.Precision); // a negative one is none
+        const auto limit = static_cast<std::size_t>(directive.Precision);  // a negative one is none
         if (directive.IsCharacter()) {
             const int argument = Next<int>();
             m_text +=
@@ -184,11 +170,9 @@ private:
             AppendNarrow(text != nullptr ? text : "(null)", limit);
         } else {
             const wchar_t* text = Next<const wchar_t*>();
-            if (text == nullptr)
-                text = L"(null)";
+            if (text == nullptr) text = L"(null)";
             std::size_t length = 0;
-            while (length < limit && text[length] != 0)
-                ++length;
+            while (length < limit && text[length] != 0) ++length;
             m_text.append(text, length);
         }
         const std::size_t length = m_text.size() - start;
@@ -199,28 +183,23 @@ private:
     }
 
     /// @param limit the most characters to append; nothing after them is read.
-    void AppendNarrow(const char* text, std::size_t limit = SIZE_MAX)
-    {
+    void AppendNarrow(const char* text, std::size_t limit = SIZE_MAX) {
         const std::size_t start = m_text.size();
-        while (m_text.size() - start < limit && *text != 0)
-            AppendCharacter(m_text, DecodeUtf8(text));
-        if (m_text.size() - start > limit)
-            m_text.pop_back(); // half of a surrogate pair
+        while (m_text.size() - start < limit && *text != 0) AppendCharacter(m_text, DecodeUtf8(text));
+        if (m_text.size() - start > limit) m_text.pop_back();  // half of a surrogate pair
     }
 
     std::wstring& m_text;
     std::va_list m_arguments;
 };
 
-} // namespace
+}  // namespace
 
-std::wstring VFormat(const wchar_t* format, std::va_list arguments)
-{
+std::wstring VFormat(const wchar_t* format, std::va_list arguments) {
     std::wstring text;
-    text.reserve(128); // a usual line
-    if (format != nullptr)
-        Printer(text, arguments).Run(format);
+    text.reserve(128);  // a usual line
+    if (format != nullptr) Printer(text, arguments).Run(format);
     return text;
 }
 
-} // namespace platform
+}  // namespace platform

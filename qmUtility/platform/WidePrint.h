@@ -17,4 +17,4 @@ namespace platform {
 /// @throws std::bad_alloc
 std::wstring VFormat(const wchar_t* format, std::va_list arguments);
 
-} // namespace platform
+}  // namespace platform

@@ -9,31 +9,30 @@
 
 namespace {
 
-std::uint64_t Units(const FILETIME& time)
-{
+std::uint64_t Units(const FILETIME& time) {
     return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
 /// Stores the host process's times, in 100-nanosecond units.
 /// @return false, with nothing stored, when they are unavailable.
-bool ReadProcessTimes(std::uint64_t& kernel, std::uint64_t& user)
-{
-    FILETIME times[4]; // creation, exit, kernel, user
-    if (!GetProcessTimes(CQMProcess::GetHandle(), &times[0], &times[1], &times[2], &times[3]))
-        return false;
+bool ReadProcessTimes(std::uint64_t& kernel, std::uint64_t& user) {
+    FILETIME times[4];  // creation, exit, kernel, user
+    if (!GetProcessTimes(CQMProcess::GetHandle(), &times[0], &times[1], &times[2], &times[3])) return false;
     kernel = Units(times[2]);
     user = Units(times[3]);
     return true;
 }
 
-} // namespace
+}  // namespace
 
 CQMDebugTraceStartEndMarker::CQMDebugTraceStartEndMarker(const CString& name, bool bUseTimer,
                                                          bool bUseLogConsole, bool bCPU)
-    : m_strName(name), m_bUseLogConsole(bUseLogConsole), m_bUseTimer(bUseTimer),
-      m_pTimer(bUseTimer && !bCPU ? new CQMTimer(nullptr) : nullptr), m_bCPU(bCPU)
-{
-    platform::IgnoreLeak(m_pTimer); // copies of a marker share it, so none of them may delete it
+    : m_strName(name),
+      m_bUseLogConsole(bUseLogConsole),
+      m_bUseTimer(bUseTimer),
+      m_pTimer(bUseTimer && !bCPU ? new CQMTimer(nullptr) : nullptr),
+      m_bCPU(bCPU) {
+    platform::IgnoreLeak(m_pTimer);  // copies of a marker share it, so none of them may delete it
     if (m_bUseLogConsole)
         CQMConsoleAPI::Log(L"%s - Start\n", m_strName.GetString());
     else {
@@ -43,17 +42,16 @@ CQMDebugTraceStartEndMarker::CQMDebugTraceStartEndMarker(const CString& name, bo
     }
 
     if (m_pTimer != nullptr)
-        m_pTimer->Start(false, false); // writing the line is not measured
+        m_pTimer->Start(false, false);  // writing the line is not measured
     else if (m_bUseTimer)
         ReadProcessTimes(m_nKernelStart, m_nUserStart);
 }
 
 CQMDebugTraceStartEndMarker::CQMDebugTraceStartEndMarker(const CQMDebugTraceStartEndMarker&) = default;
-CQMDebugTraceStartEndMarker&
-CQMDebugTraceStartEndMarker::operator=(const CQMDebugTraceStartEndMarker&) = default;
+CQMDebugTraceStartEndMarker& CQMDebugTraceStartEndMarker::operator=(const CQMDebugTraceStartEndMarker&) =
+    default;
 
-CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker()
-{
+CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker() {
     CString time;
     if (m_bUseTimer) {
         double seconds = 0;
@@ -75,7 +73,7 @@ CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker()
     line.Format(m_bUseLogConsole ? L"%s - End%s\n" : L">>> %s - End%s", m_strName.GetString(),
                 time.GetString());
     if (m_bUseLogConsole)
-        CQMConsoleAPI::Log(line.GetString()); // the line is the format, including its percent signs
+        CQMConsoleAPI::Log(line.GetString());  // the line is the format, including its percent signs
     else
         OutputDebugStringW(line.GetString());
 }

@@ -36,8 +36,7 @@ class CQMTimer;
 ///
 /// **Failure.** Process times that are unavailable count as 0 seconds. Composing a line may throw
 /// std::bad_alloc, which in the destructor terminates the program.
-class QMUTILITY_API CQMDebugTraceStartEndMarker
-{
+class QMUTILITY_API CQMDebugTraceStartEndMarker {
 public:
     /// Writes the first line, then starts to measure.
     /// @param name copied.
@@ -65,8 +64,8 @@ private:
     CString m_strName;
     bool m_bUseLogConsole;
     bool m_bUseTimer;
-    CQMTimer* m_pTimer; ///< null unless constructed to measure wall-clock time; never deleted
+    CQMTimer* m_pTimer;  ///< null unless constructed to measure wall-clock time; never deleted
     bool m_bCPU;
-    std::uint64_t m_nKernelStart = 0; ///< in 100-nanosecond units
-    std::uint64_t m_nUserStart = 0;   ///< in 100-nanosecond units
+    std::uint64_t m_nKernelStart = 0;  ///< in 100-nanosecond units
+    std::uint64_t m_nUserStart = 0;    ///< in 100-nanosecond units
 };

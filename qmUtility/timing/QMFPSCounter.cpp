@@ -11,13 +11,11 @@
 
 /// The duration ring, with the sum and the number of its nonzero entries. They belong to the ring because
 /// copies of a counter write into it too.
-struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
-{
+struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing {
     explicit TickRing(std::uint32_t length) : Entries(length) {}
 
     /// @param entry nonzero.
-    void Store(std::size_t index, std::uint64_t entry)
-    {
+    void Store(std::size_t index, std::uint64_t entry) {
         std::uint64_t& place = Entries[index];
         Sum += entry - place;
         Number += place == 0 ? 1 : 0;
@@ -25,8 +23,7 @@ struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
         ++Writes;
     }
 
-    void Zero()
-    {
+    void Zero() {
         Sum = 0;
         Number = 0;
         std::fill(Entries.begin(), Entries.end(), 0);
@@ -35,13 +32,12 @@ struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing
     std::vector<std::uint64_t> Entries;
     std::uint64_t Sum = 0;
     std::uint64_t Number = 0;
-    std::uint64_t Writes = 0; ///< number of calls of `Store`; `Zero` keeps it, so that no count occurs twice
+    std::uint64_t Writes = 0;  ///< number of calls of `Store`; `Zero` keeps it, so that no count occurs twice
 };
 
 CQMFPSCounter::CQMFPSCounter() : CQMFPSCounter(eQMFPSType_Instant) {}
 
-CQMFPSCounter::CQMFPSCounter(eQMFPSType type) : m_eFPSType(type), m_nTickPeriod(cpu::GetClockSpeed())
-{
+CQMFPSCounter::CQMFPSCounter(eQMFPSType type) : m_eFPSType(type), m_nTickPeriod(cpu::GetClockSpeed()) {
     Initialize();
 }
 
@@ -49,26 +45,21 @@ CQMFPSCounter::CQMFPSCounter(const CQMFPSCounter&) = default;
 CQMFPSCounter& CQMFPSCounter::operator=(const CQMFPSCounter&) = default;
 CQMFPSCounter::~CQMFPSCounter() = default;
 
-void CQMFPSCounter::Start()
-{
-    if (m_state.IsOnHold || m_state.IsStarted)
-        return;
+void CQMFPSCounter::Start() {
+    if (m_state.IsOnHold || m_state.IsStarted) return;
     m_state.IsStarted = true;
     m_state.TickStart = cpu::GetTick();
 }
 
-void CQMFPSCounter::End()
-{
-    if (m_state.IsOnHold || !m_state.IsStarted)
-        return;
+void CQMFPSCounter::End() {
+    if (m_state.IsOnHold || !m_state.IsStarted) return;
     m_state.TickEnd = cpu::GetTick();
     ++m_state.TotalFrame;
     m_state.TickElapsed = std::max<std::uint64_t>(m_state.TickEnd - m_nTickTolerance - m_state.TickStart, 1);
 
     if (m_pTickSamples) {
         TickRing& ring = *m_pTickSamples;
-        if (m_state.TickSampleIndex >= m_nTickSampleCount)
-            m_state.TickSampleIndex = 0;
+        if (m_state.TickSampleIndex >= m_nTickSampleCount) m_state.TickSampleIndex = 0;
         // All other entries count already, unless the calibration or a copy stored some since the last frame.
         const bool isOnlyNew = m_state.TickWrites == ring.Writes;
         ring.Store(m_state.TickSampleIndex++, m_state.TickElapsed);
@@ -77,8 +68,7 @@ void CQMFPSCounter::End()
         std::uint64_t maximum = m_state.TickMaximum;
         for (const std::uint64_t entry :
              isOnlyNew ? std::span(&m_state.TickElapsed, 1) : std::span(ring.Entries)) {
-            if (entry == 0)
-                continue;
+            if (entry == 0) continue;
             minimum = std::min(minimum, entry);
             maximum = std::max(maximum, entry);
         }
@@ -96,7 +86,7 @@ void CQMFPSCounter::End()
         m_nTickAccumulator += m_state.TickElapsed;
         ++m_state.FrameCount;
         if (m_nTickAccumulator < m_nTickPeriod)
-            return; // still started, on purpose: all frames of a period measure from its first Start
+            return;  // still started, on purpose: all frames of a period measure from its first Start
         m_state.FPS = static_cast<double>(m_state.FrameCount) /
                       (static_cast<double>(m_nTickAccumulator) / static_cast<double>(m_nTickPeriod));
         m_state.FrameCount = 0;
@@ -115,8 +105,7 @@ void CQMFPSCounter::End()
     double sum = 0;
     std::uint32_t number = 0;
     for (const double rate : std::span(m_pFPSSamples.get(), m_nFPSSampleCount)) {
-        if (!(rate > 0))
-            continue;
+        if (!(rate > 0)) continue;
         minimum = std::min(minimum, rate);
         maximum = std::max(maximum, rate);
         sum += rate;
@@ -130,38 +119,32 @@ void CQMFPSCounter::End()
 
 void CQMFPSCounter::Hold(bool bHold) { m_state.IsOnHold = bHold; }
 
-void CQMFPSCounter::Reset()
-{
+void CQMFPSCounter::Reset() {
     CalibrateTolerance();
     std::fill_n(m_pFPSSamples.get(), m_nFPSSampleCount, 0.0);
-    if (m_pTickSamples)
-        m_pTickSamples->Zero();
+    if (m_pTickSamples) m_pTickSamples->Zero();
     m_state = {};
     m_nTickAccumulator = 0;
 }
 
-void CQMFPSCounter::SetFPSAverageSampleCount(unsigned long n)
-{
+void CQMFPSCounter::SetFPSAverageSampleCount(unsigned long n) {
     const auto count = static_cast<std::uint32_t>(std::max(n, 1UL));
-    if (count < n)
-        throw std::bad_array_new_length();
+    if (count < n) throw std::bad_array_new_length();
     m_pFPSSamples = std::make_shared<double[]>(count);
     m_nFPSSampleCount = count;
     m_state.FPSSampleIndex = 0;
     m_pTickSamples.reset();
 }
 
-void CQMFPSCounter::Initialize()
-{
-    auto rates = std::make_shared<double[]>(m_nFPSSampleCount); // replaces nothing until both are allocated
+void CQMFPSCounter::Initialize() {
+    auto rates = std::make_shared<double[]>(m_nFPSSampleCount);  // replaces nothing until both are allocated
     m_pTickSamples = std::make_shared<TickRing>(m_nTickSampleCount);
     m_pFPSSamples = std::move(rates);
     CalibrateTolerance();
     m_state = {};
 }
 
-void CQMFPSCounter::CalibrateTolerance()
-{
+void CQMFPSCounter::CalibrateTolerance() {
     m_state.IsStarted = true;
     m_state.IsOnHold = false;
     m_nTickTolerance = 0;

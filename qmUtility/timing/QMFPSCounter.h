@@ -11,8 +11,7 @@
 
 /// How `CQMFPSCounter::End` turns durations into frames per second. Every value but 2 selects the average
 /// mode.
-enum eQMFPSType : int
-{
+enum eQMFPSType : int {
     /// Frames are counted until the sum of their durations reaches a second, and then divided by that sum.
     eQMFPSType_Average = 1,
     /// Every frame has a rate of its own: one second divided by its duration.
@@ -49,8 +48,7 @@ enum eQMFPSType : int
 /// **Failure.** Running out of memory throws std::bad_alloc and leaves an existing counter unchanged.
 ///
 /// **Threads.** A counter and its copies belong to one thread.
-class QMUTILITY_API CQMFPSCounter
-{
+class QMUTILITY_API CQMFPSCounter {
 public:
     /// A counter in instant mode.
     CQMFPSCounter();
@@ -93,28 +91,28 @@ public:
     ///   unchanged.
     void SetFPSAverageSampleCount(unsigned long n);
 
-    double GetFPS() const;        ///< the last rate, in frames per second
-    double GetFPSAverage() const; ///< mean of the positive rates in the ring; 0 when there is none
-    double GetFPSMaximum() const; ///< largest positive rate, as the class comment says
-    double GetFPSMinimum() const; ///< smallest positive rate, as the class comment says
-    double GetFPSSample(unsigned long i) const; ///< an entry of the rate ring; `i` is not checked
-    unsigned long GetFPSSampleCount() const;    ///< length of the rate ring
-    unsigned long GetFPSSampleIndex() const;    ///< index of the next rate; the length means 0
-    eQMFPSType GetFPSType() const;              ///< the mode, as given
+    double GetFPS() const;         ///< the last rate, in frames per second
+    double GetFPSAverage() const;  ///< mean of the positive rates in the ring; 0 when there is none
+    double GetFPSMaximum() const;  ///< largest positive rate, as the class comment says
+    double GetFPSMinimum() const;  ///< smallest positive rate, as the class comment says
+    double GetFPSSample(unsigned long i) const;  ///< an entry of the rate ring; `i` is not checked
+    unsigned long GetFPSSampleCount() const;     ///< length of the rate ring
+    unsigned long GetFPSSampleIndex() const;     ///< index of the next rate; the length means 0
+    eQMFPSType GetFPSType() const;               ///< the mode, as given
 
-    std::uint64_t GetTickAccumulator() const; ///< sum of the durations in the current period (average mode)
-    double GetTickAverage() const;            ///< mean of the durations in the ring, in ticks
-    std::uint64_t GetTickElapsed() const;     ///< duration of the last frame, in ticks
-    std::uint64_t GetTickEnd() const;         ///< the tick at which the last frame ended
-    std::uint64_t GetTickMaximum() const;     ///< longest duration, in ticks
-    std::uint64_t GetTickMinimum() const;     ///< shortest duration, in ticks
-    std::uint64_t GetTickPeriod() const;      ///< ticks per second
-    unsigned long GetTickSampleCount() const; ///< length of the duration ring, even when dropped
-    unsigned long GetTickSampleIndex() const; ///< index of the next duration; the length means 0
-    std::uint64_t GetTickStart() const;       ///< the tick at the last `Start` that took effect
-    std::uint64_t GetTickTolerance() const;   ///< the counter's own cost, in ticks per frame
+    std::uint64_t GetTickAccumulator() const;  ///< sum of the durations in the current period (average mode)
+    double GetTickAverage() const;             ///< mean of the durations in the ring, in ticks
+    std::uint64_t GetTickElapsed() const;      ///< duration of the last frame, in ticks
+    std::uint64_t GetTickEnd() const;          ///< the tick at which the last frame ended
+    std::uint64_t GetTickMaximum() const;      ///< longest duration, in ticks
+    std::uint64_t GetTickMinimum() const;      ///< shortest duration, in ticks
+    std::uint64_t GetTickPeriod() const;       ///< ticks per second
+    unsigned long GetTickSampleCount() const;  ///< length of the duration ring, even when dropped
+    unsigned long GetTickSampleIndex() const;  ///< index of the next duration; the length means 0
+    std::uint64_t GetTickStart() const;        ///< the tick at the last `Start` that took effect
+    std::uint64_t GetTickTolerance() const;    ///< the counter's own cost, in ticks per frame
 
-    unsigned long GetTotalFrame() const; ///< frames ended since construction or `Reset`
+    unsigned long GetTotalFrame() const;  ///< frames ended since construction or `Reset`
 
 protected:
     /// Replaces both rings with new ones, measures the counter's own cost and clears the statistics. The
@@ -128,13 +126,12 @@ private:
     struct TickRing;
 
     /// What `Initialize` and `Reset` clear.
-    struct State
-    {
+    struct State {
         double FPS = 0;
         double FPSMinimum = 2147483647.0;
         double FPSMaximum = -1.0;
         double FPSAverage = 0;
-        std::uint32_t FrameCount = 0; ///< frames in the current period (average mode)
+        std::uint32_t FrameCount = 0;  ///< frames in the current period (average mode)
         std::uint32_t FPSSampleIndex = 0;
         std::uint32_t TotalFrame = 0;
         bool IsStarted = false;
@@ -145,7 +142,7 @@ private:
         std::uint64_t TickMaximum = 0;
         std::uint64_t TickMinimum = INT64_MAX;
         std::uint32_t TickSampleIndex = 0;
-        std::uint64_t TickWrites = 0; ///< writes to the duration ring up to the last `End`
+        std::uint64_t TickWrites = 0;  ///< writes to the duration ring up to the last `End`
         double TickAverage = 0;
     };
 
@@ -154,8 +151,8 @@ private:
     std::uint32_t m_nFPSSampleCount = 16;
     std::shared_ptr<double[]> m_pFPSSamples;
     std::uint32_t m_nTickSampleCount = 10000;
-    std::shared_ptr<TickRing> m_pTickSamples; ///< null once dropped
+    std::shared_ptr<TickRing> m_pTickSamples;  ///< null once dropped
     std::uint64_t m_nTickPeriod;
     std::uint64_t m_nTickTolerance = 0;
-    std::uint64_t m_nTickAccumulator = 0; ///< `Initialize` keeps it
+    std::uint64_t m_nTickAccumulator = 0;  ///< `Initialize` keeps it
 };

@@ -21,32 +21,28 @@ namespace {
 /// Truncates a report to the 1023 characters that are written.
 void Truncate(std::wstring& text) { text.resize(std::min<std::size_t>(text.size(), 1023)); }
 
-std::int64_t ReadCounter()
-{
+std::int64_t ReadCounter() {
     LARGE_INTEGER count;
     QueryPerformanceCounter(&count);
     return count.QuadPart;
 }
 
-double ReadFrequency()
-{
+double ReadFrequency() {
     LARGE_INTEGER frequency;
     QueryPerformanceFrequency(&frequency);
     return static_cast<double>(frequency.QuadPart);
 }
 
-} // namespace
+}  // namespace
 
 CQMTimer::CQMTimer() : CQMTimer(nullptr) {}
 
-CQMTimer::CQMTimer(const char* title) : m_dFrequency(ReadFrequency())
-{
+CQMTimer::CQMTimer(const char* title) : m_dFrequency(ReadFrequency()) {
     Sleep(0);
     _RestartStep();
     _StopStep();
     m_dOverhead = static_cast<double>(m_liStopRaw - m_liStartRaw);
-    if (title != nullptr)
-        CQMConsoleAPI::Log(L"\n%s\n", title);
+    if (title != nullptr) CQMConsoleAPI::Log(L"\n%s\n", title);
     _RestartStep();
 }
 
@@ -54,51 +50,40 @@ CQMTimer& CQMTimer::operator=(const CQMTimer& other) = default;
 
 CQMTimer::~CQMTimer() { _RestorePriority(); }
 
-void CQMTimer::Start(bool bSleepFirst, bool bRaisePriority)
-{
+void CQMTimer::Start(bool bSleepFirst, bool bRaisePriority) {
     // Saves the result, not the previous priority, on purpose: see the class comment.
     if (bRaisePriority && m_nSavedPriority == NothingSaved)
         m_nSavedPriority = SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
-    if (bSleepFirst)
-        Sleep(0);
+    if (bSleepFirst) Sleep(0);
     _RestartStep();
 }
 
-void CQMTimer::Stop(bool bRestorePriority)
-{
+void CQMTimer::Stop(bool bRestorePriority) {
     const bool wasRunning = _IsRunning();
     _StopStep();
-    if (wasRunning && bRestorePriority)
-        _RestorePriority();
+    if (wasRunning && bRestorePriority) _RestorePriority();
 }
 
-void CQMTimer::Pause()
-{
+void CQMTimer::Pause() {
     m_liStopRaw = ReadCounter();
     m_dEnd = static_cast<double>(m_liStopRaw);
 }
 
-void CQMTimer::Resume()
-{
-    if (_IsRunning())
-        return;
+void CQMTimer::Resume() {
+    if (_IsRunning()) return;
     m_liStartRaw = ReadCounter();
     // Adds a negative number and leaves the end mark alone: the pause counts, and the stopwatch stays
     // stopped.
     m_dStart += static_cast<double>(m_liStopRaw - m_liStartRaw);
 }
 
-double CQMTimer::GetLapsedTime(bool bStop)
-{
-    if (bStop)
-        _StopStep();
+double CQMTimer::GetLapsedTime(bool bStop) {
+    if (bStop) _StopStep();
     return _Elapsed();
 }
 
-void CQMTimer::LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...)
-{
-    if (bStop)
-        _StopStep();
+void CQMTimer::LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...) {
+    if (bStop) _StopStep();
     std::va_list arguments;
     va_start(arguments, format);
     CString message;
@@ -108,53 +93,41 @@ void CQMTimer::LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, .
     text.append(message.GetString()).append(L" : %.5lf sec\n");
     Truncate(text);
     _Log(text.c_str(), _Elapsed());
-    if (bRestart)
-        _RestartStep();
+    if (bRestart) _RestartStep();
 }
 
-void CQMTimer::TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label)
-{
-    if (bStop)
-        _StopStep();
+void CQMTimer::TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label) {
+    if (bStop) _StopStep();
     CString line;
     line.Format(L">>> %s : %.5lf sec\n", label, _Elapsed());
     std::wstring text = line.GetString();
     Truncate(text);
     _Trace(text.c_str());
-    if (bRestart)
-        _RestartStep();
+    if (bRestart) _RestartStep();
 }
 
-void CQMTimer::DogLapsedTime(bool bStop, bool bRestart, const wchar_t* /*format*/, ...)
-{
-    if (bStop)
-        _StopStep();
-    if (bRestart)
-        _RestartStep();
+void CQMTimer::DogLapsedTime(bool bStop, bool bRestart, const wchar_t* /*format*/, ...) {
+    if (bStop) _StopStep();
+    if (bRestart) _RestartStep();
 }
 
 bool CQMTimer::_IsRunning() const { return m_dEnd == m_dStart + m_dOverhead; }
 
-void CQMTimer::_RestartStep()
-{
+void CQMTimer::_RestartStep() {
     m_liStartRaw = ReadCounter();
     m_dStart = static_cast<double>(m_liStartRaw);
     m_dEnd = m_dStart + m_dOverhead;
 }
 
-void CQMTimer::_StopStep()
-{
+void CQMTimer::_StopStep() {
     m_liStopRaw = ReadCounter();
-    if (_IsRunning())
-        m_dEnd = static_cast<double>(m_liStopRaw);
+    if (_IsRunning()) m_dEnd = static_cast<double>(m_liStopRaw);
 }
 
 double CQMTimer::_Elapsed() const { return (m_dEnd - m_dStart - m_dOverhead) / m_dFrequency; }
 
-void CQMTimer::_RestorePriority()
-{
-    if (m_nSavedPriority == NothingSaved)
-        return;
+void CQMTimer::_RestorePriority() {
+    if (m_nSavedPriority == NothingSaved) return;
     SetThreadPriority(GetCurrentThread(), m_nSavedPriority);
     m_nSavedPriority = NothingSaved;
 }

@@ -32,8 +32,7 @@
 /// priority of the thread that calls them, whichever thread was raised.
 ///
 /// **Failure.** Failures of the system's services are not reported. A report may throw std::bad_alloc.
-class QMUTILITY_API CQMTimer
-{
+class QMUTILITY_API CQMTimer {
 public:
     /// Gives up the rest of the time slice, measures the cost of a counter read, and starts the stopwatch.
     CQMTimer();
@@ -88,10 +87,7 @@ public:
     void DogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
 private:
-    enum : std::int32_t
-    {
-        NothingSaved = 0x7FFFFFFF
-    };
+    enum : std::int32_t { NothingSaved = 0x7FFFFFFF };
 
     QMUTILITY_PRIVATE bool _IsRunning() const;
     QMUTILITY_PRIVATE void _RestartStep();
@@ -101,11 +97,11 @@ private:
     QMUTILITY_PRIVATE void _Log(const wchar_t* text, double seconds) const;
     QMUTILITY_PRIVATE void _Trace(const wchar_t* text) const;
 
-    std::int64_t m_liStartRaw = 0;                ///< counter value of the last restart or `Resume`
-    std::int64_t m_liStopRaw = 0;                 ///< counter value of the last stop or `Pause`
-    double m_dStart = 0;                          ///< start mark, in counter ticks
-    double m_dEnd = 0;                            ///< end mark, in counter ticks
-    double m_dFrequency;                          ///< counter ticks per second
-    double m_dOverhead = 0;                       ///< cost of one counter read, in counter ticks
-    std::int32_t m_nSavedPriority = NothingSaved; ///< the level to restore
+    std::int64_t m_liStartRaw = 0;                 ///< counter value of the last restart or `Resume`
+    std::int64_t m_liStopRaw = 0;                  ///< counter value of the last stop or `Pause`
+    double m_dStart = 0;                           ///< start mark, in counter ticks
+    double m_dEnd = 0;                             ///< end mark, in counter ticks
+    double m_dFrequency;                           ///< counter ticks per second
+    double m_dOverhead = 0;                        ///< cost of one counter read, in counter ticks
+    std::int32_t m_nSavedPriority = NothingSaved;  ///< the level to restore
 };

@@ -17,12 +17,11 @@ using Words = CArray<std::uint16_t>;
 
 /// @return the cause of the archive exception that the call throws, -1 for another exception, 0 for none.
 template <class Call>
-int Cause(Call call)
-{
+int Cause(Call call) {
     try {
         call();
         return 0;
-    } catch (CException* exception) { // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
+    } catch (CException* exception) {  // NOLINT(*-throw-by-value*,cert-err*): the framework throws pointers
         const auto* const archiveException = dynamic_cast<CArchiveException*>(exception);
         const int cause = archiveException != nullptr ? archiveException->m_cause : -1;
         exception->Delete();
@@ -30,20 +29,18 @@ int Cause(Call call)
     }
 }
 
-TEST(Array, GrowsByAnEighthWithinBoundsAndRejectsIndexesAndSizesOutOfRange)
-{
+TEST(Array, GrowsByAnEighthWithinBoundsAndRejectsIndexesAndSizesOutOfRange) {
     CArray<int> array;
     for (const auto& [size, growth] : {std::pair(1, 4), {41, 5}, {20'000, 1024}}) {
-        array.SetSize(0); // releases the storage
+        array.SetSize(0);  // releases the storage
         array.SetSize(size);
         array[0] = 77;
-        std::vector<std::ptrdiff_t> moves; // the indices of the elements for which the others moved
+        std::vector<std::ptrdiff_t> moves;  // the indices of the elements for which the others moved
         while (moves.size() != 2) {
             const int* const before = &array[0];
-            const std::ptrdiff_t index = array.Add(array[0]); // a reference that growing invalidates
+            const std::ptrdiff_t index = array.Add(array[0]);  // a reference that growing invalidates
             EXPECT_EQ(array[index], 77);
-            if (&array[0] != before)
-                moves.push_back(index);
+            if (&array[0] != before) moves.push_back(index);
         }
         EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{size, size + growth}));
     }
@@ -53,14 +50,12 @@ TEST(Array, GrowsByAnEighthWithinBoundsAndRejectsIndexesAndSizesOutOfRange)
     EXPECT_THROW(array.SetSize(PTRDIFF_MAX), std::length_error);
 }
 
-TEST(Framework, TypesHaveTheMembersThatTheirUsersExpect)
-{
+TEST(Framework, TypesHaveTheMembersThatTheirUsersExpect) {
     const CString text = L"ab";
     EXPECT_EQ(std::wstring(text), L"ab");
     EXPECT_TRUE(CString().IsEmpty() && !text.IsEmpty());
     EXPECT_TRUE(text.GetLength() == 2 && text[0] == L'a' && text[2] == L'\0');
-    for (const std::ptrdiff_t index : {-1, 3})
-        EXPECT_EQ(Cause([&] { (void)text[index]; }), -1) << index;
+    for (const std::ptrdiff_t index : {-1, 3}) EXPECT_EQ(Cause([&] { (void)text[index]; }), -1) << index;
     CString sum = L'<' + text + L"c" + text;
     (sum += L"d") += L'e';
     EXPECT_EQ(sum + L'>', L"<abcabde>");
@@ -77,11 +72,9 @@ TEST(Framework, TypesHaveTheMembersThatTheirUsersExpect)
                 !(CTime(7, 5) < CTime(7, 5) || CTime(7, 5) < CTime(6, 9)));
 }
 
-TEST(Array, AddsAndRemovesElements)
-{
+TEST(Array, AddsAndRemovesElements) {
     CArray<int> array;
-    for (const int value : {0, 1, 2, 3, 4})
-        array.Add(value);
+    for (const int value : {0, 1, 2, 3, 4}) array.Add(value);
     using Range = std::pair<std::ptrdiff_t, std::ptrdiff_t>;
     for (const auto& [index, count] : {Range(-1, 1), {0, -1}, {5, 1}, {4, 2}, {6, 0}, {1, PTRDIFF_MAX}})
         EXPECT_EQ(Cause([&, i = index, n = count] { array.RemoveAt(i, n); }), -1) << index << ", " << count;
@@ -95,8 +88,7 @@ TEST(Array, AddsAndRemovesElements)
     EXPECT_TRUE(rest.IsEmpty());
 }
 
-TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial)
-{
+TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial) {
     Words words;
     words.Add('a' | 'b' << 8);
     words.Add('c' | 'd' << 8);
@@ -124,8 +116,7 @@ TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial)
     EXPECT_EQ(words[2], 'e' | 'f' << 8);
 }
 
-TEST(Archive, CountsTakeTwoSixOrFourteenBytes)
-{
+TEST(Archive, CountsTakeTwoSixOrFourteenBytes) {
     const std::tuple<std::uint64_t, std::string> cases[] = {
         {0xFFFE, "\xFE\xFF"},
         {0xFFFF, "\xFF\xFF\xFF\xFF\0\0"s},
@@ -143,4 +134,4 @@ TEST(Archive, CountsTakeTwoSixOrFourteenBytes)
               CArchiveException::genericException);
 }
 
-} // namespace
+}  // namespace

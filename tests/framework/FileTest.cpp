@@ -9,10 +9,9 @@
 #include <cerrno>
 #include <locale>
 
-static int refusal = 0; ///< the error with which `statx` is refused, if any
+static int refusal = 0;  ///< the error with which `statx` is refused, if any
 
-extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status) noexcept
-{
+extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status) noexcept {
     errno = refusal;
     return refusal != 0 ? -1 : static_cast<int>(syscall(SYS_statx, folder, path, flags, mask, status));
 }
@@ -21,8 +20,7 @@ namespace {
 
 using File = TemporaryFolder;
 
-TEST_F(File, TheStatusIsThatOfTheFileSystem)
-{
+TEST_F(File, TheStatusIsThatOfTheFileSystem) {
     const std::string path = Write("12345", "a b");
     const timespec times[] = {{1'000'000'000, 1}, {2'000'000'000, 999'999'999}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
@@ -44,12 +42,10 @@ TEST_F(File, TheStatusIsThatOfTheFileSystem)
     }
 }
 
-TEST_F(File, PathsAreUtf8WhateverTheLocaleAndAsLongAsTheSystemAccepts)
-{
+TEST_F(File, PathsAreUtf8WhateverTheLocaleAndAsLongAsTheSystemAccepts) {
     const std::string name = "\xC2\x80\xDF\xBF\xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF\xF0\x9F\x98\x80";
     std::filesystem::create_directory(Path(name));
-    for (const char* const file : {"\xED\xA0\x80", "\xF4\x90\x80\x80"})
-        Write("x", file);
+    for (const char* const file : {"\xED\xA0\x80", "\xF4\x90\x80\x80"}) Write("x", file);
     const std::wstring folder = WidePath("");
     const std::wstring longest = folder + std::wstring(4095 - folder.size(), L'/');
     CFileStatus status{};
@@ -66,4 +62,4 @@ TEST_F(File, PathsAreUtf8WhateverTheLocaleAndAsLongAsTheSystemAccepts)
     EXPECT_EQ(status.m_attribute, CFile::directory);
 }
 
-} // namespace
+}  // namespace

@@ -17,34 +17,29 @@
 #include <vector>
 
 /// Ends the process, which the fuzzer reports as a crash, when something does not hold.
-inline void Verify(bool holds, const char* what)
-{
-    if (holds)
-        return;
+inline void Verify(bool holds, const char* what) {
+    if (holds) return;
     (void)std::fprintf(stderr, "does not hold: %s\n", what);
     std::abort();
 }
 
-inline bool operator==(const BasicINIRecord<char>& a, const BasicINIRecord<char>& b)
-{
+inline bool operator==(const BasicINIRecord<char>& a, const BasicINIRecord<char>& b) {
     return a.Comments == b.Comments && a.Commented == b.Commented && a.Section == b.Section &&
            a.Key == b.Key && a.Value == b.Value;
 }
 
 namespace model {
 
-struct Record : BasicINIRecord<char>
-{
-    bool IsHeader = false;   ///< whether its line begins a section
-    bool IsNothing = false;  ///< whether its line is neither a header nor a key
-    std::string Active = {}; ///< the section that it belongs to when it is active
+struct Record : BasicINIRecord<char> {
+    bool IsHeader = false;    ///< whether its line begins a section
+    bool IsNothing = false;   ///< whether its line is neither a header nor a key
+    std::string Active = {};  ///< the section that it belongs to when it is active
 };
 using Records = std::vector<Record>;
 
 inline bool Has(const std::string& text, char c) { return text.find(c) != std::string::npos; }
 
-inline std::string Trim(const std::string& text)
-{
+inline std::string Trim(const std::string& text) {
     const auto first = text.find_first_not_of(" \t\n\r");
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\n\r") - first + 1);
 }
@@ -53,14 +48,12 @@ constexpr auto ByteOrderMark = "\xEF\xBB\xBF";
 
 /// What `INIParser` takes a line for, without a character that comments it out.
 /// @throws std::out_of_range for a header without a "]"
-inline Record ReadParser(std::string line)
-{
+inline Record ReadParser(std::string line) {
     Record record;
     record.IsHeader = Has(line, '[');
     if (record.IsHeader) {
         line.erase(0, 1);
-        if (!Has(line, ']'))
-            throw std::out_of_range("invalid string position");
+        if (!Has(line, ']')) throw std::out_of_range("invalid string position");
         record.Section = line.erase(line.find(']'));
     }
     record.IsNothing = !record.IsHeader && !Has(line, '=');
@@ -73,16 +66,12 @@ inline Record ReadParser(std::string line)
 
 /// What most programs take a line for, or what they would take a comment for.
 /// @param line without a character that comments it out, and trimmed
-inline Record ReadCommon(const std::string& line, bool isComment, bool isTrimmed)
-{
+inline Record ReadCommon(const std::string& line, bool isComment, bool isTrimmed) {
     Record record;
-    if (line.starts_with('[') && Has(line, ']'))
-        record.Section = Trim(line.substr(1, line.find(']') - 1));
+    if (line.starts_with('[') && Has(line, ']')) record.Section = Trim(line.substr(1, line.find(']') - 1));
     record.IsHeader = !record.Section.empty();
-    if (!record.IsHeader && Has(line, '='))
-        record.Key = Trim(line.substr(0, line.find('=')));
-    if (!record.Key.empty())
-        record.Value = Trim(line.substr(line.find('=') + 1));
+    if (!record.IsHeader && Has(line, '=')) record.Key = Trim(line.substr(0, line.find('=')));
+    if (!record.Key.empty()) record.Value = Trim(line.substr(line.find('=') + 1));
     const std::string name = record.Section + record.Key;
     const bool isPlain = record.IsHeader ? line.find(']') + 1 == line.size()
                                          : name.find_first_of(" \t\r") == std::string::npos;
@@ -92,18 +81,16 @@ inline Record ReadCommon(const std::string& line, bool isComment, bool isTrimmed
 }
 
 /// @throws std::out_of_range for a header without a "]", in the syntax `Parser`
-inline Records Load(const std::string& text, INISyntax syntax)
-{
+inline Records Load(const std::string& text, INISyntax syntax) {
     const bool isCommon = syntax == INISyntax::Common;
     Records records;
-    std::string active; // the section of active keys
-    std::string any;    // the section of commented-out ones
+    std::string active;  // the section of active keys
+    std::string any;     // the section of commented-out ones
     std::string pending;
     std::istringstream lines(text.substr(isCommon && text.starts_with(ByteOrderMark) ? 3 : 0));
     for (std::string line; std::getline(lines, line) && (isCommon || !lines.eof());) {
         line = Trim(line);
-        if (line.empty() && !isCommon)
-            continue;
+        if (line.empty() && !isCommon) continue;
         const bool isMarked = line.starts_with('#') || line.starts_with(';');
         const std::string rest = isMarked ? Trim(line.substr(1)) : line;
         Record record =
@@ -113,26 +100,20 @@ inline Records Load(const std::string& text, INISyntax syntax)
             continue;
         }
         record.Commented = isMarked ? line[0] : ' ';
-        if (record.IsHeader)
-            any = record.Section;
-        if (record.IsHeader && !(isCommon && isMarked))
-            active = any;
+        if (record.IsHeader) any = record.Section;
+        if (record.IsHeader && !(isCommon && isMarked)) active = any;
         record.Active = active;
-        if (!record.IsHeader && !record.IsNothing)
-            record.Section = isMarked ? any : active;
+        if (!record.IsHeader && !record.IsNothing) record.Section = isMarked ? any : active;
         const bool losesComments = !isCommon && record.IsHeader && Has(record.Section, '=');
         record.Comments = losesComments ? "" : pending;
-        if (!record.IsNothing || (!isCommon && pending.empty()))
-            records.push_back(record);
-        if (!record.IsNothing || isCommon)
-            pending.clear();
+        if (!record.IsNothing || (!isCommon && pending.empty())) records.push_back(record);
+        if (!record.IsNothing || isCommon) pending.clear();
     }
     return records;
 }
 
 /// The text of the records, with what stands before an active line.
-inline std::string Text(const Records& records, const std::string& active)
-{
+inline std::string Text(const Records& records, const std::string& active) {
     std::string text;
     for (const auto& record : records)
         text += record.Comments + (record.Commented == ' ' ? active : std::string(1, record.Commented)) +
@@ -143,8 +124,7 @@ inline std::string Text(const Records& records, const std::string& active)
 inline bool IsActive(const Record& record) { return record.Commented == ' '; }
 
 /// @return the records sorted as `INIParser` sorts them, which drops keys without a header
-inline Records Sorted(const Records& records, bool descending)
-{
+inline Records Sorted(const Records& records, bool descending) {
     // The order of equal names is left open. Here it is what the same sort makes of the same list.
     const auto select = [&](auto isSelected, std::string Record::*field) {
         Records list;
@@ -163,4 +143,4 @@ inline Records Sorted(const Records& records, bool descending)
     return sorted;
 }
 
-} // namespace model
+}  // namespace model

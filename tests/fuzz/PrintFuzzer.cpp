@@ -14,11 +14,9 @@ namespace {
 /// Prints a number with random flags, width and precision.
 /// @param ours,standard length and conversion, here and in the C library.
 template <class Number>
-void Check(FuzzedDataProvider& data, const std::wstring& ours, const std::wstring& standard, Number number)
-{
+void Check(FuzzedDataProvider& data, const std::wstring& ours, const std::wstring& standard, Number number) {
     std::wstring start = L"<%";
-    for (const wchar_t flag : {L'-', L'+', L' ', L'#', L'0'})
-        start.append(data.ConsumeBool() ? 1 : 0, flag);
+    for (const wchar_t flag : {L'-', L'+', L' ', L'#', L'0'}) start.append(data.ConsumeBool() ? 1 : 0, flag);
     start += L"*.*";
     const int range = data.ConsumeIntegralInRange(0, 99) == 0 ? 70'000 : 40;
     const int width = data.ConsumeIntegralInRange(-range, range);
@@ -32,8 +30,7 @@ void Check(FuzzedDataProvider& data, const std::wstring& ours, const std::wstrin
     Verify(text.GetString() == std::wstring(expected.data()), "the text");
 }
 
-void CheckNumber(FuzzedDataProvider& data)
-{
+void CheckNumber(FuzzedDataProvider& data) {
     static constexpr std::pair<const wchar_t*, const wchar_t*> lengths[] = {
         {L"hh", L"hh"}, {L"h", L"h"},    {L"", L""},   {L"I32", L""}, {L"l", L"l"}, {L"w", L"l"},
         {L"ll", L"ll"}, {L"I64", L"ll"}, {L"I", L"z"}, {L"j", L"j"},  {L"z", L"z"}, {L"t", L"t"}};
@@ -49,11 +46,10 @@ void CheckNumber(FuzzedDataProvider& data)
 }
 
 /// Each argument is the address of a text that is null-terminated as bytes and as wide characters.
-void CheckAnyFormat(FuzzedDataProvider& data)
-{
+void CheckAnyFormat(FuzzedDataProvider& data) {
     const std::string bytes = data.ConsumeRemainingBytesAsString();
     std::wstring format(bytes.begin(), bytes.end());
-    int arguments = 0; // a long double is as large as two of those below
+    int arguments = 0;  // a long double is as large as two of those below
     std::erase_if(format, [&](wchar_t c) { return (c == L'%' || c == L'*') && ++arguments > 12; });
     const auto* const t = L"text";
     CString text;
@@ -61,10 +57,9 @@ void CheckAnyFormat(FuzzedDataProvider& data)
                 t, t, t);
 }
 
-} // namespace
+}  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
-{
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     FuzzedDataProvider data(bytes, size);
     data.PickValueInArray({CheckAnyFormat, CheckNumber})(data);
     return 0;

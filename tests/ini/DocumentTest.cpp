@@ -14,21 +14,19 @@ namespace {
 using namespace std::string_literals;
 
 #if defined(_WIN32)
-constexpr auto Newline = "\r\n"; // of the platform's text files
+constexpr auto Newline = "\r\n";  // of the platform's text files
 #else
 constexpr auto Newline = "\n";
 #endif
 
 /// An edit of either width.
-struct Edit
-{
+struct Edit {
     std::function<bool(INIDocument&)> OfNarrow;
     std::function<bool(WINIDocument&)> OfWide;
 };
 
 /// @return an argument of an edit for the wide form.
-auto Wide(const auto& argument)
-{
+auto Wide(const auto& argument) {
     if constexpr (std::is_convertible_v<decltype(argument), std::string>)
         return Widen(argument);
     else
@@ -36,18 +34,16 @@ auto Wide(const auto& argument)
 }
 
 /// Defines a function that makes an `Edit` of the arguments of an operation.
-#define EDIT(Operation)                                                                                      \
-    Edit Operation(auto... arguments)                                                                        \
-    {                                                                                                        \
-        return {[=](auto& document) { return document.Operation(arguments...); },                            \
-                [=](auto& document) { return document.Operation(Wide(arguments)...); }};                     \
+#define EDIT(Operation)                                                                  \
+    Edit Operation(auto... arguments) {                                                  \
+        return {[=](auto& document) { return document.Operation(arguments...); },        \
+                [=](auto& document) { return document.Operation(Wide(arguments)...); }}; \
     }
 EDITS
 EDIT(Sort)
 
 /// @return an edit that sets three keys of a section.
-Edit SetKeys(const std::string& section)
-{
+Edit SetKeys(const std::string& section) {
     const std::vector<Edit> edits = {SetValue("x", "1", section), SetValue("c", "1", section),
                                      SetValue("y", "1", section)};
     const auto makeAll = [=](auto& document, auto form) {
@@ -58,23 +54,20 @@ Edit SetKeys(const std::string& section)
 }
 
 /// A text, an edit, and the text after it; none for an edit that is refused.
-struct Case
-{
+struct Case {
     std::string Before;
     Edit Operation;
     std::optional<std::string> After;
 };
 
-std::string WithNewlines(std::string text, const std::string& newline)
-{
+std::string WithNewlines(std::string text, const std::string& newline) {
     for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += newline.size())
         text.replace(at, 1, newline);
     return text;
 }
 
 /// Checks edits in each syntax, with each newline where the cases have no CR of their own.
-void Check(const std::vector<INISyntax>& syntaxes, const std::vector<Case>& cases)
-{
+void Check(const std::vector<INISyntax>& syntaxes, const std::vector<Case>& cases) {
     for (const INISyntax syntax : syntaxes)
         for (const auto& [before, edit, after] : cases)
             for (const std::string newline : {"\n", "\r\n"}) {
@@ -97,49 +90,45 @@ void Check(const std::vector<INISyntax>& syntaxes, const std::vector<Case>& case
 }
 
 void CheckRefused(const std::vector<INISyntax>& syntaxes, const std::string& text,
-                  const std::vector<Edit>& edits)
-{
-    for (const Edit& edit : edits)
-        Check(syntaxes, {{text, edit, {}}});
+                  const std::vector<Edit>& edits) {
+    for (const Edit& edit : edits) Check(syntaxes, {{text, edit, {}}});
 }
 
-TEST(Document, RefusesEdits)
-{
-    CheckRefused({Common, Parser}, "[S]\na=1\n",
-                 {SetValue("a", "1\n", "S"), SetValue("a", "1 ", "S"), SetValue("", "1", "S"),
-                  SetValue("a=b", "1", "S"), SetValue("a\n", "1", "S"), SetValue(" a", "1", "S"),
-                  SetValue(";a", "1", "S"), SetValue("a", "1", "T]"), SetValue("a", "1", "T\n"),
-                  AddSection("S"), AddSection(""), AddSection("T]"), AddSection("T\n"),
-                  RenameSection("S", "S"), RenameSection("S", ""), RenameSection("S", "T]"),
-                  SetRecordComments("b", "a", "S"), SetRecordComments(" ; b", "a", "S"),
-                  SetRecordComments("; b\n\n; c", "a", "S"), SetRecordComments("; b=1", "a", "S"),
-                  // no such record or section
-                  DeleteRecord("b", "S"), DeleteRecord("", "S"), DeleteSection("T"), DeleteSection(""),
-                  RenameSection("T", "U"), CommentRecord(Hash, "a", ""), CommentRecord(Hash, "", "S"),
-                  CommentSection(Hash, "T"), UnCommentRecord("a", "S"), UnCommentSection("T"),
-                  SetRecordComments("; b", "b", "S"), SetRecordComments("; b", "", "S"),
-                  SetSectionComments("; b", "T"), SetSectionComments("; b", "")});
-    CheckRefused({Common, Parser}, "#[S]\n#k=0\n[T]\n", // what is commented out
+TEST(Document, RefusesEdits) {
+    CheckRefused(
+        {Common, Parser}, "[S]\na=1\n",
+        {SetValue("a", "1\n", "S"), SetValue("a", "1 ", "S"), SetValue("", "1", "S"),
+         SetValue("a=b", "1", "S"), SetValue("a\n", "1", "S"), SetValue(" a", "1", "S"),
+         SetValue(";a", "1", "S"), SetValue("a", "1", "T]"), SetValue("a", "1", "T\n"), AddSection("S"),
+         AddSection(""), AddSection("T]"), AddSection("T\n"), RenameSection("S", "S"), RenameSection("S", ""),
+         RenameSection("S", "T]"), SetRecordComments("b", "a", "S"), SetRecordComments(" ; b", "a", "S"),
+         SetRecordComments("; b\n\n; c", "a", "S"), SetRecordComments("; b=1", "a", "S"),
+         // no such record or section
+         DeleteRecord("b", "S"), DeleteRecord("", "S"), DeleteSection("T"), DeleteSection(""),
+         RenameSection("T", "U"), CommentRecord(Hash, "a", ""), CommentRecord(Hash, "", "S"),
+         CommentSection(Hash, "T"), UnCommentRecord("a", "S"), UnCommentSection("T"),
+         SetRecordComments("; b", "b", "S"), SetRecordComments("; b", "", "S"),
+         SetSectionComments("; b", "T"), SetSectionComments("; b", "")});
+    CheckRefused({Common, Parser}, "#[S]\n#k=0\n[T]\n",  // what is commented out
                  {DeleteRecord("k", "S"), DeleteSection("S"), RenameSection("S", "U"),
                   UnCommentRecord("", "S"), UnCommentRecord("k", "T")});
     CheckRefused({Common}, "[S]\na=1\n",
                  {SetValue("a", " 1", "S"), SetValue("a", "\0"s, "S"), SetValue("[a", "b]", "S"),
                   AddSection(" T"), RenameSection("S", "T ")});
     CheckRefused({Common}, "", {SetValue(BOM "a", "1", "")});
-    CheckRefused({Common}, "[S]\na=1\n  b=2\n    more\n", // which continues a and b
+    CheckRefused({Common}, "[S]\na=1\n  b=2\n    more\n",  // which continues a and b
                  {SetValue("a", "5", "S"), SetValue("b", "5", "S"), CommentRecord(Hash, "a", "S"),
                   CommentSection(Hash, "S"), DeleteRecord("a", "S"), SetRecordComments("; c", "b", "S")});
-    CheckRefused({Common}, "[A]\n#[B]\nz=3\n#y=4\n", // a record would be in another section
+    CheckRefused({Common}, "[A]\n#[B]\nz=3\n#y=4\n",  // a record would be in another section
                  {CommentRecord(Hash, "z", "A"), CommentSection(Hash, "A"), UnCommentSection("B"),
                   UnCommentRecord("y", "B")});
-    CheckRefused({Parser}, "[S]\na=1\n[a=b]\n##k=1\nl=2\n",
-                 {SetValue("a", "[x]", "S"), SetValue("a", "[", "S"), SetValue("a", "c", "a=b"),
-                  DeleteRecord("a", "a=b"), UnCommentRecord("#k", "a=b"),
-                  SetRecordComments("# say x = 1", "a", "S")});
+    CheckRefused(
+        {Parser}, "[S]\na=1\n[a=b]\n##k=1\nl=2\n",
+        {SetValue("a", "[x]", "S"), SetValue("a", "[", "S"), SetValue("a", "c", "a=b"),
+         DeleteRecord("a", "a=b"), UnCommentRecord("#k", "a=b"), SetRecordComments("# say x = 1", "a", "S")});
 }
 
-TEST(Document, EditsChangeWhatTheyAreAbout)
-{
+TEST(Document, EditsChangeWhatTheyAreAbout) {
     const std::vector<Case> inBoth = {
         {"[S]\n#a=0\n ; c\n a=1\t\na=2\n", SetValue("a", "5=5", "S"), "[S]\n#a=0\n ; c\n a=5=5\t\na=2\n"},
         // A new key.
@@ -169,11 +158,11 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"#k=0\n  k=1\n", SetRecordComments("; a\n# b", "k", ""), "#k=0\n  ; a\n  # b\n  k=1\n"},
         {" ; x\n#y\nk=1\n", SetRecordComments("; a\n", "k", ""), "; a\nk=1\n"},
         {"; x\n#y\nk=1\n", SetRecordComments("", "k", ""), "k=1\n"},
-        {" ; x \nk=1\n", SetRecordComments("; x", "k", ""), " ; x \nk=1\n"}, // equal ones stay
+        {" ; x \nk=1\n", SetRecordComments("; x", "k", ""), " ; x \nk=1\n"},  // equal ones stay
         {"#[S]\n[S]\n[S]\n", SetSectionComments("; a", "S"), "#[S]\n; a\n[S]\n[S]\n"},
 
         {"b=1\n# of a\na=2\n\nB=3\n\xC3=4\n", Sort(false), "B=3\n# of a\na=2\n\nb=1\n\xC3=4\n"},
-        {"b=1\na=1\nb=2\na=2\n", Sort(true), "b=1\nb=2\na=1\na=2\n"}, // stable
+        {"b=1\na=1\nb=2\na=2\n", Sort(true), "b=1\nb=2\na=1\na=2\n"},  // stable
         {"d=1\n#[S]\n#c=1\nb=2\n;a=3\n", Sort(false), "d=1\n#[S]\n;a=3\nb=2\n#c=1\n"},
         {"[B]\nb=1\n\n\n[A]\n\n; of C\n [C] x\n", Sort(true), "; of C\n [C] x\n\n\n[B]\nb=1\n\n[A]\n"},
         {"b=1\na=2\n\n[B]\nx=1\n[A]\n[B]\nx=2\n", Sort(false), "a=2\nb=1\n\n[A]\n[B]\nx=1\n[B]\nx=2\n"},
@@ -181,9 +170,9 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
     };
     const std::vector<Case> inCommon = {
         {"a = 1 ; c \n", SetValue("a", "[x]", ""), "a = [x] \n"},
-        {"a =  \r\n", SetValue("a", "5", ""), "a =  5\r\n"}, // behind the blanks, before the CR
+        {"a =  \r\n", SetValue("a", "5", ""), "a =  5\r\n"},  // behind the blanks, before the CR
         {"a = 1 \r\n", SetValue("a", "", ""), "a =  \r\n"},
-        {"a=1\n  b=2\n more\n", SetValue("b", "5", ""), "a=1\n  b=5\n more\n"}, // which continues only a
+        {"a=1\n  b=2\n more\n", SetValue("b", "5", ""), "a=1\n  b=5\n more\n"},  // which continues only a
         {"a=1\n  b=2\n", SetValue("a", "5", ""), "a=5\n  b=2\n"},
         {" a=1\n more\n", SetValue("a", "5", ""), " a=5\n more\n"},
         {"a=1\n\n  more\n", SetValue("a", "5", ""), "a=5\n\n  more\n"},
@@ -195,7 +184,7 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"[S]\n#[T]\n#k=0\n", SetValue("k", "5", "T"), "[S]\n#[T]\n#k=0\n\n[T]\nk=5\n"},
         {"[S]\na=1", SetValue("k", "5", "S"), "[S]\na=1\nk=5\n"},
         {"[S]\na=1\n  more\n b=2\n[T]\n", SetValue("k", "5", "S"), "[S]\na=1\n  more\n b=2\nk=5\n[T]\n"},
-        {"[S]\n#k=1\n  junk\n", SetValue("k", "5", "S"), "[S]\n#k=1\n  junk\nk=5\n"}, // would continue it
+        {"[S]\n#k=1\n  junk\n", SetValue("k", "5", "S"), "[S]\n#k=1\n  junk\nk=5\n"},  // would continue it
         {"[B]\n#c=0\na=1\n[C]\nz=0\n", SetKeys("B"), "[B]\n#c=0\nc=1\na=1\nx=1\ny=1\n[C]\nz=0\n"},
         {BOM "# head\n\n[S]\n", SetValue("k", "5", ""), BOM "# head\n\nk=5\n\n[S]\n"},
         {BOM "[S]\n", SetValue("k", "5", ""), BOM "k=5\n\n[S]\n"},
@@ -209,10 +198,10 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {BOM "k=1\n  l=2", CommentRecord(Hash, "k", ""), BOM "#k=1\n  l=2"},
         {"; x\n\n; y\nk=1", SetRecordComments("# say x = 1", "k", ""), "; x\n\n# say x = 1\nk=1"},
 
-        {BOM "b=1\na=2", Sort(false), BOM "a=2\nb=1\n"}, // a last line that moves gets its newline
+        {BOM "b=1\na=2", Sort(false), BOM "a=2\nb=1\n"},  // a last line that moves gets its newline
         {"[A]\n[B]", Sort(false), "[A]\n[B]"},
         {"# head\n\nb=1\n  more\n # c\na=2\n", Sort(false), "# head\n\n # c\na=2\nb=1\n  more\n"},
-        {"#c=1\n# note\nb=2\na=3\n", Sort(false), "a=3\n#c=1\n# note\nb=2\n"}, // c counts as a comment of b
+        {"#c=1\n# note\nb=2\na=3\n", Sort(false), "a=3\n#c=1\n# note\nb=2\n"},  // c counts as a comment of b
         {"[B]\n# tail\n\n[A]\n; of C\n[C]\n", Sort(false), "[A]\n[B]\n# tail\n\n; of C\n[C]\n"},
         {"#[Z]\nk=1\n[B]\n#[Z]\n[A]\n#[C]\n", Sort(false), "#[Z]\nk=1\n[A]\n#[C]\n[B]\n#[Z]\n"},
     };
@@ -223,7 +212,7 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
         {"\n\n\n\n\n#[B]\n#c=0\n", SetKeys("B"), "\n\n\n\n\n#[B]\n#c=0\nc=1\n\n[B]\nx=1\ny=1\n"},
         {"[a=b]\nc=0\n[C]\n", SetKeys("a=b"), "[a=b]\nc=1\nx=1\ny=1\n[C]\n"},
         {"# head\n\n[S]\n", SetValue("k", "5", ""), "k=5\n\n# head\n\n[S]\n"},
-        {"[S]\na=1", SetValue("k", "5", "S"), "[S]\nk=5\na=1"}, // the last line is not read
+        {"[S]\na=1", SetValue("k", "5", "S"), "[S]\nk=5\na=1"},  // the last line is not read
         {"a=1\nrest", AddSection(" S"), "a=1\n\n[ S]\nrest"},
         {"; c\n\njunk\nk=1\n  l=2\n", DeleteRecord("k", ""), "  l=2\n"},
         {"[S]\na=1\n# x\n\n[T]\n", DeleteSection("S"), "# x\n\n[T]\n"},
@@ -239,22 +228,20 @@ TEST(Document, EditsChangeWhatTheyAreAbout)
     Check({Parser}, inParser);
 }
 
-TEST(Document, ArgumentsMayPointIntoIt)
-{
+TEST(Document, ArgumentsMayPointIntoIt) {
     const auto edit = [](auto& document) {
         const auto key = *++document.begin();
-        return document.SetValue(key.Value, key.Key, key.Key); // in a new section
+        return document.SetValue(key.Value, key.Key, key.Key);  // in a new section
     };
     const std::string text = "[S]\nk=a rather long value\n";
     Check({Common}, {{text, {edit, edit}, text + "\n[k]\na rather long value=k\n"}});
 }
 
-TEST(Document, CopiesAreIndependent)
-{
+TEST(Document, CopiesAreIndependent) {
     INIDocument document(Parser);
     EXPECT_TRUE(document.Parse("[S]\nk=1\n"));
     INIDocument copy;
-    copy = document; // with its syntax, in which a value may begin with a blank
+    copy = document;  // with its syntax, in which a value may begin with a blank
     EXPECT_TRUE(copy.SetValue("k", " 2", "S") && document.SetValue("l", "3", "S"));
     std::swap(copy, document);
     EXPECT_EQ(document.Text() + copy.Text(), "[S]\nk= 2\n[S]\nk=1\nl=3\n");
@@ -267,4 +254,4 @@ TEST(Document, CopiesAreIndependent)
     // NOLINTEND(bugprone-use-after-move, clang-analyzer-cplusplus.Move)
 }
 
-} // namespace
+}  // namespace

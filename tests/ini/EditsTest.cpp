@@ -10,25 +10,22 @@ namespace {
 using Edit = std::function<bool(const std::string& path)>;
 
 /// Defines a function that makes an `Edit` of the arguments of an operation.
-#define EDIT(Operation)                                                                                      \
-    Edit Operation(auto... arguments)                                                                        \
-    {                                                                                                        \
-        return [=](const std::string& path) { return INIParser::Operation(arguments..., path); };            \
+#define EDIT(Operation)                                                                           \
+    Edit Operation(auto... arguments) {                                                           \
+        return [=](const std::string& path) { return INIParser::Operation(arguments..., path); }; \
     }
 EDITS
 
 using Edits = TemporaryFolder;
 
-TEST_F(Edits, RewriteTheFile)
-{
+TEST_F(Edits, RewriteTheFile) {
     const Edit ascending = [](const std::string& path) { return INIParser::Sort(path, false); };
     const Edit descending = [](const std::string& path) { return INIParser::Sort(path, true); };
     const std::string unsorted = "[b]\n[A]\n;of k10\nk10=1\n#k2=2\nK1=3\n;of a\n[a]\n\xC3=1\nz=1\n";
-    struct
-    {
+    struct {
         std::string Before;
         Edit Operation;
-        std::string After; ///< byte for byte
+        std::string After;  ///< byte for byte
         bool Result = true;
     } const cases[] = {
         // A missing key becomes the first of its section.
@@ -52,14 +49,14 @@ TEST_F(Edits, RewriteTheFile)
         {"[S]\n#k=1\n", SetRecordComments("; a\n", "k", "S"), " [S]\n; a\n\n#k=1\n"},
         {"[S]\nk=1\n", SetRecordComments("#", "k", "S"), " [S]\n# k=1\n"},
         {"k=1\n;old\n;[S]\n[S]\n", SetSectionComments("; a\n; b", "S"), " k=1\n; a\n; b\n;[S]\n [S]\n"},
-        {"k=1\n[S]\n", SetSectionComments("; a", ""), "k=1\n[S]\n", false}, // no header
+        {"k=1\n[S]\n", SetSectionComments("; a", ""), "k=1\n[S]\n", false},  // no header
 
         {unsorted, ascending, " [A]\n K1=3\n;of k10\n k10=1\n#k2=2\n;of a\n [a]\n z=1\n \xC3=1\n [b]\n"},
         {unsorted, descending, " [b]\n;of a\n [a]\n \xC3=1\n z=1\n [A]\n#k2=2\n;of k10\n k10=1\n K1=3\n"},
-        {"k=1\n;[T]\n[S]\n", ascending, " [S]\n;[T]\n"}, // keys above the first header are dropped
-        {"k=1\n", ascending, "k=1\n", false},            // no header: not rewritten
+        {"k=1\n;[T]\n[S]\n", ascending, " [S]\n;[T]\n"},  // keys above the first header are dropped
+        {"k=1\n", ascending, "k=1\n", false},             // no header: not rewritten
     };
-    const std::string otherName = Path("other.ini"); // of the file, which a rewrite does not replace
+    const std::string otherName = Path("other.ini");  // of the file, which a rewrite does not replace
     std::filesystem::create_hard_link(Write(""), otherName);
     for (const auto& [before, edit, after, result] : cases) {
         SCOPED_TRACE(testing::Message() << "case " << &before - &cases[0].Before << ": " << before);
@@ -68,13 +65,12 @@ TEST_F(Edits, RewriteTheFile)
     }
 }
 
-TEST_F(Edits, WideFilesAreNotIndentedAndHaveAnEmptyLineBeforeEachHeaderButTheFirst)
-{
+TEST_F(Edits, WideFilesAreNotIndentedAndHaveAnEmptyLineBeforeEachHeaderButTheFirst) {
     Write("k=0\n;s\n[S]\na=1\n#b=2\n;t\n;[T]\n");
-    const std::wstring value = std::wstring(L"\u20AC\u0100!") + wchar_t(-1); // has no bytes in this locale
+    const std::wstring value = std::wstring(L"\u20AC\u0100!") + wchar_t(-1);  // has no bytes in this locale
     EXPECT_TRUE(INIParser::SetValue(L"a", value, L"S", m_widePath));
     EXPECT_TRUE(INIParser::SetValue(L"u", L"1", L"U", m_widePath));
     EXPECT_EQ(Read(m_path), "k=0\n;s\n[S]\na=?\?!?\n#b=2\n;t\n\n;[T]\n\n[U]\nu=1\n");
 }
 
-} // namespace
+}  // namespace

@@ -16,16 +16,14 @@ namespace {
 
 using namespace std::string_literals;
 
-class Files : public TemporaryFolder
-{
+class Files : public TemporaryFolder {
 protected:
     ~Files() override { std::locale::global(std::locale::classic()); }
 
     std::error_code m_error = std::make_error_code(std::errc::io_error);
 };
 
-TEST_F(Files, PathsThatNameNoFileAreUnreadable)
-{
+TEST_F(Files, PathsThatNameNoFileAreUnreadable) {
     const std::string withNul = Write("[S]\nk=1\n") + "\0.ini"s;
     EXPECT_FALSE(INIParser::Create(withNul));
     for (const std::string& path : {withNul, Path("missing.ini"), Path("")}) {
@@ -36,7 +34,7 @@ TEST_F(Files, PathsThatNameNoFileAreUnreadable)
         EXPECT_FALSE(INIParser::SetValue("k", "1", "S", path));
         EXPECT_FALSE(INIParser::SetValue(L"k", L"1", L"S", wide));
     }
-    EXPECT_FALSE(std::filesystem::exists(Path("missing.ini"))); // nor created
+    EXPECT_FALSE(std::filesystem::exists(Path("missing.ini")));  // nor created
     EXPECT_EQ(Read(m_path), "[S]\nk=1\n");
 
     INIDocument document;
@@ -46,15 +44,14 @@ TEST_F(Files, PathsThatNameNoFileAreUnreadable)
     EXPECT_EQ(m_error, std::errc::no_such_file_or_directory);
 }
 
-TEST_F(Files, EveryByteSurvivesBothWidths)
-{
+TEST_F(Files, EveryByteSurvivesBothWidths) {
     std::string all;
     for (int byte = 0; byte < 256; ++byte)
-        if (byte != '\n' && byte != '\r' && byte != '[' && byte != 0x1A) // where a text file may end
+        if (byte != '\n' && byte != '\r' && byte != '[' && byte != 0x1A)  // where a text file may end
             all += static_cast<char>(byte);
-    while (all.size() < 5000) // more than is converted in one go
+    while (all.size() < 5000)  // more than is converted in one go
         all += all;
-    all += '.'; // no blank at the end
+    all += '.';  // no blank at the end
     Write("[S]\nk=" + all + "\nx=\n");
     EXPECT_EQ(INIParser::GetValue("k", "S", m_path), all);
     EXPECT_EQ(INIParser::GetValue(L"k", L"S", m_widePath), Widen(all));
@@ -77,25 +74,21 @@ TEST_F(Files, EveryByteSurvivesBothWidths)
 }
 
 /// UTF-8, for characters up to 0x7FF, that marks the end of each text.
-struct MarkedUtf8 : std::codecvt_utf8_utf16<wchar_t, 0x7FF>
-{
-    result do_unshift(std::mbstate_t& /*state*/, char* to, char* /*end*/, char*& next) const override
-    {
+struct MarkedUtf8 : std::codecvt_utf8_utf16<wchar_t, 0x7FF> {
+    result do_unshift(std::mbstate_t& /*state*/, char* to, char* /*end*/, char*& next) const override {
         *to = '.';
         next = to + 1;
         return ok;
     }
 };
 
-TEST_F(Files, TheLocaleConvertsTheWideForm)
-{
+TEST_F(Files, TheLocaleConvertsTheWideForm) {
     std::locale::global(std::locale(std::locale::classic(), new MarkedUtf8));
     Write("[S]\nk=\u00E4\nx=1\n");
     EXPECT_EQ(INIParser::GetValue(L"k", L"S", m_widePath), L"\u00E4");
     const std::wstring value(3000, L'\u00E4');
     std::string encoded;
-    while (encoded.size() != 6000)
-        encoded += "\u00E4";
+    while (encoded.size() != 6000) encoded += "\u00E4";
     // The first character cannot be converted, nor can half a surrogate pair.
     EXPECT_TRUE(
         INIParser::SetValue(L"k", L"\u20AC" + value + L"\u20AC!" + wchar_t(0xD83D), L"S", m_widePath));
@@ -117,8 +110,7 @@ TEST_F(Files, TheLocaleConvertsTheWideForm)
     }
 }
 
-TEST_F(Files, BytesThatCannotBeDecodedAreNotReadAndNotHarmed)
-{
+TEST_F(Files, BytesThatCannotBeDecodedAreNotReadAndNotHarmed) {
     const std::locale locales[] = {
         std::locale(std::locale::classic(), new std::codecvt_utf8<wchar_t>),
 #if !defined(_WIN32)
@@ -145,21 +137,19 @@ TEST_F(Files, BytesThatCannotBeDecodedAreNotReadAndNotHarmed)
     EXPECT_EQ(INIParser::GetValue(L"k", L"S", m_widePath), L"\0\u20AC"s);
 }
 
-TEST_F(Files, WidePathsAreUnicodeWhateverTheLocale)
-{
+TEST_F(Files, WidePathsAreUnicodeWhateverTheLocale) {
     const std::wstring path = WidePath("") + L"Gr\u00F6\u00DFe \u20AC \U0001F600.ini";
     Write("[S]\nk=1\n");
     std::filesystem::rename(m_path,
                             Path("") / std::filesystem::u8path("Gr\u00F6\u00DFe \u20AC \U0001F600.ini"));
     EXPECT_TRUE(INIParser::SetValue(L"k", L"2", L"S", path));
     std::locale::global(std::locale(std::locale::classic(), new std::codecvt_utf16<wchar_t>));
-    EXPECT_FALSE(INIParser::SectionExists(L"S", path)); // it opens, though not as UTF-16
+    EXPECT_FALSE(INIParser::SectionExists(L"S", path));  // it opens, though not as UTF-16
 }
 
 #if !defined(_WIN32)
 
-TEST_F(Files, WithoutASizeLoadWhole)
-{
+TEST_F(Files, WithoutASizeLoadWhole) {
     int pipes[2] = {};
     ASSERT_EQ(pipe(pipes), 0);
     ASSERT_GE(fcntl(pipes[1], F_SETPIPE_SZ, 1 << 20), 1 << 20);
@@ -168,9 +158,9 @@ TEST_F(Files, WithoutASizeLoadWhole)
     close(pipes[1]);
     EXPECT_EQ(INIParser::GetValue("k", "S", "/dev/fd/" + std::to_string(pipes[0])), "1");
     close(pipes[0]);
-    EXPECT_FALSE(INIParser::RecordExists("k", "S", "/proc/self/environ")); // readable, and not a line in it
+    EXPECT_FALSE(INIParser::RecordExists("k", "S", "/proc/self/environ"));  // readable, and not a line in it
 }
 
 #endif
 
-} // namespace
+}  // namespace

@@ -15,8 +15,7 @@ namespace {
 using namespace std::string_literals;
 
 /// @return the result of a call, or "line " and the number of the malformed header that it reports.
-std::string ResultOrLine(const std::function<std::string()>& call)
-{
+std::string ResultOrLine(const std::function<std::string()>& call) {
     try {
         return call();
     } catch (const INIFormatError& error) {
@@ -27,8 +26,7 @@ std::string ResultOrLine(const std::function<std::string()>& call)
 
 /// @return the records of a text, or what is wrong with it, which leaves the document as it was.
 template <class Document>
-std::string Records(INISyntax syntax, const auto& text)
-{
+std::string Records(INISyntax syntax, const auto& text) {
     const std::decay_t<decltype(text)> before = {'k', '=', '1', '\n'};
     Document document(syntax);
     EXPECT_TRUE(document.Parse(before));
@@ -37,13 +35,11 @@ std::string Records(INISyntax syntax, const auto& text)
     return records;
 }
 
-class Lookups : public TemporaryFolder
-{
+class Lookups : public TemporaryFolder {
 protected:
     /// Checks which record `INIParser` finds in both widths, if any.
     void ExpectInFile(const std::string& narrowKey, const std::string& narrowSection,
-                      const std::string& record) const
-    {
+                      const std::string& record) const {
         const auto check = [&](const auto& key, const auto& section, const auto& path) {
             const auto found = INIParser::GetRecord(key, section, path);
             EXPECT_EQ(Flat(found), record);
@@ -56,13 +52,11 @@ protected:
     }
 };
 
-TEST_F(Lookups, ReadRecords)
-{
-    struct
-    {
+TEST_F(Lookups, ReadRecords) {
+    struct {
         std::string Text, InCommon, InParser;
     } const cases[] = {
-        {"[A]\nk=v", "| |A||\n| |A|k|v\n", "| |A||\n"}, // the last line has no newline
+        {"[A]\nk=v", "| |A||\n| |A|k|v\n", "| |A||\n"},  // the last line has no newline
         {"\t[ S ] tail ]\r\n \tk \t=\t v = w\t \r\n", "| |S||\n| |S|k|v = w\n",
          "| | S ||\n| | S |k \t|\t v = w\n"},
         {"a=\n\nb= \r\n", "| ||a|\n| ||b|\n", "| ||a|\n| ||b|\n"},
@@ -116,16 +110,14 @@ TEST_F(Lookups, ReadRecords)
     EXPECT_EQ(Records<WINIDocument>(Common, L"\uFEFF[S]\n"s), "| |S||\n");
 }
 
-TEST_F(Lookups, FindTheFirstMatch)
-{
+TEST_F(Lookups, FindTheFirstMatch) {
     const std::string text =
         "above=0\n; of S\n[S]\n#off=0\n; of k\nk=1\nk=2\nempty=\noff=3\n[T]\njunk\n;[Old]\nk=5\n"
         "; of S, too\n[S]\nk=6\n=7\ni=a[S]\nk=8\n[S";
-    struct
-    {
+    struct {
         std::string Key, Section;
-        std::string InCommon, InParser; ///< of active ones
-        std::string InFile;             ///< of those of `INIParser`, which are commented out as well
+        std::string InCommon, InParser;  ///< of active ones
+        std::string InFile;              ///< of those of `INIParser`, which are commented out as well
     } const cases[] = {
         {"k", "S", "; of k\n| |S|k|1\n", "; of k\n| |S|k|1\n", "; of k\n| |S|k|1\n"},
         {"", "S", "; of S\n| |S||\n", "; of S\n| |S||\n", "; of S\n| |S||\n"},
@@ -134,7 +126,7 @@ TEST_F(Lookups, FindTheFirstMatch)
         {"k", "T", "| |T|k|5\n", "", ""},
         {"k", "Old", "", "| |Old|k|5\n", "| |Old|k|5\n"},
         {"", "Old", "", "", "|;|Old||\n"},
-        {"", "", "", "", "| |||\n"}, // the line "junk"
+        {"", "", "", "", "| |||\n"},  // the line "junk"
         {"k", "=a[S", "", "| |=a[S|k|8\n", "| |=a[S|k|8\n"},
         {"K", "S", "", "", ""},
     };
@@ -178,8 +170,7 @@ TEST_F(Lookups, FindTheFirstMatch)
     EXPECT_EQ(INIParser::Content(m_path), "#k=0\na=b\n;c\n[S]\n");
 }
 
-TEST(Document, GetConverts)
-{
+TEST(Document, GetConverts) {
     const auto check = [](auto expected, const std::vector<std::string>& values) {
         for (const auto& value : values) {
             INIDocument document;
@@ -205,4 +196,4 @@ TEST(Document, GetConverts)
     check(std::optional<float>(), {"1e39"});
 }
 
-} // namespace
+}  // namespace

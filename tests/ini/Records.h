@@ -20,8 +20,7 @@ constexpr auto Semicolon = INICommentChar::Semicolon;
 // clang-format on
 
 /// @return records, or views of them, each as "comments|Commented|Section|Key|Value" and a newline.
-std::string Flat(const auto& records)
-{
+std::string Flat(const auto& records) {
     std::string all;
     const auto add = [&](const auto& field, char end) { all.append(field.begin(), field.end()) += end; };
     for (const auto& record : records) {

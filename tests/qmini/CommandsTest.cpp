@@ -8,10 +8,10 @@ using namespace std::string_literals;
 
 namespace {
 
-TEST_F(Qmini, AnswersOrSaysWhyNot)
-{
-    const std::string text = "top=1\n[S]\n k = a \"b\"\\\n#[T]\nx=3\n#old=2\n[N N]\nk=1\nk=2\n m\n[S]\n#x=4\n"
-                             "[E]\nlong=a\n b\nl2=\n l3=\n";
+TEST_F(Qmini, AnswersOrSaysWhyNot) {
+    const std::string text =
+        "top=1\n[S]\n k = a \"b\"\\\n#[T]\nx=3\n#old=2\n[N N]\nk=1\nk=2\n m\n[S]\n#x=4\n"
+        "[E]\nlong=a\n b\nl2=\n l3=\n";
     Write(text, "f");
     Write("k\0=1\n"s, "bin");
     // What is said: all of it when it is empty or ends in a newline, else its beginning.
@@ -123,8 +123,7 @@ TEST_F(Qmini, AnswersOrSaysWhyNot)
     EXPECT_TRUE(out.str().ends_with("qmini: cannot read standard input\n"));
 }
 
-TEST_F(Qmini, EditsWriteWhatDryRunsShow)
-{
+TEST_F(Qmini, EditsWriteWhatDryRunsShow) {
     const std::string batch =
         "<# c\r\n\tset S k 'a \"b\"'\"c\"\r\n\nadd 'N N'\nset S j 1\nset S j 2\ndelete S k\nset S k 3\n";
     // The difference is that of the dry run, without its first two lines, or empty.
@@ -154,7 +153,7 @@ TEST_F(Qmini, EditsWriteWhatDryRunsShow)
         {"edit", "|--parser<set S k 3", "[S]\nk =0\nk=1\n", "[S]\nk =0\nk=3\n", ""},
         {"edit", batch, "[S]\nk=1\n", "[S]\nj=2\nk=3\n\n[N N]\n", ""},
     };
-    const auto withoutReturns = [](std::string text) { // of the platform's newlines
+    const auto withoutReturns = [](std::string text) {  // of the platform's newlines
         std::erase(text, '\r');
         return text;
     };
@@ -174,4 +173,4 @@ TEST_F(Qmini, EditsWriteWhatDryRunsShow)
     }
 }
 
-} // namespace
+}  // namespace

@@ -18,11 +18,9 @@
 #include <vector>
 
 /// Collects what is written to a descriptor, write by write.
-class Capture
-{
+class Capture {
 public:
-    explicit Capture(int descriptor) : m_descriptor(descriptor), m_original(dup(descriptor))
-    {
+    explicit Capture(int descriptor) : m_descriptor(descriptor), m_original(dup(descriptor)) {
         // A channel that keeps the bounds of each write: one end to read from, one to write to.
 #if defined(_WIN32)
         const std::string name = "\\\\.\\pipe\\qmUtility-" + std::to_string(GetCurrentProcessId());
@@ -37,8 +35,7 @@ public:
         EXPECT_NE(dup2(m_ends[1], descriptor), -1);
         close(m_ends[1]);
     }
-    ~Capture()
-    {
+    ~Capture() {
         dup2(m_original, m_descriptor);
         close(m_original);
         close(m_ends[0]);
@@ -46,8 +43,7 @@ public:
     Capture(const Capture&) = delete;
 
     /// Ends the capture.
-    std::vector<std::string> Writes()
-    {
+    std::vector<std::string> Writes() {
         dup2(m_original, m_descriptor);
         std::vector<std::string> writes;
         std::string bytes(65536, '\0');

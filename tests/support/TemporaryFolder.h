@@ -10,17 +10,14 @@
 #include <string>
 
 /// @return the text with each byte as the `wchar_t` of the same value.
-inline std::wstring Widen(const std::string& bytes)
-{
+inline std::wstring Widen(const std::string& bytes) {
     std::wstring wide;
-    for (const char c : bytes)
-        wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
+    for (const char c : bytes) wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
     return wide;
 }
 
 /// A test with a folder of its own, which is removed afterwards.
-class TemporaryFolder : public testing::Test
-{
+class TemporaryFolder : public testing::Test {
     const std::filesystem::path m_folder =
         std::filesystem::temp_directory_path() / ("qmUtility-" + std::to_string(std::random_device()()));
 
@@ -32,19 +29,17 @@ protected:
     std::wstring WidePath(const std::string& name) const { return (m_folder / name).wstring(); }
 
     /// Writes a file as text and returns its path.
-    std::string Write(const std::string& text, const std::string& name = "test.ini") const
-    {
+    std::string Write(const std::string& text, const std::string& name = "test.ini") const {
         std::ofstream(Path(name)) << text;
         return Path(name);
     }
 
-    static std::string Read(const std::string& path)
-    {
+    static std::string Read(const std::string& path) {
         std::ifstream file(path);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
     const std::string m_path =
-        Path("test.ini"); ///< of the file that `Write` writes unless it is told another
+        Path("test.ini");  ///< of the file that `Write` writes unless it is told another
     const std::wstring m_widePath = WidePath("test.ini");
 };

@@ -15,9 +15,8 @@ using ini::LineKind;
 namespace {
 
 /// @return the text as a string of JSON
-std::string JsonString(const Call& call, std::string_view view)
-{
-    const std::string text(view); // null-terminated
+std::string JsonString(const Call& call, std::string_view view) {
+    const std::string text(view);  // null-terminated
     std::string json = "\"";
     for (const char* at = text.data(); at != text.data() + text.size();) {
         const char* const begin = at;
@@ -34,16 +33,13 @@ std::string JsonString(const Call& call, std::string_view view)
 }
 
 /// Prints an object of objects. Of duplicate keys the first counts, as everywhere.
-void PrintJson(const Call& call, const INIDocument& document, std::ostream& out)
-{
-    std::vector<std::string> sections; // each without the brace that ends it
-    std::map<std::pair<std::string_view, std::string_view>, std::size_t> places; // sections: key empty
+void PrintJson(const Call& call, const INIDocument& document, std::ostream& out) {
+    std::vector<std::string> sections;  // each without the brace that ends it
+    std::map<std::pair<std::string_view, std::string_view>, std::size_t> places;  // sections: key empty
     for (const auto& record : document) {
-        if (record.Commented != ' ' || (call.HasSection && record.Section != call.Section))
-            continue;
+        if (record.Commented != ' ' || (call.HasSection && record.Section != call.Section)) continue;
         const auto [place, isNew] = places.try_emplace({record.Section, {}}, sections.size());
-        if (isNew)
-            sections.push_back("  " + JsonString(call, record.Section) + ": {");
+        if (isNew) sections.push_back("  " + JsonString(call, record.Section) + ": {");
         std::string& section = sections[place->second];
         if (places.try_emplace({record.Section, record.Key}).second)
             section += (section.ends_with('{') ? "\n    " : ",\n    ") + JsonString(call, record.Key) + ": " +
@@ -56,27 +52,21 @@ void PrintJson(const Call& call, const INIDocument& document, std::ostream& out)
 }
 
 /// @return what is unusual about a line in itself; empty when there is nothing
-std::string Remark(const NumberedLine& line)
-{
+std::string Remark(const NumberedLine& line) {
     const std::size_t close = line.Text().find(']');
-    if (line.IsIndented)
-        return "continuation line: it is indented deeper than the key above";
-    if (line.Continues)
-        return "continuation line: the line above ends in a backslash";
+    if (line.IsIndented) return "continuation line: it is indented deeper than the key above";
+    if (line.Continues) return "continuation line: the line above ends in a backslash";
     if (line.Text().find('\r') != std::string_view::npos)
         return "carriage return inside the line: many programs end it there";
-    if (line.Text().starts_with('[') && close == std::string_view::npos)
-        return "header without \"]\"";
-    if (line.Kind == LineKind::Other)
-        return "neither a header nor a key nor a comment";
+    if (line.Text().starts_with('[') && close == std::string_view::npos) return "header without \"]\"";
+    if (line.Kind == LineKind::Other) return "neither a header nor a key nor a comment";
     if (line.Kind == LineKind::Header && close + 1 != line.Text().size())
         return "text after \"]\": " + Quoted(ini::Trimmed(line.Text().substr(close + 1)));
     return {};
 }
 
 /// @return what `INIParser` reads in place of a line; empty when it reads the same
-std::string Difference(const NumberedLine& line, const NumberedLine& parsed)
-{
+std::string Difference(const NumberedLine& line, const NumberedLine& parsed) {
     if (parsed.Kind == LineKind::MalformedHeader)
         return "INIParser cannot read the file: \"[\" without \"]\"";
     if (parsed.Kind == LineKind::Header &&
@@ -88,16 +78,14 @@ std::string Difference(const NumberedLine& line, const NumberedLine& parsed)
     return {};
 }
 
-} // namespace
+}  // namespace
 
-void Get(const Call& call, const Streams& streams)
-{
+void Get(const Call& call, const Streams& streams) {
     const auto text = ReadText(call, streams.In);
     std::optional<std::string> value;
-    if (!call.Has("--parser")) // takes a fraction of the time of a document
+    if (!call.Has("--parser"))  // takes a fraction of the time of a document
         EachLine(text, call.Syntax(), [&](const NumberedLine& line) {
-            if (!value && IsMatch(line, call))
-                value = line.Value;
+            if (!value && IsMatch(line, call)) value = line.Value;
         });
     if (!value) {
         const INIDocument document = ReadDocument(call, text);
@@ -112,8 +100,7 @@ void Get(const Call& call, const Streams& streams)
     streams.Out << *value << '\n';
 }
 
-void Names(const Call& call, const Streams& streams)
-{
+void Names(const Call& call, const Streams& streams) {
     const INIDocument document = ReadDocument(call, ReadText(call, streams.In));
     const bool isCommented = call.Has("--commented");
     if (call.HasSection && !(isCommented && FindCommentedOut(document, {}, call.Section)))
@@ -128,13 +115,10 @@ void Names(const Call& call, const Streams& streams)
     }
 }
 
-void List(const Call& call, const Streams& streams)
-{
+void List(const Call& call, const Streams& streams) {
     const INIDocument document = ReadDocument(call, ReadText(call, streams.In));
-    if (call.HasSection)
-        RequireActive(document, call);
-    if (call.Has("--json"))
-        return PrintJson(call, document, streams.Out);
+    if (call.HasSection) RequireActive(document, call);
+    if (call.Has("--json")) return PrintJson(call, document, streams.Out);
     const bool isNul = call.Has("-z");
     for (const auto& record : document)
         if (record.Commented == ' ' && !record.Key.empty() &&
@@ -143,13 +127,11 @@ void List(const Call& call, const Streams& streams)
                         << (isNul ? '\n' : '=') << record.Value << (isNul ? '\0' : '\n');
 }
 
-void Check(const Call& call, const Streams& streams)
-{
+void Check(const Call& call, const Streams& streams) {
     const auto text = ReadText(call, streams.In);
     bool isClean = true;
     const auto add = [&](std::size_t line, const std::string& remark) {
-        if (remark.empty())
-            return;
+        if (remark.empty()) return;
         isClean = false;
         if (!call.Has("--quiet"))
             streams.Out << call.FileName() << ':' << line << ": " << OneLine(remark) << '\n';
@@ -159,7 +141,7 @@ void Check(const Call& call, const Streams& streams)
 
     // The first active and the first commented-out line of each name
     std::map<std::pair<std::string_view, std::string_view>, std::pair<std::size_t, std::size_t>> firstLines;
-    std::string_view header; // the nearest name, active or commented out
+    std::string_view header;  // the nearest name, active or commented out
     std::vector<NumberedLine> parsed;
     EachLine(text, INISyntax::Parser, [&](const NumberedLine& line) { parsed.push_back(line); });
     EachLine(text, INISyntax::Common, [&](const NumberedLine& line) {
@@ -185,12 +167,10 @@ void Check(const Call& call, const Streams& streams)
         else if (!hasMark || line.Number != 1)
             add(line.Number, Difference(line, parsed[line.Number - 1]));
     });
-    if (!isClean)
-        throw Failure{Failed, {}};
+    if (!isClean) throw Failure{Failed, {}};
 }
 
-void Create(const Call& call, const Streams& /*streams*/)
-{
+void Create(const Call& call, const Streams& /*streams*/) {
     std::error_code error;
     if (call.File == "-" || std::filesystem::exists(call.File, error))
         throw Failure{Failed, call.FileName() + " exists already"};
@@ -198,4 +178,4 @@ void Create(const Call& call, const Streams& /*streams*/)
         throw Failure{Failed, "cannot write " + call.File + ": " + error.message()};
 }
 
-} // namespace qmini
+}  // namespace qmini

@@ -35,28 +35,25 @@ const std::map<std::string_view, std::string Call::*> Arguments = {
 };
 
 /// @return the help on a command, which begins with its usage line
-std::string_view HelpOn(std::string_view command)
-{
+std::string_view HelpOn(std::string_view command) {
     const std::size_t begin = Help.find("usage: qmini " + std::string(command) + ' ');
     return Help.substr(begin, Help.find("\n\n\n", begin) + 1 - begin);
 }
 
-std::string Usage(std::string_view command)
-{
+std::string Usage(std::string_view command) {
     return std::string(HelpOn(command).substr(0, HelpOn(command).find('\n')));
 }
 
-[[noreturn]] void ThrowMisuse(std::string_view command, const std::string& message)
-{
+[[noreturn]] void ThrowMisuse(std::string_view command, const std::string& message) {
     throw Failure{Misused, std::string(command) + ": " + message, Usage(command)};
 }
 
 /// Puts the arguments where the call has them.
 /// @param usage the words of the usage line, in which the options come last
-void Assign(Call& call, const std::vector<std::string>& usage, const std::vector<std::string>& arguments)
-{
+void Assign(Call& call, const std::vector<std::string>& usage, const std::vector<std::string>& arguments) {
     const auto isOption = [](const std::string& place) { return place.starts_with("[-"); };
-    std::vector<std::string> places(usage.begin() + 3, std::ranges::find_if(usage, isOption)); // from FILE on
+    std::vector<std::string> places(usage.begin() + 3,
+                                    std::ranges::find_if(usage, isOption));  // from FILE on
     if (arguments.size() < places.size())
         std::erase_if(places, [](const std::string& place) { return place.front() == '['; });
     if (arguments.size() < places.size())
@@ -72,8 +69,7 @@ void Assign(Call& call, const std::vector<std::string>& usage, const std::vector
     }
 }
 
-void PrintHelp(std::ostream& out)
-{
+void PrintHelp(std::ostream& out) {
     out << Help.substr(0, Help.find('\n')) << "\n\n  qmini COMMAND FILE [ARGUMENT...]\n\n";
     for (const Command& command : Commands) {
         const std::string usage = Usage(command.Name);
@@ -84,16 +80,12 @@ void PrintHelp(std::ostream& out)
     out << "\n\"qmini COMMAND --help\" tells more.\n\n" << Help.substr(Help.find("Common options:"));
 }
 
-void RunCommand(std::vector<std::string> words, const Streams& streams)
-{
-    if (words.size() > 1 && words.front() == "--parser") // the command takes it
+void RunCommand(std::vector<std::string> words, const Streams& streams) {
+    if (words.size() > 1 && words.front() == "--parser")  // the command takes it
         std::swap(words[0], words[1]);
-    if (words.empty())
-        throw Failure{Misused, "no command given; see \"qmini --help\""};
-    if (words.front() == "--help" || words.front() == "-h")
-        return PrintHelp(streams.Out);
-    if (words.front() == "--version")
-        return void(streams.Out << "qmini " QMINI_VERSION "\n");
+    if (words.empty()) throw Failure{Misused, "no command given; see \"qmini --help\""};
+    if (words.front() == "--help" || words.front() == "-h") return PrintHelp(streams.Out);
+    if (words.front() == "--version") return void(streams.Out << "qmini " QMINI_VERSION "\n");
     const Call call = ReadCall(words);
     if (call.Has("--help"))
         streams.Out << HelpOn(call.Command->Name) << "\n\"qmini --help\" explains the common options.\n";
@@ -101,10 +93,9 @@ void RunCommand(std::vector<std::string> words, const Streams& streams)
         call.Command->Run(call, streams);
 }
 
-} // namespace
+}  // namespace
 
-Call ReadCall(const std::vector<std::string>& words, const Call* batch)
-{
+Call ReadCall(const std::vector<std::string>& words, const Call* batch) {
     const Command* const command = std::ranges::find(Commands, words.front(), &Command::Name);
     if (command == std::end(Commands))
         throw Failure{Misused, "no command " + Quoted(words.front()) + "; see \"qmini --help\""};
@@ -114,8 +105,7 @@ Call ReadCall(const std::vector<std::string>& words, const Call* batch)
     Call call;
     call.Command = command;
     std::vector<std::string> arguments;
-    if (batch != nullptr)
-        arguments.push_back(batch->File);
+    if (batch != nullptr) arguments.push_back(batch->File);
     std::istringstream line(Usage(command->Name));
     const std::vector<std::string> usage(std::istream_iterator<std::string>(line), {});
     const auto isUsage = [&](const std::string& word) { return std::ranges::count(usage, word) != 0; };
@@ -150,8 +140,7 @@ Call ReadCall(const std::vector<std::string>& words, const Call* batch)
     return call;
 }
 
-std::string OneLine(std::string_view text)
-{
+std::string OneLine(std::string_view text) {
     std::string line(text);
     std::ranges::replace_if(
         line, [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
@@ -160,17 +149,14 @@ std::string OneLine(std::string_view text)
 
 void Say(std::ostream& err, std::string_view line) { err << "qmini: " << OneLine(line) << '\n'; }
 
-int Run(const std::vector<std::string>& arguments, const Streams& streams)
-{
+int Run(const std::vector<std::string>& arguments, const Streams& streams) {
     ExitCode code = Done;
     try {
         RunCommand(arguments, streams);
     } catch (const Failure& failure) {
         code = failure.Code;
-        if (!failure.Message.empty())
-            Say(streams.Err, failure.Message);
-        if (!failure.Usage.empty())
-            streams.Err << failure.Usage << '\n';
+        if (!failure.Message.empty()) Say(streams.Err, failure.Message);
+        if (!failure.Usage.empty()) streams.Err << failure.Usage << '\n';
     } catch (const std::exception& error) {
         code = Failed;
         Say(streams.Err, error.what());
@@ -182,4 +168,4 @@ int Run(const std::vector<std::string>& arguments, const Streams& streams)
     return code;
 }
 
-} // namespace qmini
+}  // namespace qmini

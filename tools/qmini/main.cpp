@@ -4,9 +4,8 @@
 
 #include <iostream>
 
-int main(int argc, char* argv[])
-{
-    std::ios::sync_with_stdio(false); // standard input is read in blocks
+int main(int argc, char* argv[]) {
+    std::ios::sync_with_stdio(false);  // standard input is read in blocks
     platform::UseBinaryStreams();
     return qmini::Run({argv + (argc > 0 ? 1 : 0), argv + argc}, {std::cin, std::cout, std::cerr});
 }

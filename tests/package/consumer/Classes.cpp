@@ -7,24 +7,20 @@
 #include <cstddef>
 #include <cstdlib>
 
-#define USED [[gnu::used]] // although nothing here calls it
+#define USED [[gnu::used]]  // although nothing here calls it
 
 struct CFileStatus;
-struct CObject
-{
+struct CObject {
     char* m_name = nullptr;
     USED virtual ~CObject() { std::abort(); }
 };
-struct CString
-{
+struct CString {
     USED CString(const wchar_t*) { std::abort(); }
     USED void FormatV(const wchar_t*, std::va_list) { std::abort(); }
 };
-struct CFile
-{
+struct CFile {
     USED static bool GetStatus(const wchar_t*, CFileStatus&) { std::abort(); }
 };
-struct CArchive
-{
+struct CArchive {
     USED void Write(const void*, std::size_t) { std::abort(); }
 };

@@ -16,8 +16,7 @@
 
 #define CHECK(condition) ((condition) ? (void)0 : Fail(#condition))
 
-[[noreturn]] static void Fail(const char* what)
-{
+[[noreturn]] static void Fail(const char* what) {
     std::fprintf(stderr, "consumer: %s\n", what), std::_Exit(1);
 }
 
@@ -38,7 +37,7 @@ namespace platform {
 enum class Stream;
 void Write(Stream, std::wstring_view) { Fail("platform::Write"); }
 void IgnoreLeak(const void*) { Fail("platform::IgnoreLeak"); }
-} // namespace platform
+}  // namespace platform
 
 // Functions of the program that the library must call.
 
@@ -48,14 +47,12 @@ std::uint64_t cpu::GetTick() { return std::uint64_t{1000} * static_cast<unsigned
 std::uint64_t cpu::GetClockSpeed() { return static_cast<unsigned>(++calls); }
 void* CQMProcess::GetHandle() { return ++calls, nullptr; }
 
-int main()
-{
+int main() {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
     CQMTimer timer;
     timer.Start(true, true);
-    for (const auto inner = Clock::now(); Clock::now() - inner < std::chrono::milliseconds(20);)
-        continue;
+    for (const auto inner = Clock::now(); Clock::now() - inner < std::chrono::milliseconds(20);) continue;
     const double seconds = timer.GetLapsedTime(true);
     CHECK(seconds > 0.0199 && seconds < std::chrono::duration<double>(Clock::now() - start).count());
     timer.TraceLapsedTime(false, false, L"debugger line");
@@ -72,7 +69,7 @@ int main()
 
     timer.LogLapsedTime(false, false, L"log");
     CHECK(calls == 1);
-    CQMDebugTraceStartEndMarker(L"marker", true, true, true); // two lines, and the processor time twice
+    CQMDebugTraceStartEndMarker(L"marker", true, true, true);  // two lines, and the processor time twice
     CHECK(calls == 5);
     CQMFPSCounter counter;
     counter.Start();
