@@ -6,7 +6,7 @@ if(NOT DOXYGEN_FOUND)
   return()
 endif()
 
-set(inputs README.md # then in the order of docs/README.md
+set(inputs README.md
   docs/getting-started.md docs/ini-format.md docs/timing.md docs/frame-rate.md docs/watching-files.md
   docs/host-modules.md docs/platforms.md docs/benchmarks.md docs/verification.md
   CONTRIBUTING.md SECURITY.md CHANGELOG.md)

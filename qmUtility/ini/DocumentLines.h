@@ -21,8 +21,7 @@
 
 namespace ini {
 
-/// A line in its list. It stays the same while lines are inserted and erased around it; 0 is the end of the
-/// list.
+/// A line in its list, the same while lines are inserted and erased around it; 0 is the end of the list.
 using LineNumber = std::uint32_t;
 
 /// What a line means where it stands. It follows from the line and the meaning of the line above.
@@ -191,8 +190,7 @@ public:
         return View(crLf, 2).substr(isCrLf ? 0 : 1);
     }
 
-    /// @return a line of these pieces of text, to be part of a change; nothing when they do not make one
-    ///   line.
+    /// @return a line of these pieces of text, for a change; nothing when they do not make one line.
     std::optional<DocLine> Make(std::initializer_list<View> pieces) const {
         std::size_t size = 0;
         for (const View piece : pieces) size += piece.size();

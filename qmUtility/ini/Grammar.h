@@ -86,8 +86,7 @@ public:
     Finder(View<Char> text, Char wanted)
         : m_end(text.data() + text.size()), m_wanted(wanted), m_found(Find(text.data())) {}
 
-    /// @return the first occurrence at or after `from`, or the end of the text. `from` never decreases
-    ///   between calls.
+    /// @return the first occurrence at or after `from`, which never decreases, or the end of the text.
     [[gnu::always_inline]] const Char* From(const Char* from) {
         if (m_found < from) m_found = Find(from);
         return m_found;
@@ -119,8 +118,7 @@ template <class Char>
     if (text.empty()) return {.Raw = raw};
     const bool isCommented = IsCommentCharacter(text.front());
     const View<Char> rest = isCommented ? TrimmedFront(text.substr(1)) : text;
-    // A comment character and blanks: prose, unless what follows is wholly a header, or has a key of one
-    // word.
+    // A comment character and blanks: prose, unless what follows is all a header, or has a key of one word.
     const bool isStrict = isCommented && rest.data() != text.data() + 1;
     const Line<Char> none = {.Kind = isCommented ? LineKind::Comment : LineKind::Other, .Raw = raw};
     const Char commented = isCommented ? text.front() : Char(' ');
@@ -178,8 +176,7 @@ template <class Char>
     return line;
 }
 
-/// Calls `visit` with each `Line` of a text. A last line without a newline counts in the syntax `Common`
-/// only.
+/// Calls `visit` with each `Line` of a text. A last line without a newline counts in `Common` only.
 template <INISyntax Syntax, class Char, class Visitor>
 void ScanLines(View<Char> whole, Visitor&& visit) {
     constexpr bool isCommon = Syntax == INISyntax::Common;
@@ -209,8 +206,7 @@ void ScanLines(INISyntax syntax, View<Char> text, Visitor&& visit) {
         ScanLines<INISyntax::Parser>(text, visit);
 }
 
-/// @return how many characters at the start of a text are a byte order mark: U+FEFF, or the bytes that encode
-///   it.
+/// @return how many characters at the start of a text are a byte order mark: U+FEFF or its encoding.
 template <class Char>
 std::size_t ByteOrderMarkSize(View<Char> text) {
     constexpr Char bytes[] = {Char(0xEF), Char(0xBB), Char(0xBF)};

@@ -301,8 +301,7 @@ bool BasicINIDocument<Char>::SetComments(std::uint32_t record, View comments) {
     String text(comments);
     if (!text.empty() && text.back() != '\n') text += Char('\n');
     if (text == CommentsOf(lines, record)) return true;
-    // Nothing comes between a key and what continues it, and `Parser` loses the comments of a header with a
-    // key.
+    // Nothing comes between a key and its continuation; `Parser` loses the comments of a header with a key.
     if (!text.empty() && (lines[record].IsContinuation || (lines[record].IsHeader() && lines[record].HasKey)))
         return false;
 
@@ -319,9 +318,8 @@ bool BasicINIDocument<Char>::SetComments(std::uint32_t record, View comments) {
     for (LineNumber line = first; line != record; line = lines.Next(line)) {
         if (lines[line].IsComment())
             changes.push_back({line, true});
-        else if (text.empty() &&
-                 lines[line].Kind == LineKind::Other)  // without a comment above, it is a record
-            return false;
+        else if (text.empty() && lines[line].Kind == LineKind::Other)
+            return false;  // without a comment above, it is a record
     }
     return lines.Commit(std::move(changes));
 }

@@ -14,8 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-/// The records of a file, in file order, as views into the text that was read and into the arguments of an
-/// edit.
+/// The records of a file, in file order, as views into its text and into the arguments of an edit.
 template <class Char>
 struct INIParser::List {
     using View = std::basic_string_view<Char>;
@@ -77,8 +76,7 @@ bool INIParser::Load(std::basic_string<Char> path, List<Char>& list) {
     if (!text) return false;
     list.Text = std::move(*text);
     list.Records.clear();
-    constexpr std::size_t charactersPerRecord =
-        32;  // fewer than in most files, so that the list seldom grows
+    constexpr std::size_t charactersPerRecord = 32;  // less than in most files: the list seldom grows
     list.Records.reserve(list.Text.Size / charactersPerRecord);
     ini::Scan(std::basic_string_view<Char>(list.Text),
               [&](const auto& record) { list.Records.push_back(record); });
@@ -146,8 +144,7 @@ bool INIParser::Save(std::basic_string<Char> path, const List<Char>& list) {
     platform::File file{platform::SystemPath(path)};
     if (!file.IsOpen()) return false;
     std::size_t begin = 0;
-    for (const std::size_t end :
-         ends) {  // a write for each record, so that what is written survives the host
+    for (const std::size_t end : ends) {  // a write for each record: what is written survives the host
         file.Write({bytes.data() + begin, end - begin});
         begin = end;
     }

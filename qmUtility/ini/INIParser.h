@@ -26,17 +26,15 @@
 /// **Paths** are used as given. A wide path is UTF-8 where the system's paths are bytes. A path with a NUL,
 /// and a wide one that is not valid Unicode, name no file.
 ///
-/// **Failure.** For a file that cannot be opened, read to its end or decoded, lookups return an empty result,
-/// existence tests true, and edits false; they then write nothing. Edits also return false when the file
-/// cannot be opened for writing. Later errors, such as a full disk, are not reported. Edits of one record,
-/// except `SetValue`, return false and write nothing when there is none; those of a whole section return true
-/// even then.
+/// **Failure.** For a file that cannot be opened, read to its end or decoded, lookups return nothing,
+/// existence tests true, and edits false, without writing. Edits also return false when the file cannot be
+/// opened for writing. Later errors, such as a full disk, are not reported. Edits of one record, except
+/// `SetValue`, return false and write nothing when there is none; those of a section return true even then.
 /// @throws INIFormatError from every operation that reads, for a header line without a "]" after its first
 ///   character; the file is unchanged.
 /// @throws std::bad_alloc when memory runs out; the file is unchanged.
 ///
-/// **Threads.** Any thread may call; there is no shared state. Of two simultaneous edits of a file, one is
-/// lost.
+/// **Threads.** Any thread may call. Of two simultaneous edits of a file, one is lost.
 class QMUTILITY_API INIParser {
 public:
     using Record = BasicINIRecord<char>;      ///< of the narrow form
@@ -58,9 +56,9 @@ public:
     ///   "\n". Empty when there are no records or the file cannot be read.
     static std::string Content(std::string path);
 
-    /// Sorts the sections by name and the keys of each section by name, byte by byte. Each header is followed
-    /// by all keys of its name: a name with two headers gets its keys twice, and keys above the first header
-    /// are dropped. The order of equal names is unspecified.
+    /// Sorts the sections, and the keys of each section, by name, byte by byte. Each header is followed by
+    /// all keys of its name: a name with two headers gets its keys twice, and keys above the first header are
+    /// dropped. The order of equal names is unspecified.
     /// @param path of the file.
     /// @param descending true for descending order, of sections and keys alike.
     /// @return false also, and nothing is written, when the file has no section record.
@@ -77,11 +75,9 @@ public:
 
     /// @return the value of the first record of this key and section; empty when there is none.
     static std::string GetValue(std::string key, std::string section, std::string path);
-    /// @overload
-    static std::wstring GetValue(std::wstring key, std::wstring section, std::wstring path);
+    static std::wstring GetValue(std::wstring key, std::wstring section, std::wstring path);  ///< @overload
 
-    /// @return all key records of the section, in file order, including those under further headers of that
-    ///   name.
+    /// @return all key records of the section, in file order, under all headers of that name.
     static std::vector<Record> GetSection(std::string section, std::string path);
 
     /// @return the `Section` of every section record, in file order; a name with two headers occurs twice.
@@ -89,13 +85,11 @@ public:
 
     /// @return whether there is a record of this key and section.
     static bool RecordExists(std::string key, std::string section, std::string path);
-    /// @overload
-    static bool RecordExists(std::wstring key, std::wstring section, std::wstring path);
+    static bool RecordExists(std::wstring key, std::wstring section, std::wstring path);  ///< @overload
 
     /// @return whether any record, header or key, has this section name.
     static bool SectionExists(std::string section, std::string path);
-    /// @overload
-    static bool SectionExists(std::wstring section, std::wstring path);
+    static bool SectionExists(std::wstring section, std::wstring path);  ///< @overload
 
     /// @}
     /// @name Edits

@@ -98,8 +98,7 @@ bool ScanFile(const String<Char>& path, View<Char> section, Visitor visit) {
 }
 
 /// Calls `visit` with the first record of a key and section.
-/// @return whether there is one. A file that cannot be read is said to hold whatever is asked for; callers
-///   rely on it.
+/// @return whether there is one; true also when the file cannot be read, which callers rely on.
 template <class Char, class Visitor>
 bool VisitFirst(View<Char> key, View<Char> section, const String<Char>& path, Visitor visit) {
     bool isFound = false;
@@ -127,9 +126,9 @@ String<Char> CopyValue(View<Char> key, View<Char> section, const String<Char>& p
     return value;
 }
 
+/// @return whether there is a record of a section; true also when the file cannot be read.
 template <class Char>
-bool HasSection(View<Char> section, const String<Char>& path)  // or cannot be read
-{
+bool HasSection(View<Char> section, const String<Char>& path) {
     bool isFound = false;
     const bool isRead =
         ScanFile(path, section, [&](const auto& record) { isFound |= Equal(section, record.Section); });

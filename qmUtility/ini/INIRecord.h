@@ -2,8 +2,7 @@
 #pragma once
 
 /// @file
-/// Types shared by `INIParser` and `INIDocument`: records, comment characters, syntaxes, and the error for a
-/// malformed file.
+/// Types shared by `INIParser` and `INIDocument`: records, comment characters, syntaxes, malformed files.
 
 #include "qmUtility/Export.h"
 
@@ -24,8 +23,7 @@ struct BasicINIRecord {
     std::basic_string<Char> Comments;
     /// A space when the record is active, else the character that comments it out.
     Char Commented = Char(' ');
-    /// The section's name; for a key record, the name of the section that it belongs to, empty above the
-    /// first header.
+    /// The section's name; of a key, that of the section that it belongs to, empty above the first header.
     std::basic_string<Char> Section;
     /// The text before the first "="; empty for a section record.
     std::basic_string<Char> Key;

@@ -19,8 +19,7 @@ std::optional<Buffer<wchar_t>> Encoding<wchar_t>::Decode(Buffer<char> bytes) con
                              [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
     else {
         // The C library's conversion keeps the first bytes of a character in the state. The standard library
-        // passes NULs by, and so completes the character with the bytes behind them, or drops it at the end
-        // of the text.
+        // passes NULs by: the bytes behind them complete the character, or the end of the text drops it.
         const std::type_info& type = typeid(m_conversion);
         const bool keepsBytes =
             type == typeid(Conversion) || type == typeid(std::codecvt_byname<wchar_t, char, std::mbstate_t>);
