@@ -64,8 +64,7 @@ public:
         return !m_isThere;
     }
 
-    /// Takes the place of the other file, and of what the file system stores about it. For an instant the
-    /// path names neither.
+    /// Takes the place of the other file and what is stored about it. The path names neither for an instant.
     bool Replace() {
         m_isThere = !m_file.Close() ||
                     ::ReplaceFileW(m_target.c_str(), m_name.c_str(), m_old.c_str(), 0, nullptr, nullptr) == 0;
@@ -86,8 +85,7 @@ private:
     bool m_isThere = false;
 };
 
-/// @return whether an error says that something may not be done, as opposed to one that says that it went
-///   wrong.
+/// @return whether an error says that something is not permitted or supported, not that it went wrong.
 bool IsRefusal(DWORD error) {
     constexpr DWORD refusals[] = {ERROR_INVALID_FUNCTION,  ERROR_ACCESS_DENIED,
                                   ERROR_SHARING_VIOLATION, ERROR_NOT_SUPPORTED,

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/platform/WidePrint.h"
-
+#include "qmUtility/framework/CString.h"
 #include "qmUtility/platform/Utf8.h"
 
 #include <algorithm>
@@ -11,9 +10,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <string_view>
-#include <utility>
 
-namespace platform {
 namespace {
 
 /// Upper bound of widths and of the precision of numbers: enough for all digits of any number, and too little
@@ -139,8 +136,7 @@ private:
             AppendNumber(directive, "ll", Next<long long>());
     }
 
-    /// Prints a number through the narrow printing of the C library, because the wide one does not report the
-    /// size that it needs.
+    /// Prints a number as narrow text: the wide printing of the C library does not report the size it needs.
     template <class Number>
     void AppendNumber(const Directive& directive, std::string_view length, Number number) {
         std::string narrow = '%' + directive.Flags;
@@ -185,7 +181,8 @@ private:
     /// @param limit the most characters to append; nothing after them is read.
     void AppendNarrow(const char* text, std::size_t limit = SIZE_MAX) {
         const std::size_t start = m_text.size();
-        while (m_text.size() - start < limit && *text != 0) AppendCharacter(m_text, DecodeUtf8(text));
+        while (m_text.size() - start < limit && *text != 0)
+            platform::AppendCharacter(m_text, platform::DecodeUtf8(text));
         if (m_text.size() - start > limit) m_text.pop_back();  // half of a surrogate pair
     }
 
@@ -195,11 +192,16 @@ private:
 
 }  // namespace
 
-std::wstring VFormat(const wchar_t* format, std::va_list arguments) {
-    std::wstring text;
-    text.reserve(128);  // a usual line
-    if (format != nullptr) Printer(text, arguments).Run(format);
-    return text;
+void CString::Format(const wchar_t* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    FormatV(format, arguments);
+    va_end(arguments);
 }
 
-}  // namespace platform
+void CString::FormatV(const wchar_t* format, std::va_list arguments) {
+    std::wstring text;  // the arguments may point into this string
+    text.reserve(128);  // a usual line
+    if (format != nullptr) Printer(text, arguments).Run(format);
+    m_text = std::move(text);
+}
