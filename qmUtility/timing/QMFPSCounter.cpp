@@ -9,8 +9,7 @@
 #include <utility>
 #include <vector>
 
-/// The duration ring, with the sum and the number of its nonzero entries. They belong to the ring because
-/// copies of a counter write into it too.
+/// The duration ring, and the sum and number of its nonzero entries, to which copies of a counter add too.
 struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing {
     explicit TickRing(std::uint32_t length) : Entries(length) {}
 
@@ -64,16 +63,12 @@ void CQMFPSCounter::End() {
         const bool isOnlyNew = m_state.TickWrites == ring.Writes;
         ring.Store(m_state.TickSampleIndex++, m_state.TickElapsed);
         m_state.TickWrites = ring.Writes;
-        std::uint64_t minimum = m_state.TickMinimum;
-        std::uint64_t maximum = m_state.TickMaximum;
         for (const std::uint64_t entry :
              isOnlyNew ? std::span(&m_state.TickElapsed, 1) : std::span(ring.Entries)) {
             if (entry == 0) continue;
-            minimum = std::min(minimum, entry);
-            maximum = std::max(maximum, entry);
+            m_state.TickMinimum = std::min(m_state.TickMinimum, entry);
+            m_state.TickMaximum = std::max(m_state.TickMaximum, entry);
         }
-        m_state.TickMinimum = minimum;
-        m_state.TickMaximum = maximum;
         // Signed: the duration of a frame shorter than the tolerance has wrapped, and is then the small
         // negative number that keeps the average right.
         const auto sum = static_cast<std::int64_t>(ring.Sum);
@@ -100,19 +95,15 @@ void CQMFPSCounter::End() {
         m_state.FPSMaximum = -0x1p63;
     }
     m_pFPSSamples[m_state.FPSSampleIndex++] = m_state.FPS;
-    double minimum = m_state.FPSMinimum;
-    double maximum = m_state.FPSMaximum;
     double sum = 0;
     std::uint32_t number = 0;
     for (const double rate : std::span(m_pFPSSamples.get(), m_nFPSSampleCount)) {
         if (!(rate > 0)) continue;
-        minimum = std::min(minimum, rate);
-        maximum = std::max(maximum, rate);
+        m_state.FPSMinimum = std::min(m_state.FPSMinimum, rate);
+        m_state.FPSMaximum = std::max(m_state.FPSMaximum, rate);
         sum += rate;
         ++number;
     }
-    m_state.FPSMinimum = minimum;
-    m_state.FPSMaximum = maximum;
     m_state.FPSAverage = number != 0 ? sum / number : 0;
     m_state.IsStarted = false;
 }
