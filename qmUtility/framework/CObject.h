@@ -55,7 +55,7 @@ public:
         load = 1,   ///< reads from the stream
     };
 
-    /// @param file the stream, in place of the framework's file object; must outlive the archive.
+    /// The stream takes the place of the framework's file object and must outlive the archive.
     CArchive(std::streambuf& file, Mode mode) : m_file(file), m_mode(mode) {}
 
     /// @return whether the archive stores; otherwise it loads.
@@ -101,7 +101,7 @@ public:
         badClass = 6,          ///< objects of this class cannot be loaded
     };
 
-    explicit CArchiveException(int cause) : m_cause(cause) {}
+    explicit CArchiveException(int cause) : m_cause(cause) {}  ///< for one of the causes
 
     int m_cause;  ///< one of the causes
 };
@@ -109,8 +109,7 @@ public:
 /// Throws a `CInvalidArgException*`.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowInvalidArgException();
 
-/// Throws a `CArchiveException*`.
-/// @param cause one of the causes.
+/// Throws a `CArchiveException*` with one of the causes.
 [[noreturn]] QMFRAMEWORK_API void AfxThrowArchiveException(int cause);
 
 }  // namespace qmFramework

@@ -45,7 +45,6 @@ public:
     Printer(std::wstring& text, std::va_list arguments) : m_text(text) { va_copy(m_arguments, arguments); }
     ~Printer() { va_end(m_arguments); }
     Printer(const Printer&) = delete;
-    Printer& operator=(const Printer&) = delete;
 
     void Run(const wchar_t* format) {
         while (const wchar_t* const start = std::wcschr(format, L'%')) {

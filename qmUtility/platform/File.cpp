@@ -23,7 +23,7 @@ bool ReadAll(const Handle& file, Buffer<char>& bytes) {
     }
 }
 
-/// Writes a file in place, so that its links, owner and attributes stay; on failure, the old content again.
+/// Writes a file in place, so that its links, owner and attributes stay. Restores the old content on failure.
 bool Overwrite(const SystemPath& path, const Handle& file, std::string_view bytes) {
     const Handle reader(path, Handle::Access::Read);
     Buffer<char> content(0);

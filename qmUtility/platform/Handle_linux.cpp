@@ -75,7 +75,7 @@ Handle::Handle(const SystemPath& path, Access access)
     : Handle(OpenDescriptor(path.Get(), Flags[static_cast<int>(access)], 0666)) {}
 
 bool Handle::Close() {
-    // An interruption closes the descriptor all the same, and loses no bytes that are synchronised.
+    // An interrupted call has closed the descriptor all the same, and loses no bytes that are synchronised.
     const int descriptor = Release();
     return descriptor == None || close(descriptor) == 0 || errno == EINTR;
 }

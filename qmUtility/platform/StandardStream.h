@@ -28,7 +28,7 @@ enum class Stream {
 /// @throws std::bad_alloc
 void Write(Stream stream, std::wstring_view text);
 
-/// Makes standard input and output of the C++ library pass newlines unchanged, which Windows converts.
+/// Makes standard input and output of the C++ library pass bytes unchanged, newlines on Windows included.
 void UseBinaryStreams();
 
 }  // namespace platform

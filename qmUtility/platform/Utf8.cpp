@@ -3,8 +3,6 @@
 
 #include <bit>
 #include <cstddef>
-#include <limits>
-#include <type_traits>
 
 namespace platform {
 namespace {
@@ -69,7 +67,7 @@ char32_t DecodeUtf8(const char*& text) {
 }
 
 void AppendCharacter(std::wstring& to, char32_t character) {
-    if (character > static_cast<std::make_unsigned_t<wchar_t>>(std::numeric_limits<wchar_t>::max())) {
+    if (sizeof(wchar_t) == 2 && character > 0xFFFF) {
         to += static_cast<wchar_t>(0xD7C0 + (character >> 10));
         to += static_cast<wchar_t>(0xDC00 | (character & 0x3FF));
     } else

@@ -23,7 +23,7 @@ class CQMTimer;
 /// | the console log    | "name - Start\n"     | "name - End\n", "name - End : time\n"          |
 /// | the debugger       | ">>> name - Start"   | ">>> name - End", ">>> name - End : time"      |
 ///
-/// The time is the wall-clock time, "1.23 sec", or the processor time of all threads, "1.23 sec (CPU)".
+/// The time is wall-clock time, "1.23 sec", or processor time of the whole process, "1.23 sec (CPU)".
 ///
 /// Names must not contain percent signs: the console log gets the second line as a format without arguments,
 /// in which they start directives. The first line prints them verbatim.

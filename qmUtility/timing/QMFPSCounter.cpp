@@ -95,15 +95,19 @@ void CQMFPSCounter::End() {
         m_state.FPSMaximum = -0x1p63;
     }
     m_pFPSSamples[m_state.FPSSampleIndex++] = m_state.FPS;
+    double minimum = m_state.FPSMinimum;
+    double maximum = m_state.FPSMaximum;
     double sum = 0;
     std::uint32_t number = 0;
     for (const double rate : std::span(m_pFPSSamples.get(), m_nFPSSampleCount)) {
         if (!(rate > 0)) continue;
-        m_state.FPSMinimum = std::min(m_state.FPSMinimum, rate);
-        m_state.FPSMaximum = std::max(m_state.FPSMaximum, rate);
+        minimum = std::min(minimum, rate);
+        maximum = std::max(maximum, rate);
         sum += rate;
         ++number;
     }
+    m_state.FPSMinimum = minimum;
+    m_state.FPSMaximum = maximum;
     m_state.FPSAverage = number != 0 ? sum / number : 0;
     m_state.IsStarted = false;
 }

@@ -18,7 +18,7 @@
 
 namespace {
 
-/// @return the 1023 characters of a report that are written at most.
+/// @return the first 1023 characters of a report: no more are written.
 std::wstring Truncated(std::wstring text) {
     text.resize(std::min<std::size_t>(text.size(), 1023));
     return text;

@@ -41,11 +41,9 @@ public:
     ///   nothing. It is passed on as a narrow string, with the format "\n%s\n".
     explicit CQMTimer(const char* title);
 
-    /// Copies as assignment does.
-    CQMTimer(const CQMTimer&) = default;
-
     /// Copies the marks, the calibration and the saved priority, which both stopwatches then restore.
-    CQMTimer& operator=(const CQMTimer& other);
+    CQMTimer(const CQMTimer&) = default;
+    CQMTimer& operator=(const CQMTimer& other);  ///< @overload
 
     /// Restores the priority, if one is saved.
     ~CQMTimer();
@@ -78,7 +76,7 @@ public:
     /// the message to 1019 and the line to 1023 characters.
     void LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
-    /// Reports to the debugger: as to the console log, with the label verbatim as the message.
+    /// Reports the same line to the debugger, up to 1023 characters, with the label verbatim as the message.
     void TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label);
 
     /// Disabled report: the same arguments and flags as `LogLapsedTime`, no output.
