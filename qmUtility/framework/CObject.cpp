@@ -28,11 +28,8 @@ CRuntimeClass* CObject::GetRuntimeClass() const {
 }
 
 CObject::~CObject() = default;
-
 void CObject::Serialize(CArchive&) {}
-
 void CObject::AssertValid() const {}
-
 void CObject::Dump(CDumpContext&) const {}
 
 std::size_t CArchive::Read(void* bytes, std::size_t count) {

@@ -29,14 +29,10 @@ struct Directive {
     std::string_view Length;  ///< the C library's modifier
     wchar_t Conversion = 0;
 
-    bool IsCharacter() const { return Conversion == L'c' || Conversion == L'C'; }
-    bool IsString() const { return Conversion == L's' || Conversion == L'S'; }
-    bool IsNarrow() const {
-        return Length.starts_with('h') || ((Conversion == L'S' || Conversion == L'C') && Length != "l");
-    }
     bool IsAnyOf(std::wstring_view conversions) const {
         return conversions.find(Conversion) != std::wstring_view::npos;
     }
+    bool IsNarrow() const { return Length.starts_with('h') || (IsAnyOf(L"SC") && Length != "l"); }
 };
 
 /// Interprets a format and appends to a text.
@@ -71,8 +67,7 @@ private:
         for (; std::wstring_view(L"-+ #0").find(*format) != std::wstring_view::npos; ++format)
             directive.Flags += static_cast<char>(*format);
         const int width = std::clamp(ParseNumber(format), -MaximumPadding, MaximumPadding);
-        if (width < 0)  // from an argument, and left-aligns
-            directive.Flags += '-';
+        if (width < 0) directive.Flags += '-';  // from an argument, and left-aligns
         directive.Width = std::abs(width);
         if (*format == L'.') directive.Precision = ParseNumber(++format);
         for (const auto& [modifier, length] : LengthModifiers)
@@ -99,7 +94,7 @@ private:
 
     /// @return false if there is no such conversion; no argument is consumed then.
     bool Convert(const Directive& directive) {
-        if (directive.IsCharacter() || directive.IsString())
+        if (directive.IsAnyOf(L"cCsS"))
             AppendText(directive);
         else if (directive.IsAnyOf(L"diuxXo"))
             AppendInteger(directive);
@@ -144,8 +139,7 @@ private:
         std::array<char, 128> local;  // holds all but long numbers
         const int size =
             std::snprintf(local.data(), local.size(), narrow.c_str(), directive.Width, precision, number);
-        if (size < 0)  // the C library ran out of memory
-            return;
+        if (size < 0) return;  // the C library ran out of memory
         if (static_cast<std::size_t>(size) < local.size()) return AppendNarrow(local.data());
         std::string large(static_cast<std::size_t>(size) + 1, '\0');
         (void)std::snprintf(large.data(), large.size(), narrow.c_str(), directive.Width, precision, number);
@@ -156,7 +150,7 @@ private:
     void AppendText(const Directive& directive) {
         const std::size_t start = m_text.size();
         const auto limit = static_cast<std::size_t>(directive.Precision);  // a negative one is none
-        if (directive.IsCharacter()) {
+        if (directive.IsAnyOf(L"cC")) {
             const int argument = Next<int>();
             m_text +=
                 static_cast<wchar_t>(directive.IsNarrow() ? static_cast<unsigned char>(argument) : argument);

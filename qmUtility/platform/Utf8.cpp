@@ -57,8 +57,7 @@ char32_t DecodeUtf8(const char*& text) {
     char32_t c = lead & (0x7FU >> length);
     for (int i = 0; i != length - 1; ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0) != 0x80)  // the terminating null, too: nothing after it is read
-            return lead;
+        if ((byte & 0xC0) != 0x80) return lead;  // also at the terminating null: nothing after it is read
         c = c << 6 | (byte & 0x3FU);
     }
     if (Length(c) != length || !IsCharacter(c)) return lead;

@@ -140,16 +140,13 @@ void CQMFPSCounter::Initialize() {
 }
 
 void CQMFPSCounter::CalibrateTolerance() {
-    m_state.IsStarted = true;
-    m_state.IsOnHold = false;
+    m_state.IsStarted = m_state.IsOnHold = false;
     m_nTickTolerance = 0;
-    m_state.TickStart = cpu::GetTick();
-    End();
-    m_nTickTolerance = m_state.TickEnd - m_state.TickStart;
-    for (int i = 0; i != 1000; ++i) {
+    for (int i = 0; i != 1001; ++i) {
         Start();
         End();
-        m_nTickTolerance = std::min(m_nTickTolerance, m_state.TickEnd - m_state.TickStart);
+        const std::uint64_t cost = m_state.TickEnd - m_state.TickStart;
+        m_nTickTolerance = i == 0 ? cost : std::min(m_nTickTolerance, cost);
     }
 }
 

@@ -28,7 +28,7 @@ enum eQMFPSType : int {
 /// durations and the last 16 rates (see `SetFPSAverageSampleCount`).
 ///
 /// **Tolerance.** Construction and `Reset` measure the counter's own cost with 1001 empty frames. It is
-/// subtracted from every duration (`GetTickTolerance`), which wraps to a huge number if shorter; 0 counts as 1.
+/// subtracted from every duration (`GetTickTolerance`); shorter ones wrap to huge numbers, and 0 counts as 1.
 ///
 /// **Average mode** leaves a frame started until its period is full. All frames of a period therefore measure
 /// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is
