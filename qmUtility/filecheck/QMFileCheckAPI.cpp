@@ -22,8 +22,7 @@ bool CQMFileCheckAPI::AddWatchDog(CString path) {
 
 bool CQMFileCheckAPI::Check() {
     if (!m_bMonitor) return false;
-    // Deliberately checks every file instead of stopping at the first that is modified: a poll costs the same
-    // whatever has changed.
+    // Deliberately does not stop at the first file that is modified: a poll costs the same, whatever changed.
     bool isAnyModified = false;
     for (std::ptrdiff_t i = 0; i != m_files.GetSize(); ++i) isAnyModified |= m_files[i].CheckModified();
     return isAnyModified;

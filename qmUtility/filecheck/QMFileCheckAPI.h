@@ -4,10 +4,8 @@
 /// @file
 /// The list of watched files of the process.
 
-#include "qmUtility/Export.h"
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/framework/CArray.h"
-#include "qmUtility/framework/CString.h"
 
 /// The list of watched files of the process.
 ///
@@ -28,11 +26,8 @@ public:
     /// Calls `Initialize`: constructing an instance empties the list of the whole process.
     CQMFileCheckAPI();
 
-    /// Instances are stateless.
-    CQMFileCheckAPI(const CQMFileCheckAPI&) = default;
-    /// @overload
-    CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);
-
+    CQMFileCheckAPI(const CQMFileCheckAPI&) = default;         ///< instances are stateless
+    CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);  ///< @overload
     ~CQMFileCheckAPI();  // NOLINT(performance-trivially-destructible): it is exported
 
     /// Turns monitoring off, empties the list and releases its storage.
@@ -44,13 +39,11 @@ public:
     /// @return true.
     static bool AddWatchDog(CString path);
 
-    /// Checks every file of the list.
-    /// @return whether any file has been modified since it was added. While monitoring is off, returns false
-    ///   without checking.
+    /// Checks every file of the list, unless monitoring is off.
+    /// @return whether any file has been modified since it was added; false while monitoring is off.
     static bool Check();
 
     /// Turns monitoring on or off. `Check` reports modifications made while it was off once it is on again.
-    /// @param bEnable whether `Check` checks the files.
     static void Enable(bool bEnable);
 
     static CArray<CQMFileCheck, const CQMFileCheck&> m_files;  ///< files in the order added

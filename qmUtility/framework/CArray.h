@@ -8,7 +8,7 @@
 #include <afxtempl.h>
 #else
 
-#include "qmUtility/framework/CArchive.h"
+#include "qmUtility/framework/CObject.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -26,8 +26,8 @@ inline namespace qmFramework {
 /// `SetSize(0)` release the storage.
 ///
 /// **Failure.** Throws `CInvalidArgException*` for an index or size out of range, std::length_error for a
-/// size above the maximum, and std::bad_alloc. The elements are unchanged then, but references to
-/// them may be invalid. An exception of an assignment in `RemoveAt` can duplicate elements.
+/// size above the maximum, and std::bad_alloc. The elements are unchanged then, but references to them may be
+/// invalid. An exception of an assignment in `RemoveAt` can duplicate elements.
 ///
 /// **Threads.** An array belongs to one thread at a time.
 ///
@@ -42,9 +42,7 @@ public:
     /// @return the number of elements.
     std::ptrdiff_t GetSize() const { return static_cast<std::ptrdiff_t>(m_elements.size()); }
     std::ptrdiff_t GetCount() const { return GetSize(); }  ///< @overload
-
-    /// @return whether there are no elements.
-    bool IsEmpty() const { return m_elements.empty(); }
+    bool IsEmpty() const { return m_elements.empty(); }    ///< whether there are no elements
 
     /// Removes elements from the end, or appends default-constructed elements.
     /// @param size new number of elements; 0 also releases the storage.
@@ -59,8 +57,7 @@ public:
     /// Destroys all elements and releases the storage.
     void RemoveAll() { std::vector<TYPE>().swap(m_elements); }
 
-    /// Appends an element.
-    /// @param element may be a reference into this array.
+    /// Appends an element, which may be a reference into this array.
     /// @return the index of the new element.
     std::ptrdiff_t Add(ARG_TYPE element) {
         TYPE copy(element);  // before the array grows, which may move the element
@@ -88,7 +85,6 @@ public:
     ///
     /// Load from trusted sources only: the memory for all elements is allocated before the first one is read,
     /// and a corrupt number can request all memory.
-    /// @param archive stores or loads.
     /// @throws CArchiveException* with one of these causes:
     ///   - `genericException`: not all could be stored.
     ///   - `endOfFile`: the stream is too short. The array is unchanged, unless its elements are trivially
@@ -128,12 +124,9 @@ private:
 
     void Reserve(std::size_t count) {
         const std::size_t capacity = m_elements.capacity();
-        if (capacity == 0)
-            m_elements.reserve(count);
-        else if (count > capacity) {
-            const auto step = std::clamp<std::size_t>(m_elements.size() / 8, 4, 1024);
-            m_elements.reserve(std::max(count, capacity + step));
-        }
+        if (count <= capacity) return;
+        const auto step = capacity != 0 ? std::clamp<std::size_t>(m_elements.size() / 8, 4, 1024) : 0;
+        m_elements.reserve(std::max(count, capacity + step));
     }
 
     std::vector<TYPE> m_elements;

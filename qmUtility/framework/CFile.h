@@ -11,6 +11,7 @@
 #include "qmUtility/Export.h"
 
 #include <cstdint>
+#include <utility>
 
 inline namespace qmFramework {
 
@@ -25,27 +26,21 @@ public:
     explicit CTime(std::int64_t seconds, std::int32_t nanoseconds = 0)
         : m_seconds(seconds), m_nanoseconds(nanoseconds) {}
 
-    /// @return the seconds since the zero time.
-    std::int64_t GetTime() const { return m_seconds; }
+    std::int64_t GetTime() const { return m_seconds; }  ///< seconds since the zero time
 
-    /// @return whether both times are equal to the nanosecond.
-    friend bool operator==(CTime a, CTime b) {
-        return a.m_seconds == b.m_seconds && a.m_nanoseconds == b.m_nanoseconds;
-    }
-    /// @return whether the times differ.
-    friend bool operator!=(CTime a, CTime b) { return !(a == b); }
-    /// @return whether the first time is before the second.
-    friend bool operator<(CTime a, CTime b) {
-        return a.m_seconds != b.m_seconds ? a.m_seconds < b.m_seconds : a.m_nanoseconds < b.m_nanoseconds;
-    }
+    /// Compares two times to the nanosecond.
+    friend bool operator==(CTime a, CTime b) { return a.Parts() == b.Parts(); }
+    friend bool operator!=(CTime a, CTime b) { return a.Parts() != b.Parts(); }  ///< @overload
+    friend bool operator<(CTime a, CTime b) { return a.Parts() < b.Parts(); }    ///< @overload
 
 private:
+    std::pair<std::int64_t, std::int32_t> Parts() const { return {m_seconds, m_nanoseconds}; }
+
     std::int64_t m_seconds = 0;
     std::int32_t m_nanoseconds = 0;
 };
 
-/// Status of a file. Default initialization sets the times to zero and leaves the other members
-/// indeterminate.
+/// Status of a file. Default initialization zeroes the times and leaves the other members indeterminate.
 struct CFileStatus {
     CTime m_ctime;              ///< creation; the zero time where the system does not report it
     CTime m_mtime;              ///< last modification

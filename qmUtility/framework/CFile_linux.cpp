@@ -15,8 +15,7 @@ CTime ToTime(const statx_timestamp& time) {
     return CTime(time.tv_sec, static_cast<std::int32_t>(time.tv_nsec));
 }
 
-/// Calls `statx`, or `stat` where that is refused, as the filters of older containers do. `stat` does not
-/// report the creation time.
+/// Calls `statx`, or where older containers refuse that, `stat`, which reports no creation time.
 bool ReadStatus(const char* path, struct statx& status) {
     if (statx(AT_FDCWD, path, 0, STATX_BASIC_STATS | STATX_BTIME, &status) == 0) return true;
     struct stat found;

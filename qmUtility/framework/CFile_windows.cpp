@@ -7,15 +7,13 @@
 
 namespace {
 
-constexpr std::int64_t UnitsPerSecond = 10'000'000;
-
 /// @param time in 100-nanosecond units since 1 January 1601; 0 means "not recorded".
 CTime ToTime(const FILETIME& time) {
     const std::int64_t units = std::int64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
     if (units == 0) return CTime();
+    constexpr std::int64_t perSecond = 10'000'000;
     constexpr std::int64_t secondsTo1970 = 11'644'473'600;
-    return CTime(units / UnitsPerSecond - secondsTo1970,
-                 static_cast<std::int32_t>(units % UnitsPerSecond * 100));
+    return CTime(units / perSecond - secondsTo1970, static_cast<std::int32_t>(units % perSecond * 100));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "qmUtility/framework/CString.h"
 
-#include "qmUtility/platform/WidePrint.h"
-
 #include <algorithm>
 
 namespace {
@@ -33,15 +31,4 @@ CString& CString::TrimLeft() {
 CString& CString::TrimRight() {
     m_text.erase(std::find_if_not(m_text.rbegin(), m_text.rend(), IsSpace).base(), m_text.end());
     return *this;
-}
-
-void CString::Format(const wchar_t* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    FormatV(format, arguments);
-    va_end(arguments);
-}
-
-void CString::FormatV(const wchar_t* format, std::va_list arguments) {
-    m_text = platform::VFormat(format, arguments);
 }

@@ -35,11 +35,8 @@ public:
     const wchar_t* GetString() const { return m_text.c_str(); }
     operator const wchar_t*() const { return GetString(); }  ///< @overload
 
-    /// @return the number of `wchar_t`.
-    int GetLength() const { return static_cast<int>(m_text.size()); }
-
-    /// @return whether the length is 0.
-    bool IsEmpty() const { return m_text.empty(); }
+    int GetLength() const { return static_cast<int>(m_text.size()); }  ///< number of `wchar_t`
+    bool IsEmpty() const { return m_text.empty(); }                    ///< whether the length is 0
 
     /// @param index from 0 to `GetLength()`, the terminating null.
     /// @return the character at the index.
@@ -84,8 +81,7 @@ public:
     /// @return the number of characters replaced; 0 when both characters are the same.
     int Replace(wchar_t from, wchar_t to);
 
-    /// Removes leading or trailing white space as Unicode defines it, no-break spaces included, whatever the
-    /// locale.
+    /// Removes leading or trailing white space as Unicode defines it in any locale, no-break spaces included.
     /// @return this string.
     CString& TrimLeft();
     CString& TrimRight();  ///< @overload
@@ -106,8 +102,7 @@ public:
     ///
     /// The flags `- + # 0` and space, width, precision and `*` work as in the C library. The precision of a
     /// string counts `wchar_t`. A width, or the precision of a number, above 65535 counts as 65535. A null
-    /// string prints as "(null)", a null format as nothing. Anything else after a percent sign is printed
-    /// unchanged.
+    /// string prints as "(null)", a null format as nothing. Anything else after "%" is printed unchanged.
     /// @param format the arguments after it may point into this string.
     /// @throws std::bad_alloc; the string is then unchanged.
     void Format(const wchar_t* format, ...);

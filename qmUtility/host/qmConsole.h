@@ -2,8 +2,7 @@
 #pragma once
 
 /// @file
-/// The host application's console log. The library calls it; a host provides its own or uses the default
-/// (docs/host-modules.md).
+/// The host application's console log. A host can replace the default (docs/host-modules.md).
 
 #include "qmUtility/Export.h"
 
@@ -11,7 +10,6 @@
 class QMCONSOLE_API CQMConsoleAPI {
 public:
     /// Writes a formatted text to the log and adds no newline. Any thread may call.
-    ///
     /// @param format directives as for `CString::Format`: "%s" is a wide string on every platform, and "%n"
     ///   stores nothing. A host's own log formats with `CString::FormatV(format, arguments)` of
     ///   `qmUtility/framework/CString.h`. Null writes nothing.
@@ -20,8 +18,7 @@ public:
     /// The default writes UTF-8 to standard output, whatever the locale, with one write per call. It drops
     /// the text when the output is a closed pipe; on Linux no SIGPIPE is sent and `errno` is preserved.
     ///
-    /// One format is special: a stopwatch logs its title with exactly "\n%s\n" and a *narrow* string. The
-    /// default therefore reads the argument of this format as a narrow string. To log a wide string between
-    /// two newlines, use "\n%ls\n".
+    /// One format is special: a stopwatch logs its title with exactly "\n%s\n" and a *narrow* string, so the
+    /// default reads the argument of this format as one. For a wide string, use "\n%ls\n".
     static void Log(const wchar_t* format, ...);
 };

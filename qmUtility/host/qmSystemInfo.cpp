@@ -35,8 +35,7 @@ struct Moment {
     std::chrono::duration<double> Time{};
 };
 
-/// Reads the counter before and after the clock, and returns the narrowest of ten tries, since the thread may
-/// be interrupted in between.
+/// Reads the counter before and after the clock. Of ten tries, the narrowest was not interrupted in between.
 Moment Now() {
     Moment moment;
     std::uint64_t narrowest = UINT64_MAX;

@@ -2,16 +2,14 @@
 #pragma once
 
 /// @file
-/// The host application's processor tick counter. The library calls it; a host provides its own or uses the
-/// default (docs/host-modules.md).
+/// The host application's processor tick counter. A host can replace the default (docs/host-modules.md).
 
 #include "qmUtility/Export.h"
 
 #include <cstdint>
 
-/// The default reads the processor's time stamp counter where that is invariant (its rate is then constant,
-/// and all processors of the machine agree), and the monotonic clock in nanoseconds elsewhere. Any thread may
-/// call.
+/// The default reads the processor's time stamp counter where it is invariant (of constant rate, the same on
+/// all processors), and the monotonic clock in nanoseconds elsewhere. Any thread may call.
 namespace cpu {
 
 /// @return the counter's value; the processor may execute the read a few instructions early or late.

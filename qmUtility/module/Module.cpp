@@ -4,11 +4,7 @@
 
 #include "qmUtility/framework/ExtensionModule.h"
 
-namespace {
-
-AFX_EXTENSION_MODULE extension;
-
-}  // namespace
+static AFX_EXTENSION_MODULE extension;
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, void* /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH) {

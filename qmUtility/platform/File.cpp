@@ -7,11 +7,10 @@ namespace platform {
 namespace {
 
 bool ReadAll(const Handle& file, Buffer<char>& bytes) {
-    // The size is only a hint: pipes and system files report none, and a file may grow. With one byte more
-    // than that, a read that finds the end needs no larger buffer.
-    constexpr std::size_t usualSize = 4095;
+    // The size is only a hint: pipes and system files report none, and a file may grow. With one byte more,
+    // the read that finds the end needs no larger buffer.
     const std::size_t size = file.Size();
-    std::size_t capacity = (size != 0 ? size : usualSize) + 1;
+    std::size_t capacity = size != 0 ? size + 1 : 4096;
     for (bytes = Buffer<char>(capacity);;) {
         const std::ptrdiff_t count = file.Read(bytes.Data.get() + bytes.Size, capacity - bytes.Size);
         if (count <= 0) return count == 0;
@@ -24,8 +23,7 @@ bool ReadAll(const Handle& file, Buffer<char>& bytes) {
     }
 }
 
-/// Writes a file in place, so that its links, owner and attributes stay. Puts the old content back on
-/// failure.
+/// Writes a file in place, so that its links, owner and attributes stay. Restores the old content on failure.
 bool Overwrite(const SystemPath& path, const Handle& file, std::string_view bytes) {
     const Handle reader(path, Handle::Access::Read);
     Buffer<char> content(0);

@@ -5,8 +5,7 @@
 /// Files of the operating system: read whole, written in place, or replaced.
 ///
 /// Bytes are never changed. A file is not inherited by programs that the process starts, its descriptor is
-/// never that of a standard stream, and interrupted calls are resumed. Nothing here throws but
-/// `std::bad_alloc`.
+/// never that of a standard stream, and interrupted calls are resumed. Only `std::bad_alloc` is thrown.
 
 #include "qmUtility/platform/Handle.h"
 
@@ -25,8 +24,8 @@ inline constexpr std::string_view Newline = "\r\n";
 inline constexpr std::string_view Newline = "\n";
 #endif
 
-/// Tells the system that all of a block of new memory will be written. A large one then comes in large pages
-/// where the system has them: else its pages take longer than what is written.
+/// Tells the system that all of a block of new memory will be written: a large one then comes in large pages
+/// where the system has them, which is faster.
 void ExpectUse(void* memory, std::size_t size);
 
 /// Characters in memory that are not initialised before they are filled.
@@ -59,9 +58,9 @@ public:
     /// written to), the file is written in place, and the old content is put back if that fails; a process
     /// that is killed then may leave a mixture. A pipe or a device is written to directly.
     ///
-    /// On Windows the path names neither for an instant. A process that is killed in it leaves the old file
+    /// On Windows the path names neither for an instant; a process that is killed then leaves the old file
     /// under the temporary file's name with ".old".
-    /// @param error receives the reason of a failure; it is cleared otherwise.
+    /// @param error as for `Read`.
     /// @return whether the path names the new content. On false it names the old content.
     static bool Replace(const SystemPath& path, std::string_view bytes, std::error_code& error);
 
@@ -71,8 +70,7 @@ public:
     /// @return whether the file could be opened, and no write has failed.
     bool IsOpen() const { return bool(m_handle); }
 
-    /// Writes bytes at the end of those written before, with one system call unless it is partial or
-    /// interrupted. Allocates nothing.
+    /// Appends bytes, with one system call unless it is partial or interrupted. Allocates nothing.
     /// @return false when that fails; the file is then closed, so nothing more is written.
     bool Write(std::string_view bytes);
 

@@ -9,8 +9,7 @@
 namespace platform {
 
 /// An exclusive lock on a file, whatever its name. It keeps out other locks of this kind only: `flock` on
-/// Linux, a byte range behind the end of the file on Windows. The lock ends with the object, and with the
-/// process, however that ends.
+/// Linux, a byte range behind the end of the file on Windows. It ends with the object or the process.
 class FileLock {
 public:
     /// Locks the file that a path names, if no other lock is on it. Symbolic links are followed.

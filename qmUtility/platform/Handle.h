@@ -100,8 +100,7 @@ Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_
 
 #if !defined(_WIN32)
 /// Opens a file; the library opens none in another way. The descriptor is closed on exec. It is never that of
-/// a standard stream, even if the host has closed that stream: what another thread logs would end up in the
-/// file. Interrupted calls are resumed.
+/// a standard stream, even one that the host has closed: logs of other threads would end up in the file.
 /// @param mode of a file that is created, before the process's mask.
 /// @param folder what a relative path is relative to.
 /// @return the descriptor, which the caller closes; -1 on failure.

@@ -18,9 +18,10 @@ auto Resumed(Call call) {
     return result;
 }
 
+constexpr int Flags[] = {O_RDONLY, O_WRONLY, O_WRONLY | O_CREAT | O_TRUNC};  ///< of each `Handle::Access`
+
 /// While one exists, descriptors 0 to 2 are taken. A placeholder takes the place of each that the host has
-/// closed. It refers to a folder in a way that allows neither reading nor writing, so that both fail as
-/// before.
+/// closed: a folder, opened so that reading and writing fail as before.
 class StandardStreamsTaken {
 public:
     StandardStreamsTaken() {
@@ -47,12 +48,6 @@ private:
     static inline int m_placeholders[] = {-1, -1, -1};
 };
 
-constexpr int Flags(Handle::Access access) {
-    return access == Handle::Access::Read    ? O_RDONLY
-           : access == Handle::Access::Write ? O_WRONLY
-                                             : O_WRONLY | O_CREAT | O_TRUNC;
-}
-
 }  // namespace
 
 int OpenDescriptor(const char* path, int flags, mode_t mode, int folder) {
@@ -63,8 +58,7 @@ int OpenDescriptor(const char* path, int flags, mode_t mode, int folder) {
 bool WriteAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const auto count = Resumed([&] { return write(descriptor, bytes.data(), bytes.size()); });
-        if (count == 0)  // some device that takes nothing
-            errno = EIO;
+        if (count == 0) errno = EIO;  // some device that takes nothing
         if (count <= 0) return false;
         bytes.remove_prefix(static_cast<std::size_t>(count));
     }
@@ -78,19 +72,18 @@ void SetLastError(int error) { errno = error; }
 std::error_code LastError(const SystemPath& /*path*/) { return {errno, std::system_category()}; }
 
 Handle::Handle(const SystemPath& path, Access access)
-    : Handle(OpenDescriptor(path.Get(), Flags(access), 0666)) {}
+    : Handle(OpenDescriptor(path.Get(), Flags[static_cast<int>(access)], 0666)) {}
 
 bool Handle::Close() {
-    // Once the bytes are synchronised an interruption loses nothing, and the descriptor is closed all the
-    // same.
+    // An interrupted call has closed the descriptor all the same, and loses no bytes that are synchronised.
     const int descriptor = Release();
     return descriptor == None || close(descriptor) == 0 || errno == EINTR;
 }
 
 std::size_t Handle::Size() const {
     struct stat status;
-    return fstat(m_native, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size)
-                                                                    : 0;
+    const bool isKnown = fstat(m_native, &status) == 0 && S_ISREG(status.st_mode);
+    return isKnown ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
 std::ptrdiff_t Handle::Read(char* to, std::size_t size) const {

@@ -15,9 +15,8 @@ void SetLastError(int error) { ::SetLastError(static_cast<DWORD>(error)); }
 /// The system denies access to folders, like to files that may not be read.
 std::error_code LastError(const SystemPath& path) {
     const std::error_code error(LastError(), std::system_category());
-    const DWORD attributes = ::GetFileAttributesW(path.Get());
-    const bool isFolder =
-        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const DWORD found = ::GetFileAttributesW(path.Get());
+    const bool isFolder = found != INVALID_FILE_ATTRIBUTES && (found & FILE_ATTRIBUTE_DIRECTORY) != 0;
     return isFolder ? std::make_error_code(std::errc::is_a_directory) : error;
 }
 
@@ -43,8 +42,7 @@ std::ptrdiff_t Handle::Read(char* to, std::size_t size) const {
     DWORD count = 0;
     const bool isRead =
         ::ReadFile(m_native, to, static_cast<DWORD>(std::min(size, MostAtOnce)), &count, nullptr) != 0;
-    if (!isRead && ::GetLastError() == ERROR_BROKEN_PIPE)  // the end of a pipe
-        return 0;
+    if (!isRead && ::GetLastError() == ERROR_BROKEN_PIPE) return 0;  // the end of a pipe
     return isRead ? static_cast<std::ptrdiff_t>(count) : -1;
 }
 

@@ -4,8 +4,7 @@
 /// @file
 /// The Windows kernel services and C runtime functions in use. On Windows this header includes the system's
 /// headers; elsewhere it declares the subset used here with the same names, widths and meaning, and states
-/// each difference. No kernel service changes `errno`, and there is no last-error code. All functions may be
-/// called from any thread.
+/// each difference. No kernel service changes `errno`, and there is no last-error code. Any thread may call.
 ///
 /// Include it in source files only, because the Windows header defines many macros.
 
@@ -62,13 +61,11 @@ constexpr int THREAD_PRIORITY_NORMAL = 0;          ///< nice value 0
 constexpr int THREAD_PRIORITY_ABOVE_NORMAL = 1;    ///< nice value -5
 constexpr int THREAD_PRIORITY_TIME_CRITICAL = 15;  ///< nice value -20, the highest priority
 
-/// Sets the priority of the calling thread through its nice value, which is a weight rather than a rank: even
-/// a time-critical thread does not keep a processor from all others. It is not relative to the priority of
-/// the process.
+/// Sets the priority of the calling thread through its nice value. That is a weight rather than a rank, and
+/// not relative to the process: even a time-critical thread does not keep a processor from all others.
 ///
-/// A raise sets `SCHED_RESET_ON_FORK`: new threads and processes then begin at the normal priority and
-/// inherit neither a negative nice value nor a real-time policy, whoever set it. Where a sandbox refuses the
-/// flag, they inherit the raised priority.
+/// A raise sets `SCHED_RESET_ON_FORK`: new threads and processes begin at the normal priority, without any
+/// real-time policy. Where a sandbox refuses the flag, they inherit the raised priority.
 /// @param thread the result of `GetCurrentThread`; other threads are not supported.
 /// @param level one of the three constants above.
 /// @return nonzero on success; 0, with nothing changed, for another level or handle, and when the system
@@ -105,8 +102,7 @@ constexpr DWORD DLL_PROCESS_DETACH = 0;  ///< the library is being unloaded
 constexpr DWORD DLL_PROCESS_ATTACH = 1;  ///< the library is being loaded
 #define WINAPI  ///< empty: there is one calling convention
 
-/// A library's entry point. It is called before any other static object of the library is constructed, and
-/// again after all of them are destroyed.
+/// A library's entry point, called before its static objects are constructed and after they are destroyed.
 /// @param library the library's base address.
 /// @param reason `DLL_PROCESS_ATTACH` or `DLL_PROCESS_DETACH`; threads are not reported.
 /// @param reserved null.

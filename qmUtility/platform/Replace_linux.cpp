@@ -72,8 +72,8 @@ std::optional<std::string> ReadAttribute(int file, const char* name) {
     return value;
 }
 
-/// Gives a new file the extended attributes of an old one, access lists and labels among them, and no others:
-/// it may have inherited some from its folder.
+/// Gives a new file the extended attributes of an old one, access lists and labels among them, in place of
+/// those inherited from its folder.
 bool CopyAttributes(int from, int to) {
     const auto present = ReadAttribute(to, nullptr);
     const auto wanted = ReadAttribute(from, nullptr);
@@ -133,8 +133,7 @@ private:
     bool m_isThere = false;
 };
 
-/// @return whether an error says that something may not be done, as opposed to one that says that it went
-///   wrong.
+/// @return whether an error says that something is not permitted or supported, not that it went wrong.
 bool IsRefusal(int error) {
     constexpr int refusals[] = {EACCES, EPERM, EROFS, EBUSY, EXDEV, EINVAL, EOPNOTSUPP};
     return std::ranges::count(refusals, error) != 0;
@@ -171,8 +170,7 @@ Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_
 
 void ExpectUse(void* memory, std::size_t size) {
     constexpr std::size_t largePage = std::size_t{1} << 21;  // a wrong guess is harmless
-    const std::size_t before =
-        -reinterpret_cast<std::uintptr_t>(memory) & (largePage - 1);  // the first such page
+    const std::size_t before = -reinterpret_cast<std::uintptr_t>(memory) & (largePage - 1);  // the first one
     if (size >= before + largePage)
         madvise(static_cast<char*>(memory) + before, (size - before) & ~(largePage - 1), MADV_HUGEPAGE);
 }

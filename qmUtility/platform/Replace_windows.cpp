@@ -11,16 +11,6 @@
 namespace platform {
 namespace {
 
-/// @param get is called with a buffer and its size, and returns the size that it needs with the terminating
-///   null, or the length of what it has stored.
-/// @return what it stores; empty on failure.
-template <class Get>
-std::wstring GetPath(Get get) {
-    std::wstring path(get(nullptr, 0), L'\0');
-    path.resize(get(path.data(), static_cast<DWORD>(path.size())));
-    return path;
-}
-
 /// @return the security descriptor of a file: its owner and access list; empty on failure.
 std::vector<char> SecurityOf(HANDLE file) {
     constexpr SECURITY_INFORMATION wanted = OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
@@ -64,8 +54,7 @@ public:
         return !m_isThere;
     }
 
-    /// Takes the place of the other file, and of what the file system stores about it. For an instant the
-    /// path names neither.
+    /// Takes the place of the other file and what is stored about it. The path names neither for an instant.
     bool Replace() {
         m_isThere = !m_file.Close() ||
                     ::ReplaceFileW(m_target.c_str(), m_name.c_str(), m_old.c_str(), 0, nullptr, nullptr) == 0;
@@ -86,8 +75,7 @@ private:
     bool m_isThere = false;
 };
 
-/// @return whether an error says that something may not be done, as opposed to one that says that it went
-///   wrong.
+/// @return whether an error says that something is not permitted or supported, not that it went wrong.
 bool IsRefusal(DWORD error) {
     constexpr DWORD refusals[] = {ERROR_INVALID_FUNCTION,  ERROR_ACCESS_DENIED,
                                   ERROR_SHARING_VIOLATION, ERROR_NOT_SUPPORTED,
@@ -110,10 +98,12 @@ Replacement ReplaceWhole(const SystemPath& path, const Handle& old, std::string_
         return old.Write(bytes) ? Replacement::Done : Replacement::Failed;
 
     const bool isLink = isFound && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    const std::wstring target = GetPath([&](wchar_t* full, DWORD size) {
+    const auto getTarget = [&](wchar_t* full, DWORD size) {  // the length, or the size needed; 0 on failure
         return isLink ? ::GetFinalPathNameByHandleW(old, full, size, 0)
                       : ::GetFullPathNameW(path.Get(), size, full, nullptr);
-    });
+    };
+    std::wstring target(getTarget(nullptr, 0), L'\0');
+    target.resize(getTarget(target.data(), static_cast<DWORD>(target.size())));
     BY_HANDLE_FILE_INFORMATION information = {};
     if (old && ::GetFileInformationByHandle(old, &information) == 0) return Replacement::Failed;
     if (old && information.nNumberOfLinks != 1) return Replacement::Refused;

@@ -10,8 +10,7 @@
 
 // Bypasses the C runtime, which would split the text at its newlines.
 void platform::Write(Stream stream, std::wstring_view text) {
-    if (text.empty())  // the reader of a pipe could take an empty write for the end of the file
-        return;
+    if (text.empty()) return;  // the reader of a pipe could take an empty write for the end of the file
     const auto handle = reinterpret_cast<HANDLE>(::_get_osfhandle(static_cast<int>(stream)));
     DWORD ignored = 0;
     if (::GetConsoleMode(handle, &ignored) != 0) {  // a console, which takes wide text whatever its code page

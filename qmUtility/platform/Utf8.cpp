@@ -3,8 +3,6 @@
 
 #include <bit>
 #include <cstddef>
-#include <limits>
-#include <type_traits>
 
 namespace platform {
 namespace {
@@ -59,8 +57,7 @@ char32_t DecodeUtf8(const char*& text) {
     char32_t c = lead & (0x7FU >> length);
     for (int i = 0; i != length - 1; ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0) != 0x80)  // the terminating null, too: nothing after it is read
-            return lead;
+        if ((byte & 0xC0) != 0x80) return lead;  // also at the terminating null: nothing after it is read
         c = c << 6 | (byte & 0x3FU);
     }
     if (Length(c) != length || !IsCharacter(c)) return lead;
@@ -69,7 +66,7 @@ char32_t DecodeUtf8(const char*& text) {
 }
 
 void AppendCharacter(std::wstring& to, char32_t character) {
-    if (character > static_cast<std::make_unsigned_t<wchar_t>>(std::numeric_limits<wchar_t>::max())) {
+    if (sizeof(wchar_t) == 2 && character > 0xFFFF) {
         to += static_cast<wchar_t>(0xD7C0 + (character >> 10));
         to += static_cast<wchar_t>(0xDC00 | (character & 0x3FF));
     } else

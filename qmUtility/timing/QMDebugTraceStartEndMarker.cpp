@@ -60,8 +60,7 @@ CQMDebugTraceStartEndMarker::~CQMDebugTraceStartEndMarker() {
             std::uint64_t user = 0;
             if (ReadProcessTimes(kernel, user)) {
                 // Signed: in the child of a fork the process times start again at 0.
-                const auto used =
-                    static_cast<std::int64_t>((kernel + user) - (m_nKernelStart + m_nUserStart));
+                const auto used = static_cast<std::int64_t>(kernel + user - m_nKernelStart - m_nUserStart);
                 seconds = static_cast<double>(used) / 10'000'000;
             }
         } else if (m_pTimer != nullptr)

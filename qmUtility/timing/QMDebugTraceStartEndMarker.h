@@ -11,8 +11,7 @@
 
 class CQMTimer;
 
-/// Writes a line when it is constructed and another when it is destroyed, the second optionally with the time
-/// in between.
+/// Writes a line when it is constructed and another, optionally with the time taken, when it is destroyed.
 ///
 ///     {
 ///         CQMDebugTraceStartEndMarker trace(L"Loading", true, true, false);  // "Loading - Start"
@@ -24,8 +23,7 @@ class CQMTimer;
 /// | the console log    | "name - Start\n"     | "name - End\n", "name - End : time\n"          |
 /// | the debugger       | ">>> name - Start"   | ">>> name - End", ">>> name - End : time"      |
 ///
-/// The time is the wall-clock time, "1.23 sec", or the processor time of the whole process, all its threads
-/// included, "1.23 sec (CPU)".
+/// The time is wall-clock time, "1.23 sec", or processor time of the whole process, "1.23 sec (CPU)".
 ///
 /// Names must not contain percent signs: the console log gets the second line as a format without arguments,
 /// in which they start directives. The first line prints them verbatim.
@@ -64,7 +62,7 @@ private:
     CString m_strName;
     bool m_bUseLogConsole;
     bool m_bUseTimer;
-    CQMTimer* m_pTimer;  ///< null unless constructed to measure wall-clock time; never deleted
+    CQMTimer* m_pTimer;  ///< null unless constructed to measure wall-clock time
     bool m_bCPU;
     std::uint64_t m_nKernelStart = 0;  ///< in 100-nanosecond units
     std::uint64_t m_nUserStart = 0;    ///< in 100-nanosecond units

@@ -9,8 +9,7 @@
 #include <utility>
 #include <vector>
 
-/// The duration ring, with the sum and the number of its nonzero entries. They belong to the ring because
-/// copies of a counter write into it too.
+/// The duration ring, and the sum and number of its nonzero entries, to which copies of a counter add too.
 struct QMUTILITY_PRIVATE CQMFPSCounter::TickRing {
     explicit TickRing(std::uint32_t length) : Entries(length) {}
 
@@ -64,16 +63,12 @@ void CQMFPSCounter::End() {
         const bool isOnlyNew = m_state.TickWrites == ring.Writes;
         ring.Store(m_state.TickSampleIndex++, m_state.TickElapsed);
         m_state.TickWrites = ring.Writes;
-        std::uint64_t minimum = m_state.TickMinimum;
-        std::uint64_t maximum = m_state.TickMaximum;
         for (const std::uint64_t entry :
              isOnlyNew ? std::span(&m_state.TickElapsed, 1) : std::span(ring.Entries)) {
             if (entry == 0) continue;
-            minimum = std::min(minimum, entry);
-            maximum = std::max(maximum, entry);
+            m_state.TickMinimum = std::min(m_state.TickMinimum, entry);
+            m_state.TickMaximum = std::max(m_state.TickMaximum, entry);
         }
-        m_state.TickMinimum = minimum;
-        m_state.TickMaximum = maximum;
         // Signed: the duration of a frame shorter than the tolerance has wrapped, and is then the small
         // negative number that keeps the average right.
         const auto sum = static_cast<std::int64_t>(ring.Sum);
@@ -145,16 +140,13 @@ void CQMFPSCounter::Initialize() {
 }
 
 void CQMFPSCounter::CalibrateTolerance() {
-    m_state.IsStarted = true;
-    m_state.IsOnHold = false;
+    m_state.IsStarted = m_state.IsOnHold = false;
     m_nTickTolerance = 0;
-    m_state.TickStart = cpu::GetTick();
-    End();
-    m_nTickTolerance = m_state.TickEnd - m_state.TickStart;
-    for (int i = 0; i != 1000; ++i) {
+    for (int i = 0; i != 1001; ++i) {
         Start();
         End();
-        m_nTickTolerance = std::min(m_nTickTolerance, m_state.TickEnd - m_state.TickStart);
+        const std::uint64_t cost = m_state.TickEnd - m_state.TickStart;
+        m_nTickTolerance = i == 0 ? cost : std::min(m_nTickTolerance, cost);
     }
 }
 

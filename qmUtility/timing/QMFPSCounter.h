@@ -9,8 +9,7 @@
 #include <cstdint>
 #include <memory>
 
-/// How `CQMFPSCounter::End` turns durations into frames per second. Every value but 2 selects the average
-/// mode.
+/// How `CQMFPSCounter::End` computes frames per second. Every value but 2 selects the average mode.
 enum eQMFPSType : int {
     /// Frames are counted until the sum of their durations reaches a second, and then divided by that sum.
     eQMFPSType_Average = 1,
@@ -29,15 +28,13 @@ enum eQMFPSType : int {
 /// durations and the last 16 rates (see `SetFPSAverageSampleCount`).
 ///
 /// **Tolerance.** Construction and `Reset` measure the counter's own cost with 1001 empty frames. It is
-/// subtracted from every duration (`GetTickTolerance`). The duration of a frame shorter than that wraps to a
-/// huge number; 0 counts as 1.
+/// subtracted from every duration (`GetTickTolerance`); shorter ones wrap to huge numbers, and 0 counts as 1.
 ///
 /// **Average mode** leaves a frame started until its period is full. All frames of a period therefore measure
 /// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is
 /// then about the square root of twice the true one.
 ///
-/// **Statistics** include every entry of the ring when a frame ends, also the empty frames of construction
-/// until 10000 real ones have replaced them.
+/// **Statistics** cover the whole ring, also the empty frames of construction until real ones replace them.
 /// - Minimum and maximum of the durations are kept until `Reset`.
 /// - Minimum and maximum of the rates start from 2147483647 and -1 at construction and `Reset`, and again
 ///   from 2^63 and -2^63 whenever their ring wraps.
@@ -58,11 +55,9 @@ public:
     /// @param type the mode, which never changes.
     CQMFPSCounter(eQMFPSType type);
 
-    /// Copies all figures and shares the rings.
+    /// Copies all figures and shares the rings; the assignment deletes its own unless a copy shares them.
     CQMFPSCounter(const CQMFPSCounter& other);
-
-    /// Copies all figures and shares the rings; deletes its own unless a copy shares them.
-    CQMFPSCounter& operator=(const CQMFPSCounter& other);
+    CQMFPSCounter& operator=(const CQMFPSCounter& other);  ///< @overload
 
     virtual ~CQMFPSCounter();
 
@@ -70,8 +65,8 @@ public:
     void Start();
 
     /// Ends a frame and updates all figures. Does nothing when no frame is started or the counter is on hold.
-    /// Allocates nothing. Scans the rate ring, and in the first frame after construction or `Reset` and after
-    /// a frame of a copy the duration ring, too.
+    /// Allocates nothing. Scans the rate ring, and the duration ring, too, in the first frame after
+    /// construction, `Reset` or a frame of a copy.
     void End();
 
     /// Suspends or resumes counting.
@@ -83,12 +78,10 @@ public:
     void Reset();
 
     /// Replaces the rate ring with an empty one and drops the duration ring. The statistics of the durations
-    /// and `GetTickSampleIndex` then keep their values until `Reset`; only `Initialize`, which derived
-    /// classes may call, brings the ring back. All other figures, minimum and maximum of the rates included,
-    /// continue from their values.
+    /// and `GetTickSampleIndex` then keep their values until `Reset`; only `Initialize`, for derived classes,
+    /// brings the ring back. All other figures, the minimum and maximum of the rates included, continue.
     /// @param n the new length; 0 counts as 1.
-    /// @throws std::bad_alloc when there is not enough memory or `n` exceeds 32 bits; the counter is then
-    ///   unchanged.
+    /// @throws std::bad_alloc, with the counter unchanged, also when `n` exceeds 32 bits.
     void SetFPSAverageSampleCount(unsigned long n);
 
     double GetFPS() const;         ///< the last rate, in frames per second

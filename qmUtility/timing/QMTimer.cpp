@@ -18,8 +18,11 @@
 
 namespace {
 
-/// Truncates a report to the 1023 characters that are written.
-void Truncate(std::wstring& text) { text.resize(std::min<std::size_t>(text.size(), 1023)); }
+/// @return the first 1023 characters of a report: no more are written.
+std::wstring Truncated(std::wstring text) {
+    text.resize(std::min<std::size_t>(text.size(), 1023));
+    return text;
+}
 
 std::int64_t ReadCounter() {
     LARGE_INTEGER count;
@@ -27,17 +30,14 @@ std::int64_t ReadCounter() {
     return count.QuadPart;
 }
 
-double ReadFrequency() {
-    LARGE_INTEGER frequency;
-    QueryPerformanceFrequency(&frequency);
-    return static_cast<double>(frequency.QuadPart);
-}
-
 }  // namespace
 
 CQMTimer::CQMTimer() : CQMTimer(nullptr) {}
 
-CQMTimer::CQMTimer(const char* title) : m_dFrequency(ReadFrequency()) {
+CQMTimer::CQMTimer(const char* title) {
+    LARGE_INTEGER frequency;
+    QueryPerformanceFrequency(&frequency);
+    m_dFrequency = static_cast<double>(frequency.QuadPart);
     Sleep(0);
     _RestartStep();
     _StopStep();
@@ -72,8 +72,7 @@ void CQMTimer::Pause() {
 void CQMTimer::Resume() {
     if (_IsRunning()) return;
     m_liStartRaw = ReadCounter();
-    // Adds a negative number and leaves the end mark alone: the pause counts, and the stopwatch stays
-    // stopped.
+    // Adds a negative number and leaves the end mark alone: the pause counts, the stopwatch stays stopped.
     m_dStart += static_cast<double>(m_liStopRaw - m_liStartRaw);
 }
 
@@ -89,10 +88,7 @@ void CQMTimer::LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, .
     CString message;
     message.FormatV(format, arguments);
     va_end(arguments);
-    std::wstring text = L">>> ";
-    text.append(message.GetString()).append(L" : %.5lf sec\n");
-    Truncate(text);
-    _Log(text.c_str(), _Elapsed());
+    _Log(Truncated(std::wstring(L">>> ") + message.GetString() + L" : %.5lf sec\n").c_str(), _Elapsed());
     if (bRestart) _RestartStep();
 }
 
@@ -100,9 +96,7 @@ void CQMTimer::TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label) 
     if (bStop) _StopStep();
     CString line;
     line.Format(L">>> %s : %.5lf sec\n", label, _Elapsed());
-    std::wstring text = line.GetString();
-    Truncate(text);
-    _Trace(text.c_str());
+    _Trace(Truncated(line.GetString()).c_str());
     if (bRestart) _RestartStep();
 }
 

@@ -41,19 +41,16 @@ public:
     ///   nothing. It is passed on as a narrow string, with the format "\n%s\n".
     explicit CQMTimer(const char* title);
 
-    /// Copies as assignment does.
-    CQMTimer(const CQMTimer&) = default;
-
     /// Copies the marks, the calibration and the saved priority, which both stopwatches then restore.
-    CQMTimer& operator=(const CQMTimer& other);
+    CQMTimer(const CQMTimer&) = default;
+    CQMTimer& operator=(const CQMTimer& other);  ///< @overload
 
     /// Restores the priority, if one is saved.
     ~CQMTimer();
 
     /// Begins a new interval.
     /// @param bSleepFirst gives up the rest of the time slice, so that the interval begins with a new one.
-    /// @param bRaisePriority raises the thread to the highest priority (time-critical), unless a priority is
-    ///   saved already.
+    /// @param bRaisePriority raises the thread to the highest priority (time-critical), unless one is saved.
     void Start(bool bSleepFirst, bool bRaisePriority);
 
     /// Ends the interval. A stopped interval is not extended.
@@ -79,8 +76,7 @@ public:
     /// the message to 1019 and the line to 1023 characters.
     void LogLapsedTime(bool bStop, bool bRestart, const wchar_t* format, ...);
 
-    /// Reports to the debugger: ">>> ", the label verbatim, " : ", the seconds with five decimals, " sec" and
-    /// a newline, truncated to 1023 characters.
+    /// Reports the same line to the debugger, up to 1023 characters, with the label verbatim as the message.
     void TraceLapsedTime(bool bStop, bool bRestart, const wchar_t* label);
 
     /// Disabled report: the same arguments and flags as `LogLapsedTime`, no output.
@@ -101,7 +97,7 @@ private:
     std::int64_t m_liStopRaw = 0;                  ///< counter value of the last stop or `Pause`
     double m_dStart = 0;                           ///< start mark, in counter ticks
     double m_dEnd = 0;                             ///< end mark, in counter ticks
-    double m_dFrequency;                           ///< counter ticks per second
+    double m_dFrequency = 0;                       ///< counter ticks per second
     double m_dOverhead = 0;                        ///< cost of one counter read, in counter ticks
     std::int32_t m_nSavedPriority = NothingSaved;  ///< the level to restore
 };

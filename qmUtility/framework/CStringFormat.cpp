@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "qmUtility/platform/WidePrint.h"
-
+#include "qmUtility/framework/CString.h"
 #include "qmUtility/platform/Utf8.h"
 
 #include <algorithm>
@@ -11,9 +10,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <string_view>
-#include <utility>
 
-namespace platform {
 namespace {
 
 /// Upper bound of widths and of the precision of numbers: enough for all digits of any number, and too little
@@ -32,14 +29,10 @@ struct Directive {
     std::string_view Length;  ///< the C library's modifier
     wchar_t Conversion = 0;
 
-    bool IsCharacter() const { return Conversion == L'c' || Conversion == L'C'; }
-    bool IsString() const { return Conversion == L's' || Conversion == L'S'; }
-    bool IsNarrow() const {
-        return Length.starts_with('h') || ((Conversion == L'S' || Conversion == L'C') && Length != "l");
-    }
     bool IsAnyOf(std::wstring_view conversions) const {
         return conversions.find(Conversion) != std::wstring_view::npos;
     }
+    bool IsNarrow() const { return Length.starts_with('h') || (IsAnyOf(L"SC") && Length != "l"); }
 };
 
 /// Interprets a format and appends to a text.
@@ -48,7 +41,6 @@ public:
     Printer(std::wstring& text, std::va_list arguments) : m_text(text) { va_copy(m_arguments, arguments); }
     ~Printer() { va_end(m_arguments); }
     Printer(const Printer&) = delete;
-    Printer& operator=(const Printer&) = delete;
 
     void Run(const wchar_t* format) {
         while (const wchar_t* const start = std::wcschr(format, L'%')) {
@@ -75,8 +67,7 @@ private:
         for (; std::wstring_view(L"-+ #0").find(*format) != std::wstring_view::npos; ++format)
             directive.Flags += static_cast<char>(*format);
         const int width = std::clamp(ParseNumber(format), -MaximumPadding, MaximumPadding);
-        if (width < 0)  // from an argument, and left-aligns
-            directive.Flags += '-';
+        if (width < 0) directive.Flags += '-';  // from an argument, and left-aligns
         directive.Width = std::abs(width);
         if (*format == L'.') directive.Precision = ParseNumber(++format);
         for (const auto& [modifier, length] : LengthModifiers)
@@ -103,7 +94,7 @@ private:
 
     /// @return false if there is no such conversion; no argument is consumed then.
     bool Convert(const Directive& directive) {
-        if (directive.IsCharacter() || directive.IsString())
+        if (directive.IsAnyOf(L"cCsS"))
             AppendText(directive);
         else if (directive.IsAnyOf(L"diuxXo"))
             AppendInteger(directive);
@@ -139,8 +130,7 @@ private:
             AppendNumber(directive, "ll", Next<long long>());
     }
 
-    /// Prints a number through the narrow printing of the C library, because the wide one does not report the
-    /// size that it needs.
+    /// Prints a number as narrow text: the wide printing of the C library does not report the size it needs.
     template <class Number>
     void AppendNumber(const Directive& directive, std::string_view length, Number number) {
         std::string narrow = '%' + directive.Flags;
@@ -149,8 +139,7 @@ private:
         std::array<char, 128> local;  // holds all but long numbers
         const int size =
             std::snprintf(local.data(), local.size(), narrow.c_str(), directive.Width, precision, number);
-        if (size < 0)  // the C library ran out of memory
-            return;
+        if (size < 0) return;  // the C library ran out of memory
         if (static_cast<std::size_t>(size) < local.size()) return AppendNarrow(local.data());
         std::string large(static_cast<std::size_t>(size) + 1, '\0');
         (void)std::snprintf(large.data(), large.size(), narrow.c_str(), directive.Width, precision, number);
@@ -161,7 +150,7 @@ private:
     void AppendText(const Directive& directive) {
         const std::size_t start = m_text.size();
         const auto limit = static_cast<std::size_t>(directive.Precision);  // a negative one is none
-        if (directive.IsCharacter()) {
+        if (directive.IsAnyOf(L"cC")) {
             const int argument = Next<int>();
             m_text +=
                 static_cast<wchar_t>(directive.IsNarrow() ? static_cast<unsigned char>(argument) : argument);
@@ -185,7 +174,8 @@ private:
     /// @param limit the most characters to append; nothing after them is read.
     void AppendNarrow(const char* text, std::size_t limit = SIZE_MAX) {
         const std::size_t start = m_text.size();
-        while (m_text.size() - start < limit && *text != 0) AppendCharacter(m_text, DecodeUtf8(text));
+        while (m_text.size() - start < limit && *text != 0)
+            platform::AppendCharacter(m_text, platform::DecodeUtf8(text));
         if (m_text.size() - start > limit) m_text.pop_back();  // half of a surrogate pair
     }
 
@@ -195,11 +185,16 @@ private:
 
 }  // namespace
 
-std::wstring VFormat(const wchar_t* format, std::va_list arguments) {
-    std::wstring text;
-    text.reserve(128);  // a usual line
-    if (format != nullptr) Printer(text, arguments).Run(format);
-    return text;
+void CString::Format(const wchar_t* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    FormatV(format, arguments);
+    va_end(arguments);
 }
 
-}  // namespace platform
+void CString::FormatV(const wchar_t* format, std::va_list arguments) {
+    std::wstring text;  // the arguments may point into this string
+    text.reserve(128);  // a usual line
+    if (format != nullptr) Printer(text, arguments).Run(format);
+    m_text = std::move(text);
+}
