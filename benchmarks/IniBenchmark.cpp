@@ -11,13 +11,10 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <optional>
 #include <span>
-#include <utility>
 
 namespace {
 
@@ -49,8 +46,7 @@ struct Shape {
 /// A settings file that exists as long as the object: a comment above every fourth key, sections and keys in
 /// no order.
 template <class Char>
-class Sample {
-public:
+struct Sample {
     using String = std::basic_string<Char>;
 
     std::string Path;
@@ -69,38 +65,30 @@ public:
             for (int k = 0; k != shape.Keys; ++k) {
                 const std::int64_t setting = number * shape.Keys + k * 7 % shape.Keys;
                 const std::string key = "Setting" + std::to_string(1'000'000 + setting);
-                Records.emplace_back();
-                if (k % 4 == 0)
-                    Records.back() = "# the values that the next setting may take" + shape.Newline;
-                Records.back() +=
-                    key + "=value " + std::to_string(100'000 + i * 7919 % 900'000) + shape.Newline;
+                const std::string value = "value " + std::to_string(100'000 + i * 7919 % 900'000);
+                Records.push_back(k % 4 == 0 ? "# the values that the next setting may take" + shape.Newline
+                                             : "");
+                Records.back() += key + '=' + value + shape.Newline;
                 Settings.emplace_back(String(section.begin(), section.end()), String(key.begin(), key.end()));
             }
         }
         for (const std::string& record : Records) Text += record;
-        Write();
+        WriteEach(Path, {&Text, 1});
     }
-
     Sample(const Sample&) = delete;
-    Sample& operator=(const Sample&) = delete;
     ~Sample() { fs::remove(Path); }
-
-    auto Last(std::size_t count) const { return std::span(Settings).last(count); }
-
-    void Write() const { WriteEach(Path, {&Text, 1}); }
 };
 
 /// Reads a file and finds every newline.
 void ReadLines(benchmark::State& state, const Shape& shape) {
-    std::vector<char> text(64 << 10);  // stays in the cache
+    std::vector<char> buffer(64 << 10);  // stays in the cache
     const Sample<char> sample(shape);
     for ([[maybe_unused]] auto _ : state) {
         const File file = Open(sample.Path, "r");
         std::size_t lines = 0;
-        while (const std::size_t size = std::fread(text.data(), 1, text.size(), file.get())) {
-            const char* at = text.data();
-            const auto left = [&] { return static_cast<std::size_t>(text.data() + size - at); };
-            for (; (at = static_cast<const char*>(std::memchr(at, '\n', left()))) != nullptr; ++at) ++lines;
+        while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
+            const std::string_view text(buffer.data(), size);
+            for (std::size_t at = 0; (at = text.find('\n', at)) != text.npos; ++at) ++lines;
         }
         benchmark::DoNotOptimize(lines);
     }
@@ -132,8 +120,7 @@ void Load(benchmark::State& state, const Shape& shape) {
     for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(Library(sample.OwnPath));
 }
 
-/// Looks up the last settings of a file. It is loaded every time: a library may leave work to the first
-/// lookup.
+/// Looks up the last settings of a file, which is loaded every time: a library may defer work to a lookup.
 template <class Library, class Char = char>
 void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool isLoadTimed) {
     const Sample<Char> sample(shape);
@@ -142,12 +129,12 @@ void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool is
         if (!isLoadTimed) state.PauseTiming();
         library.emplace(sample.OwnPath);
         if (!isLoadTimed) state.ResumeTiming();
-        for (const auto& [section, key] : sample.Last(count))
+        for (const auto& [section, key] : std::span(sample.Settings).last(count))
             Require(!library->GetValue(key, section).empty());
     }
 }
 
-/// Changes the last settings of a file and saves it. A peer's text is written in place with a single write.
+/// Changes the last settings of a file and saves it.
 template <class Library, class Char = char>
 void Set(benchmark::State& state, const Shape& shape, std::size_t count) {
     const Sample<Char> sample(shape);
@@ -155,13 +142,9 @@ void Set(benchmark::State& state, const Shape& shape, std::size_t count) {
     for ([[maybe_unused]] auto _ : state) {
         value.back() ^= 1;  // a new value each time
         Library library(sample.OwnPath);
-        for (const auto& [section, key] : sample.Last(count)) Require(library.SetValue(key, value, section));
-        if constexpr (requires { library.Save(sample.OwnPath); })
-            Require(library.Save(sample.OwnPath));
-        else if constexpr (requires { library.Text(); }) {
-            const std::string text = library.Text();
-            WriteEach(sample.Path, {&text, 1});
-        }
+        for (const auto& [section, key] : std::span(sample.Settings).last(count))
+            Require(library.SetValue(key, value, section));
+        if constexpr (requires { library.Save(sample.OwnPath); }) Require(library.Save(sample.OwnPath));
     }
 }
 
@@ -170,7 +153,7 @@ void Sort(benchmark::State& state, const Shape& shape) {
     for ([[maybe_unused]] auto _ : state) {
         Require(INIParser::Sort(sample.Path, false));
         state.PauseTiming();
-        sample.Write();
+        WriteEach(sample.Path, {&sample.Text, 1});
         state.ResumeTiming();
     }
 }
@@ -210,45 +193,38 @@ void Register(const std::string& job, const std::string& library, Function funct
     }
 }
 
-template <class Peer>
-void RegisterPeer(const std::string& name) {
-    Register("get", name, Get<Peer>, 1, true);
-    Register("load", name, Load<Peer>);
-    Register("load CR LF", name, Load<Peer>);
-    Register("read 100", name, Get<Peer>, 100, true);
-    if constexpr (requires { &Peer::Text; }) {
-        Register("read all", name, Get<Peer>, 10'000, false);
-        Register("set", name, Set<Peer>, 1);
-        Register("write 100", name, Set<Peer>, 100);
-    }
-}
-
 [[maybe_unused]] const bool IsRegistered = [] {
     Register("get", "INIParser", Get<Parser<char>>, 1, true);
     Register("get", "INIParser wide", Get<Parser<wchar_t>, wchar_t>, 1, true);
+    Register("get", "GLib", Get<GLib>, 1, true);
     for (const char* const job : {"load", "load CR LF"}) {
         Register(job, "INIDocument", Load<Document<char>>);
         Register(job, "WINIDocument", Load<Document<wchar_t>, wchar_t>);
+        Register(job, "GLib", Load<GLib>);
+        Register(job, "inih", Load<Inih>);
     }
-    Register("set", "INIParser", Set<Parser<char>>, 1);
-    Register("set", "INIParser wide", Set<Parser<wchar_t>, wchar_t>, 1);
-    Register("sort", "INIParser", Sort);
     Register("read 100", "INIDocument", Get<Document<char>>, 100, true);
     Register("read 100", "INIParser", Get<Parser<char>>, 100, true);
-    Register("read all", "INIDocument", Get<Document<char>>, 10'000, false);
-    Register("write 100", "INIDocument", Set<Document<char>>, 100);
-    Register("write 100", "INIParser", Set<Parser<char>>, 100);
-    Register("write 100 on disk", "INIDocument", Set<Document<char>>, 100);
-    Register("add", "INIDocument", Add);
-
-    RegisterPeer<SimpleIni>("SimpleIni");
-    RegisterPeer<GLib>("GLib");
-    RegisterPeer<Inih>("inih");
-
+    Register("read 100", "GLib", Get<GLib>, 100, true);
     for (const char* const job : {"get", "load", "load CR LF", "read 100"})
         Register(job, "baseline", ReadLines);
+
+    Register("read all", "INIDocument", Get<Document<char>>, 10'000, false);
+    Register("read all", "GLib", Get<GLib>, 10'000, false);
+
+    Register("set", "INIParser", Set<Parser<char>>, 1);
+    Register("set", "INIParser wide", Set<Parser<wchar_t>, wchar_t>, 1);
+    Register("set", "GLib", Set<GLib>, 1);
+    Register("sort", "INIParser", Sort);
     for (const char* const job : {"set", "sort"}) Register(job, "baseline", WriteRecords);
-    for (const char* const job : {"write 100", "write 100 on disk"}) Register(job, "baseline", Replace);
+
+    Register("write 100", "INIParser", Set<Parser<char>>, 100);
+    Register("write 100", "GLib", Set<GLib>, 100);
+    for (const char* const job : {"write 100", "write 100 on disk"}) {
+        Register(job, "INIDocument", Set<Document<char>>, 100);
+        Register(job, "baseline", Replace);
+    }
+    Register("add", "INIDocument", Add);
     return true;
 }();
 

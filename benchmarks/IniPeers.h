@@ -3,29 +3,25 @@
 
 /// @file
 /// INI libraries behind one interface: the constructor loads a file, `GetValue` looks up a setting,
-/// `SetValue` changes one and returns whether it could, and `Text` returns what the library saves.
+/// `SetValue` changes one and returns whether it could, and `Save`, if any, writes the file.
 
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
 
+#include <glib.h>
 #include <ini.h>
 
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#define SI_NO_CONVERSION  // bytes as they are, as in the library's narrow form
-#define SI_IMPLEMENTATION
-#include <SimpleIni.h>
-#include <glib.h>
 
 /// Ends the program when a library could not do its job, which makes its time worthless.
 inline void Require(bool isDone) {
     if (!isDone) throw std::runtime_error("an INI library could not handle the file");
 }
 
-/// A document, which saves its text itself.
 template <class Char>
 struct Document : BasicINIDocument<Char> {
     explicit Document(const std::basic_string<Char>& path) { Require(this->Load(path)); }
@@ -49,23 +45,6 @@ struct Parser {
 
 using Word = const std::string&;
 
-struct SimpleIni {
-    CSimpleIniCaseA File;
-
-    explicit SimpleIni(Word path) { Require(File.LoadFile(path.c_str()) == SI_OK); }
-    std::string GetValue(Word key, Word section) const {
-        return File.GetValue(section.c_str(), key.c_str(), "");
-    }
-    bool SetValue(Word key, Word value, Word section) {
-        return File.SetValue(section.c_str(), key.c_str(), value.c_str()) >= 0;
-    }
-    std::string Text() const {
-        std::string text;
-        Require(File.Save(text) == SI_OK);
-        return text;
-    }
-};
-
 struct GLib {
     std::unique_ptr<GKeyFile, decltype(&g_key_file_free)> File{g_key_file_new(), &g_key_file_free};
 
@@ -79,7 +58,12 @@ struct GLib {
         g_key_file_set_value(File.get(), section.c_str(), key.c_str(), value.c_str());
         return true;
     }
-    std::string Text() const { return Own(g_key_file_to_data(File.get(), nullptr, nullptr)).get(); }
+    /// Writes the text in place, with a single write.
+    bool Save(Word path) const {
+        gsize size = 0;
+        const auto text = Own(g_key_file_to_data(File.get(), &size, nullptr));
+        return bool(std::ofstream(path).write(text.get(), static_cast<std::streamsize>(size)).flush());
+    }
 
     static std::unique_ptr<gchar, decltype(&g_free)> Own(gchar* text) {
         Require(text != nullptr);
@@ -87,7 +71,7 @@ struct GLib {
     }
 };
 
-/// The library hands out each setting and keeps nothing: loading copies them into a list. It cannot save.
+/// The fastest library that only loads: it hands out each setting and keeps nothing, so a list keeps them.
 struct Inih {
     struct Setting {
         std::string Section, Key, Value;
@@ -100,10 +84,5 @@ struct Inih {
             return 1;
         };
         Require(ini_parse(path.c_str(), keep, &Settings) == 0);
-    }
-    std::string GetValue(Word key, Word section) const {
-        for (const Setting& setting : Settings)
-            if (setting.Key == key && setting.Section == section) return setting.Value;
-        return {};
     }
 };

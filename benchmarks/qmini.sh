@@ -5,29 +5,22 @@
 #   benchmarks/qmini.sh QMINI [HYPERFINE OPTION...]
 set -euo pipefail
 
-qmini=$(realpath "$1")
-shift
+PATH=$(dirname "$(realpath "$1")"):$PATH
+options=(-N --style none --warmup 2 --time-unit millisecond --export-markdown table "${@:2}")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
-echo "| job | KiB | program | time | ratio to qmini |"
-echo "| --- | --- | --- | --- | --- |"
+first=1 # line of a table to print: the head only once
 for kib in 4 1024; do
     awk -v kib="$kib" 'BEGIN { for (s = 0; s < kib; s++) { print "[section" s "]"
-        for (k = 0; k < 26; k++) printf "key%02d=the value that this key has\n", k } }' |
-        tee git crudini >qmini
-    last=section$((kib - 1))
+        for (k = 0; k < 26; k++) printf "key%02d=the value that this key has\n", k } }' >"qmini-${kib}KiB.ini"
+    for program in git crudini; do cp "qmini-${kib}KiB.ini" "$program-${kib}KiB.ini"; done
+    key="${kib}KiB.ini section$((kib - 1)) key25"
     for job in get set; do
-        value=() set=()
-        [ "$job" = get ] || value=(other) set=(--set)
-        commands=("$qmini $job qmini $last key25 ${value[*]}" "git config -f git $last.key25 ${value[*]}")
-        ! command -v crudini >/dev/null ||
-            commands+=("crudini ${set[*]:---get} crudini $last key25 ${value[*]}")
-        hyperfine -N --style none --warmup 2 --export-json result.json "$@" "${commands[@]}" >/dev/null 2>&1
-        jq -r --arg job "$job" --arg kib "$kib" '.results[0].median as $ours | .results[]
-            | def digits: . * 100 | round / 100;
-            "| \($job) | \($kib) | \(.command | split("/")[-1] | split(" ")[0]) | "
-            + "\(.median * 1e3 | digits) ms | "
-            + "\(.median / $ours | digits) |"' result.json
+        value=$([ $job = get ] || echo ' other')
+        hyperfine "${options[@]}" "qmini $job qmini-$key$value" \
+            "git config -f git-${key% *}.key25$value" "crudini --$job crudini-$key$value" >/dev/null 2>&1
+        tail -n +$first table
+        first=3
     done
 done
