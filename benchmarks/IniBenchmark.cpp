@@ -58,6 +58,7 @@ struct Sample {
     explicit Sample(const Shape& shape)
         : Path((shape.IsOnDisk ? "." : fs::temp_directory_path()) / "qmUtility-benchmark.ini"),
           OwnPath(Path.begin(), Path.end()) {
+        const std::string comment = "# the values that the next setting may take" + shape.Newline;
         for (std::int64_t i = 0; i != shape.Sections; ++i) {
             const std::int64_t number = i * 7919 % shape.Sections;
             const std::string section = "Section" + std::to_string(100'000 + number);
@@ -65,10 +66,9 @@ struct Sample {
             for (int k = 0; k != shape.Keys; ++k) {
                 const std::int64_t setting = number * shape.Keys + k * 7 % shape.Keys;
                 const std::string key = "Setting" + std::to_string(1'000'000 + setting);
-                const std::string value = "value " + std::to_string(100'000 + i * 7919 % 900'000);
-                Records.push_back(k % 4 == 0 ? "# the values that the next setting may take" + shape.Newline
-                                             : "");
-                Records.back() += key + '=' + value + shape.Newline;
+                const std::string line =
+                    key + "=value " + std::to_string(100'000 + i * 7919 % 900'000) + shape.Newline;
+                Records.push_back(k % 4 == 0 ? comment + line : line);
                 Settings.emplace_back(String(section.begin(), section.end()), String(key.begin(), key.end()));
             }
         }
@@ -88,7 +88,7 @@ void ReadLines(benchmark::State& state, const Shape& shape) {
         std::size_t lines = 0;
         while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
             const std::string_view text(buffer.data(), size);
-            for (std::size_t at = 0; (at = text.find('\n', at)) != text.npos; ++at) ++lines;
+            for (std::size_t at = 0; (at = text.find('\n', at)) != std::string_view::npos; ++at) ++lines;
         }
         benchmark::DoNotOptimize(lines);
     }
