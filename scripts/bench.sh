@@ -10,9 +10,7 @@ cmake --preset benchmark >/dev/null
 cmake --build build/benchmark --target benchmarks qmini
 out=docs
 [ $# -eq 0 ] || out=build/benchmark
-if [ -d /dev/shm ]; then
-    export TMPDIR=/dev/shm # measures no disk, except for the jobs "on disk"
-fi
+[ ! -d /dev/shm ] || export TMPDIR=/dev/shm # measures no disk, except for the jobs "on disk"
 disk=$(findmnt -no FSTYPE -T build/benchmark)
 options=(--benchmark_repetitions=5 --benchmark_report_aggregates_only=true --benchmark_min_time=0.1
     --benchmark_enable_random_interleaving=true --benchmark_out=results.json)

@@ -87,14 +87,10 @@ void CountFrames(eQMFPSType mode) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    if (argc == 2 && argv[1] == std::string_view("--help")) {
+    if (argc > 1) {
         std::cout << "usage: timing_tour\n\n"
                      "Shows what each timing class reports, beside the standard library's clocks.\n";
-        return 0;
-    }
-    if (argc > 1) {
-        std::cerr << "timing_tour: takes no arguments\n";
-        return 2;
+        return argv[1] == std::string_view("--help") ? 0 : 2;
     }
     TimeIntervals();
     MarkScopes();

@@ -67,7 +67,6 @@ std::string UnifiedDifference(const std::string& name, std::string_view before, 
 
 void EachLine(std::string_view text, INISyntax syntax,
               const std::function<void(const NumberedLine&)>& visit) {
-    using ini::LineKind;
     const bool isCommon = syntax == INISyntax::Common;
     if (isCommon) text.remove_prefix(ini::ByteOrderMarkSize(text));
     NumberedLine line;
@@ -79,19 +78,18 @@ void EachLine(std::string_view text, INISyntax syntax,
         static_cast<ini::Line<char>&>(line) = scanned;
         ++line.Number;
         const bool isActive = line.IsActive();
-        if (line.Kind == LineKind::Header) {
+        if (line.IsHeader()) {
             anySection = line.Section;
             if (isActive || !isCommon) activeSection = line.Section;
         }
         line.Within = isActive ? activeSection : anySection;
-        const bool isKey = line.Kind == LineKind::Key && isActive;
-        const bool canContinue = isCommon && (isKey || line.Kind == LineKind::Other);
+        const bool isKey = line.IsActiveKey();
+        const bool canContinue = isCommon && (isKey || line.Kind == ini::LineKind::Other);
         const std::size_t own = line.Indentation().size();
         line.IsIndented = canContinue && own > indentation;
         line.Continues = line.IsIndented || (canContinue && isAfterBackslash);
-        if (!line.Continues && (canContinue || (line.Kind == LineKind::Header && isActive)))
-            indentation =
-                isKey ? own : std::string_view::npos;  // comments and empty lines do not end a value
+        if (!line.Continues && (canContinue || line.IsActiveHeader()))  // comments do not end a value
+            indentation = isKey ? own : std::string_view::npos;
         // The last of an odd number of backslashes is escaped by none.
         const std::size_t backslashes = line.Text().size() - (line.Text().find_last_not_of('\\') + 1);
         isAfterBackslash = (isKey || line.Continues) && backslashes % 2 != 0;
@@ -181,15 +179,14 @@ void EditFile(const Call& call, const Streams& streams, const std::function<void
         throw Failure{Failed, "cannot edit " + call.File + ": no regular file"};
     if (!isFilter && !isDryRun) Lock(lock, call.File, streams.Err);
     const auto before = ReadText(call, streams.In);
-    Editing editing{before, ReadDocument(call, before)};
+    Editing editing{ReadDocument(call, before)};
     edit(editing);
     const std::string after = editing.Document.Text();
     if (isDryRun)
         streams.Out << UnifiedDifference(call.FileName(), before, after);
     else if (isFilter)
         streams.Out << after;
-    else if (!platform::File::Replace(platform::SystemPath(path), after,
-                                      error))  // `Save` would copy the text
+    else if (!platform::File::Replace(platform::SystemPath(path), after, error))  // `Save` would copy it
         throw Failure{Failed, "cannot write " + call.File + ": " + error.message()};
 }
 

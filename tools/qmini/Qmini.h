@@ -63,7 +63,6 @@ struct Streams {
 
 /// A document that is edited.
 struct Editing {
-    std::string_view Before;  ///< the text of the file
     INIDocument Document;
     bool IsBatch = false;
     /// In a batch: section and name of each key of which an edit may be refused, once they have been found.
@@ -100,8 +99,6 @@ struct NumberedLine : ini::Line<char> {
     std::string_view Within;  ///< section that its record belongs to
     bool IsIndented = false;  ///< deeper than the key above, so that many programs read on in it
     bool Continues = false;   ///< whether they do, for this or for a backslash at the end of the line above
-
-    bool IsActive() const { return Commented == ' '; }
 };
 
 /// Calls `visit` with each line of a text.
