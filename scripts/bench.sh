@@ -17,11 +17,8 @@ options=(--benchmark_repetitions=5 --benchmark_report_aggregates_only=true --ben
 [ "$disk" != tmpfs ] || options+=(--benchmark_filter='-on disk')
 (cd build/benchmark && benchmarks/benchmarks "${options[@]}" "$@")
 
-# report chart|tables
-report() {
-    jq -r --arg output "$1" -f benchmarks/report.jq build/benchmark/results.json
-}
-report chart >build/benchmark/chart.tsv
+report=(jq -r -f benchmarks/report.jq build/benchmark/results.json --arg output)
+"${report[@]}" chart >build/benchmark/chart.tsv
 gnuplot -c benchmarks/chart.gp build/benchmark/chart.tsv build/benchmark/chart.svg
 tr -s '\n\t ' ' ' <build/benchmark/chart.svg >"$out/benchmarks.svg"
 
@@ -32,7 +29,7 @@ failed=0
     sed '/^## Results/q' docs/benchmarks.md
     printf '\nMeasured on %s processors (%s), %s, files in %s, on disk: %s.\n\n' \
         "$(nproc)" "${processor:-$(uname -m)}" "$system" "${TMPDIR:-/tmp}" "$disk"
-    report tables || failed=1
+    "${report[@]}" tables || failed=1
     printf '\n## qmini\n\nWhole processes, beside other command-line editors, measured with hyperfine.\n\n'
     benchmarks/qmini.sh build/benchmark/tools/qmini/qmini
 } >build/benchmark/report.md

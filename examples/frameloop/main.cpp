@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A frame loop that uses every service of the library: it draws bouncing balls, measures its frame rate,
-// rereads its settings whenever their file changes, and saves the statistics of the run in the same file.
-//
-// It draws in place with escape sequences and changes no mode of the terminal, so there is nothing to
-// restore when it is suspended or killed.
+// A frame loop that uses every service of the library. It changes no mode of the terminal, so nothing has to
+// be restored when it is suspended or killed.
 
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/framework/CString.h"
@@ -189,8 +186,7 @@ int main(int argc, char* argv[]) {
         std::cerr << "frameloop: invalid arguments; see --help\n";
         return 2;
     }
-    (void)std::signal(SIGINT, Interrupt);
-    (void)std::signal(SIGTERM, Interrupt);
+    for (const int number : {SIGINT, SIGTERM}) (void)std::signal(number, Interrupt);
 #ifdef SIGPIPE
     (void)std::signal(SIGPIPE, SIG_IGN);  // a closed output ends the loop, which then saves the statistics
 #endif

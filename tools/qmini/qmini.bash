@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Bash completion for qmini. Commands, options and arguments come from the help texts, names from the file.
 _qmini() {
-    local line=${COMP_LINE:0:COMP_POINT} word previous='' command='' usage place quote='' typed='' commented=''
+    local line=${COMP_LINE:0:COMP_POINT} word previous='' command usage place quote='' typed='' commented=''
     local -a words=() given=() places=() names=()
     COMPREPLY=()
     for word in "${COMP_WORDS[@]:0:COMP_CWORD+1}"; do # which are also split at ":" and "="
