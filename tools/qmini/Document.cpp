@@ -70,19 +70,15 @@ void EachLine(std::string_view text, INISyntax syntax,
     const bool isCommon = syntax == INISyntax::Common;
     if (isCommon) text.remove_prefix(ini::ByteOrderMarkSize(text));
     NumberedLine line;
-    std::string_view anySection;
-    std::string_view activeSection;
     std::size_t indentation = std::string_view::npos;  // of the key that deeper lines continue
     bool isAfterBackslash = false;
     ini::ScanLines(syntax, text, [&](const ini::Line<char>& scanned) {
         static_cast<ini::Line<char>&>(line) = scanned;
         ++line.Number;
-        const bool isActive = line.IsActive();
         if (line.IsHeader()) {
-            anySection = line.Section;
-            if (isActive || !isCommon) activeSection = line.Section;
+            line.Nearest = line.Section;
+            if (line.IsActive() || !isCommon) line.NearestActive = line.Section;
         }
-        line.Within = isActive ? activeSection : anySection;
         const bool isKey = line.IsActiveKey();
         const bool canContinue = isCommon && (isKey || line.Kind == ini::LineKind::Other);
         const std::size_t own = line.Indentation().size();
@@ -100,7 +96,7 @@ void EachLine(std::string_view text, INISyntax syntax,
 bool IsMatch(const NumberedLine& line, const Call& call) {
     return line.Kind == (call.Key.empty() ? ini::LineKind::Header : ini::LineKind::Key) &&
            line.IsActive() == (call.Command->Edit != Uncomment) && line.Key == call.Key &&
-           line.Within == call.Section;
+           line.Within() == call.Section;
 }
 
 std::string ReadAll(std::istream& standardInput) {

@@ -90,7 +90,7 @@ std::set<std::pair<std::string, std::string>> FindUnusual(std::string_view text,
     EachLine(text, syntax, [&](const NumberedLine& line) {
         if (line.Continues) unusual.emplace(last);
         if (line.IsActiveKey()) {
-            last = {line.Within, line.Key};
+            last = {line.Within(), line.Key};
             if (!names.insert(last).second) unusual.emplace(last);
         }
     });

@@ -134,19 +134,17 @@ void Check(const Call& call, const Streams& streams) {
 
     // The first active and the first commented-out line of each name
     std::map<std::pair<std::string_view, std::string_view>, std::pair<std::size_t, std::size_t>> firstLines;
-    std::string_view header;  // the nearest name, active or commented out
     std::vector<NumberedLine> parsed;
     EachLine(text, INISyntax::Parser, [&](const NumberedLine& line) { parsed.push_back(line); });
     EachLine(text, INISyntax::Common, [&](const NumberedLine& line) {
         add(line.Number, Remark(line));
-        header = line.IsHeader() ? line.Section : header;
-        if (line.IsActiveKey() && line.Within != header)
-            add(line.Number, "INIParser reads it in section " + Quoted(header));
+        if (line.IsActiveKey() && line.Within() != line.Nearest)
+            add(line.Number, "INIParser reads it in section " + Quoted(line.Nearest));
         if (line.IsHeader() || line.IsKey()) {
-            auto& [active, commentedOut] = firstLines[{line.Within, line.Key}];
+            auto& [active, commentedOut] = firstLines[{line.Within(), line.Key}];
             const bool isActive = line.IsActive();
             const std::string name = (line.Key.empty() ? "" : "key " + Quoted(line.Key) + " in ") +
-                                     "section " + Quoted(line.Within);
+                                     "section " + Quoted(line.Within());
             if (isActive && active != 0)
                 add(line.Number, "duplicate " + name + ": first in line " + std::to_string(active));
             else if (isActive && commentedOut != 0)

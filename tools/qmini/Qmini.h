@@ -95,10 +95,13 @@ inline std::string Quoted(std::string_view text) { return '"' + std::string(text
 
 /// A line of a file, and what it means where it stands.
 struct NumberedLine : ini::Line<char> {
-    std::size_t Number = 0;   ///< from 1
-    std::string_view Within;  ///< section that its record belongs to
-    bool IsIndented = false;  ///< deeper than the key above, so that many programs read on in it
-    bool Continues = false;   ///< whether they do, for this or for a backslash at the end of the line above
+    std::size_t Number = 0;          ///< from 1
+    std::string_view Nearest;        ///< name of the nearest header, active or commented out
+    std::string_view NearestActive;  ///< name of the nearest header that an active key belongs to
+    bool IsIndented = false;         ///< deeper than the key above, so that many programs read on in it
+    bool Continues = false;  ///< whether they do, for this or for a backslash at the end of the line above
+
+    std::string_view Within() const { return IsActive() ? NearestActive : Nearest; }  ///< its section
 };
 
 /// Calls `visit` with each line of a text.
