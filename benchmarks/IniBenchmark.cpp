@@ -103,13 +103,13 @@ struct Inih {
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 /// Opens a file without a buffer, so that each call is one of the system.
-File Open(const std::string& path, const char* mode) {
+File Open(const fs::path& path, const char* mode) {
     File file(std::fopen(path.c_str(), mode), std::fclose);
     Require(file && std::setvbuf(file.get(), nullptr, _IONBF, 0) == 0);
     return file;
 }
 
-void WriteEach(const std::string& path, std::span<const std::string> pieces) {
+void WriteEach(const fs::path& path, std::span<const std::string> pieces) {
     const File file = Open(path, "w");
     for (const std::string& piece : pieces)
         Require(std::fwrite(piece.data(), 1, piece.size(), file.get()) == piece.size());
@@ -130,15 +130,14 @@ template <class Char>
 struct Sample {
     using String = std::basic_string<Char>;
 
-    std::string Path;
-    String OwnPath;  ///< in the characters of the library
+    String Path;
     std::string Text;
     std::vector<std::string> Records;                 ///< the text in the pieces that are written in place
     std::vector<std::pair<String, String>> Settings;  ///< section and key
 
     explicit Sample(const Shape& shape)
-        : Path((shape.IsOnDisk ? "." : fs::temp_directory_path()) / "qmUtility-benchmark.ini"),
-          OwnPath(Path.begin(), Path.end()) {
+        : Path(((shape.IsOnDisk ? "." : fs::temp_directory_path()) / "qmUtility-benchmark.ini")
+                   .string<Char>()) {
         const std::string comment = "# the values that the next setting may take" + shape.Newline;
         for (std::int64_t i = 0; i != shape.Sections; ++i) {
             const std::int64_t number = i * 7919 % shape.Sections;
@@ -198,7 +197,7 @@ void Replace(benchmark::State& state, const Shape& shape) {
 template <class Library, class Char = char>
 void Load(benchmark::State& state, const Shape& shape) {
     const Sample<Char> sample(shape);
-    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(Library(sample.OwnPath));
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(Library(sample.Path));
 }
 
 /// Looks up the last settings of a file, which is loaded every time: a library may defer work to a lookup.
@@ -208,7 +207,7 @@ void Get(benchmark::State& state, const Shape& shape, std::size_t count, bool is
     std::optional<const Library> library;
     for ([[maybe_unused]] auto _ : state) {
         if (!isLoadTimed) state.PauseTiming();
-        library.emplace(sample.OwnPath);
+        library.emplace(sample.Path);
         if (!isLoadTimed) state.ResumeTiming();
         for (const auto& [section, key] : std::span(sample.Settings).last(count))
             Require(!library->GetValue(key, section).empty());
@@ -222,10 +221,10 @@ void Set(benchmark::State& state, const Shape& shape, std::size_t count) {
     std::basic_string<Char> value(12, 'A');  // as long as the values in the file
     for ([[maybe_unused]] auto _ : state) {
         value.back() ^= 1;  // a new value each time
-        Library library(sample.OwnPath);
+        Library library(sample.Path);
         for (const auto& [section, key] : std::span(sample.Settings).last(count))
             Require(library.SetValue(key, value, section));
-        if constexpr (requires { library.Save(sample.OwnPath); }) Require(library.Save(sample.OwnPath));
+        if constexpr (requires { library.Save(sample.Path); }) Require(library.Save(sample.Path));
     }
 }
 

@@ -68,16 +68,14 @@ public:
     /// Saves the statistics, and keeps what else the file contains now.
     /// @throws std::system_error when the file cannot be read or written
     void SaveStatistics(const CQMFPSCounter& counter, double seconds) {
-        const auto toSeconds = [&](auto ticks) {
-            return static_cast<double>(ticks) / static_cast<double>(counter.GetTickPeriod());
-        };
+        const auto period = static_cast<double>(counter.GetTickPeriod());
         Load();
         Set("Frames", counter.GetTotalFrame());
         Set("Seconds", seconds);
         Set("FramesPerSecond", static_cast<double>(counter.GetTotalFrame()) / seconds);
-        Set("ShortestFrame", toSeconds(counter.GetTickMinimum()));
-        Set("AverageFrame", toSeconds(counter.GetTickAverage()));
-        Set("LongestFrame", toSeconds(counter.GetTickMaximum()));
+        Set("ShortestFrame", static_cast<double>(counter.GetTickMinimum()) / period);
+        Set("AverageFrame", counter.GetTickAverage() / period);
+        Set("LongestFrame", static_cast<double>(counter.GetTickMaximum()) / period);
         std::error_code error;
         if (!m_values.Save(m_file, error)) throw std::system_error(error);
     }
