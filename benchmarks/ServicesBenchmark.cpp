@@ -20,6 +20,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,8 @@ namespace {
 
 /// Registers a case that calls a function while standard output goes nowhere.
 template <class Function>
-void Register(const char* name, Function function) {
-    benchmark::RegisterBenchmark(name, [function](benchmark::State& state) {
+auto* Register(const char* name, Function function) {
+    return benchmark::RegisterBenchmark(name, [function](benchmark::State& state) {
         const int output = dup(STDOUT_FILENO);
         const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
         dup2(nowhere, STDOUT_FILENO);
@@ -61,6 +62,26 @@ const wchar_t* const WideName = L"Loading the project";
 CQMTimer stopwatch;
 CQMFPSCounter instantFrames(eQMFPSType_Instant);
 CQMFPSCounter averageFrames(eQMFPSType_Average);
+
+const auto Folder = std::filesystem::temp_directory_path() / "qmUtility-filecheck-benchmark";
+std::vector<std::string> paths;
+
+void WatchFiles(const benchmark::State&) {
+    std::filesystem::create_directory(Folder);
+    for (int i = 0; i != 10'000; ++i) {
+        const auto path = Folder / ("settings-of-module-" + std::to_string(i) + ".ini");
+        std::ofstream(path) << i;
+        paths.push_back(path);
+        CQMFileCheckAPI::AddWatchDog(path.wstring().c_str());
+    }
+    CQMFileCheckAPI::Enable(true);
+}
+
+void RemoveFiles(const benchmark::State&) {
+    CQMFileCheckAPI::Initialize();
+    paths.clear();
+    std::filesystem::remove_all(Folder);
+}
 
 [[maybe_unused]] const bool IsRegistered = [] {
     Register("stopwatch, start and read/qmUtility", [] {
@@ -97,50 +118,20 @@ CQMFPSCounter averageFrames(eQMFPSType_Average);
         averageFrames.Start();
         averageFrames.End();
     });
-    for (const char* const name :
-         {"frame, instant mode/two tick reads", "frame, average mode/two tick reads"})
-        Register(name, [] { ReadTicks(2); });
+    Register("frame, instant mode/two tick reads", [] { ReadTicks(2); });
+    Register("frame, average mode/two tick reads", [] { ReadTicks(2); });
     Register("frame counter, construct/qmUtility", [] { const CQMFPSCounter counter; });
     Register("frame counter, construct/the 2,002 tick reads of its calibration", [] { ReadTicks(2002); });
+
+    auto* const check = Register("check of 10,000 files/qmUtility", [] {
+        if (CQMFileCheckAPI::Check()) throw std::runtime_error("a file was modified");
+    });
+    auto* const statusCalls = Register("check of 10,000 files/a status call for each", [] {
+        struct stat status;
+        for (const std::string& path : paths) benchmark::DoNotOptimize(stat(path.c_str(), &status));
+    });
+    for (auto* const benchmark : {check, statusCalls}) benchmark->Setup(WatchFiles)->Teardown(RemoveFiles);
     return true;
 }();
-
-const auto Folder = std::filesystem::temp_directory_path() / "qmUtility-filecheck-benchmark";
-std::vector<std::string> paths;
-
-void WatchFiles(const benchmark::State&) {
-    std::filesystem::create_directory(Folder);
-    for (int i = 0; i != 10'000; ++i) {
-        const auto path = Folder / ("settings-of-module-" + std::to_string(i) + ".ini");
-        std::ofstream(path) << i;
-        paths.push_back(path);
-        CQMFileCheckAPI::AddWatchDog(path.wstring().c_str());
-    }
-    CQMFileCheckAPI::Enable(true);
-}
-
-void RemoveFiles(const benchmark::State&) {
-    CQMFileCheckAPI::Initialize();
-    paths.clear();
-    std::filesystem::remove_all(Folder);
-}
-
-void Check(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state)
-        if (CQMFileCheckAPI::Check()) state.SkipWithError("a file was modified");
-}
-BENCHMARK(Check)->Name("check of 10,000 files/qmUtility")->Setup(WatchFiles)->Teardown(RemoveFiles);
-
-void StatusCalls(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state)
-        for (const std::string& path : paths) {
-            struct stat status;
-            benchmark::DoNotOptimize(stat(path.c_str(), &status));
-        }
-}
-BENCHMARK(StatusCalls)
-    ->Name("check of 10,000 files/a status call for each")
-    ->Setup(WatchFiles)
-    ->Teardown(RemoveFiles);
 
 }  // namespace

@@ -4,10 +4,8 @@
 
 # The most that a case may take: a ratio to another case, or to the fastest "peer" or "baseline" of its job.
 def targets: [
-    (64, 1024 | ["get/INIParser/\(.)", "baseline", 0.7],
-                ["get/INIParser wide/\(.)", "baseline", 0.7],
-                ["set/INIParser/\(.)", "baseline", 1.4],
-                ["set/INIParser wide/\(.)", "baseline", 1.4]),
+    ("INIParser/64", "INIParser wide/64", "INIParser/1024", "INIParser wide/1024"
+        | ["get/\(.)", "baseline", 0.7], ["set/\(.)", "baseline", 1.4]),
     ["sort/INIParser/1024", "baseline", 2],
     ["sort/INIParser/16384", "sort/INIParser/1024", 25],
     (64, 1024, 16384 | ["load/INIDocument/\(.)", "peer", 0.2],

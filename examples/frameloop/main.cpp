@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A frame loop that uses every service of the library: it draws bouncing balls, measures its frame rate,
-// rereads its settings whenever their file changes, and saves the statistics of the run in the same file.
-//
-// It draws in place with escape sequences and changes no mode of the terminal, so there is nothing to
-// restore when it is suspended or killed.
+// A frame loop that uses every service of the library. It changes no mode of the terminal, so nothing has to
+// be restored when it is suspended or killed.
 
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/framework/CString.h"
@@ -71,16 +68,14 @@ public:
     /// Saves the statistics, and keeps what else the file contains now.
     /// @throws std::system_error when the file cannot be read or written
     void SaveStatistics(const CQMFPSCounter& counter, double seconds) {
-        const auto toSeconds = [&](auto ticks) {
-            return static_cast<double>(ticks) / static_cast<double>(counter.GetTickPeriod());
-        };
+        const auto period = static_cast<double>(counter.GetTickPeriod());
         Load();
         Set("Frames", counter.GetTotalFrame());
         Set("Seconds", seconds);
         Set("FramesPerSecond", static_cast<double>(counter.GetTotalFrame()) / seconds);
-        Set("ShortestFrame", toSeconds(counter.GetTickMinimum()));
-        Set("AverageFrame", toSeconds(counter.GetTickAverage()));
-        Set("LongestFrame", toSeconds(counter.GetTickMaximum()));
+        Set("ShortestFrame", static_cast<double>(counter.GetTickMinimum()) / period);
+        Set("AverageFrame", counter.GetTickAverage() / period);
+        Set("LongestFrame", static_cast<double>(counter.GetTickMaximum()) / period);
         std::error_code error;
         if (!m_values.Save(m_file, error)) throw std::system_error(error);
     }
@@ -189,8 +184,7 @@ int main(int argc, char* argv[]) {
         std::cerr << "frameloop: invalid arguments; see --help\n";
         return 2;
     }
-    (void)std::signal(SIGINT, Interrupt);
-    (void)std::signal(SIGTERM, Interrupt);
+    for (const int number : {SIGINT, SIGTERM}) (void)std::signal(number, Interrupt);
 #ifdef SIGPIPE
     (void)std::signal(SIGPIPE, SIG_IGN);  // a closed output ends the loop, which then saves the statistics
 #endif

@@ -67,31 +67,25 @@ std::string UnifiedDifference(const std::string& name, std::string_view before, 
 
 void EachLine(std::string_view text, INISyntax syntax,
               const std::function<void(const NumberedLine&)>& visit) {
-    using ini::LineKind;
     const bool isCommon = syntax == INISyntax::Common;
     if (isCommon) text.remove_prefix(ini::ByteOrderMarkSize(text));
     NumberedLine line;
-    std::string_view anySection;
-    std::string_view activeSection;
     std::size_t indentation = std::string_view::npos;  // of the key that deeper lines continue
     bool isAfterBackslash = false;
     ini::ScanLines(syntax, text, [&](const ini::Line<char>& scanned) {
         static_cast<ini::Line<char>&>(line) = scanned;
         ++line.Number;
-        const bool isActive = line.IsActive();
-        if (line.Kind == LineKind::Header) {
-            anySection = line.Section;
-            if (isActive || !isCommon) activeSection = line.Section;
+        if (line.IsHeader()) {
+            line.Nearest = line.Section;
+            if (line.IsActive() || !isCommon) line.NearestActive = line.Section;
         }
-        line.Within = isActive ? activeSection : anySection;
-        const bool isKey = line.Kind == LineKind::Key && isActive;
-        const bool canContinue = isCommon && (isKey || line.Kind == LineKind::Other);
+        const bool isKey = line.IsActiveKey();
+        const bool canContinue = isCommon && (isKey || line.Kind == ini::LineKind::Other);
         const std::size_t own = line.Indentation().size();
         line.IsIndented = canContinue && own > indentation;
         line.Continues = line.IsIndented || (canContinue && isAfterBackslash);
-        if (!line.Continues && (canContinue || (line.Kind == LineKind::Header && isActive)))
-            indentation =
-                isKey ? own : std::string_view::npos;  // comments and empty lines do not end a value
+        if (!line.Continues && (canContinue || line.IsActiveHeader()))  // comments do not end a value
+            indentation = isKey ? own : std::string_view::npos;
         // The last of an odd number of backslashes is escaped by none.
         const std::size_t backslashes = line.Text().size() - (line.Text().find_last_not_of('\\') + 1);
         isAfterBackslash = (isKey || line.Continues) && backslashes % 2 != 0;
@@ -102,7 +96,7 @@ void EachLine(std::string_view text, INISyntax syntax,
 bool IsMatch(const NumberedLine& line, const Call& call) {
     return line.Kind == (call.Key.empty() ? ini::LineKind::Header : ini::LineKind::Key) &&
            line.IsActive() == (call.Command->Edit != Uncomment) && line.Key == call.Key &&
-           line.Within == call.Section;
+           line.Within() == call.Section;
 }
 
 std::string ReadAll(std::istream& standardInput) {
@@ -181,15 +175,14 @@ void EditFile(const Call& call, const Streams& streams, const std::function<void
         throw Failure{Failed, "cannot edit " + call.File + ": no regular file"};
     if (!isFilter && !isDryRun) Lock(lock, call.File, streams.Err);
     const auto before = ReadText(call, streams.In);
-    Editing editing{before, ReadDocument(call, before)};
+    Editing editing{ReadDocument(call, before)};
     edit(editing);
     const std::string after = editing.Document.Text();
     if (isDryRun)
         streams.Out << UnifiedDifference(call.FileName(), before, after);
     else if (isFilter)
         streams.Out << after;
-    else if (!platform::File::Replace(platform::SystemPath(path), after,
-                                      error))  // `Save` would copy the text
+    else if (!platform::File::Replace(platform::SystemPath(path), after, error))  // `Save` would copy it
         throw Failure{Failed, "cannot write " + call.File + ": " + error.message()};
 }
 

@@ -89,8 +89,8 @@ std::set<std::pair<std::string, std::string>> FindUnusual(std::string_view text,
     std::pair<std::string_view, std::string_view> last;
     EachLine(text, syntax, [&](const NumberedLine& line) {
         if (line.Continues) unusual.emplace(last);
-        if (line.Kind == ini::LineKind::Key && line.IsActive()) {
-            last = {line.Within, line.Key};
+        if (line.IsActiveKey()) {
+            last = {line.Within(), line.Key};
             if (!names.insert(last).second) unusual.emplace(last);
         }
     });
@@ -100,12 +100,10 @@ std::set<std::pair<std::string, std::string>> FindUnusual(std::string_view text,
 /// Makes sure that the line of the call's key, if it is there, is all of it.
 void RequirePlain(const Call& call, Editing& editing) {
     if (call.Has("--force") || call.Key.empty()) return;
-    if (!editing.IsBatch) {
-        RefuseUnlessPlain(call, editing.Before);
-        return;
-    }
-    if (!editing.Unusual) editing.Unusual = FindUnusual(editing.Document.Text(), call.Syntax());
-    if (editing.Unusual->contains({call.Section, call.Key})) RefuseUnlessPlain(call, editing.Document.Text());
+    if (editing.IsBatch && !editing.Unusual)
+        editing.Unusual = FindUnusual(editing.Document.Text(), call.Syntax());
+    if (!editing.IsBatch || editing.Unusual->contains({call.Section, call.Key}))
+        RefuseUnlessPlain(call, editing.Document.Text());
 }
 
 /// Says why the document does not make an edit.

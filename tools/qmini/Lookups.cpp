@@ -10,8 +10,6 @@
 
 namespace qmini {
 
-using ini::LineKind;
-
 namespace {
 
 /// @return the text as a string of JSON
@@ -59,21 +57,19 @@ std::string Remark(const NumberedLine& line) {
     if (line.Text().find('\r') != std::string_view::npos)
         return "carriage return inside the line: many programs end it there";
     if (line.Text().starts_with('[') && close == std::string_view::npos) return "header without \"]\"";
-    if (line.Kind == LineKind::Other) return "neither a header nor a key nor a comment";
-    if (line.Kind == LineKind::Header && close + 1 != line.Text().size())
+    if (line.Kind == ini::LineKind::Other) return "neither a header nor a key nor a comment";
+    if (line.IsHeader() && close + 1 != line.Text().size())
         return "text after \"]\": " + Quoted(ini::Trimmed(line.Text().substr(close + 1)));
     return {};
 }
 
 /// @return what `INIParser` reads in place of a line; empty when it reads the same
 std::string Difference(const NumberedLine& line, const NumberedLine& parsed) {
-    if (parsed.Kind == LineKind::MalformedHeader)
+    if (parsed.Kind == ini::LineKind::MalformedHeader)
         return "INIParser cannot read the file: \"[\" without \"]\"";
-    if (parsed.Kind == LineKind::Header &&
-        (line.Kind != LineKind::Header || parsed.HasKey || parsed.Section != line.Section))
+    if (parsed.IsHeader() && (!line.IsHeader() || parsed.HasKey || parsed.Section != line.Section))
         return "INIParser reads the header of section " + Quoted(parsed.Section);
-    if (parsed.Kind == LineKind::Key &&
-        (line.Kind != LineKind::Key || parsed.Key != line.Key || parsed.Value != line.Value))
+    if (parsed.IsKey() && (!line.IsKey() || parsed.Key != line.Key || parsed.Value != line.Value))
         return "INIParser reads key " + Quoted(parsed.Key) + " with value " + Quoted(parsed.Value);
     return {};
 }
@@ -89,13 +85,10 @@ void Get(const Call& call, const Streams& streams) {
         });
     if (!value) {
         const INIDocument document = ReadDocument(call, text);
-        if (const auto record = document.GetRecord(call.Key, call.Section))
-            value = record->Value;
-        else if (const auto other = FindCommentedOut(document, call.Key, call.Section);
-                 other && call.Has("--commented"))
-            value = other->Value;
-        else if (!(value = call.Value("--default")))
-            RequireActive(document, call);
+        value = document.Get<std::string>(call.Key, call.Section);
+        const auto other = FindCommentedOut(document, call.Key, call.Section);
+        if (!value && other && call.Has("--commented")) value = other->Value;
+        if (!value && !(value = call.Value("--default"))) RequireActive(document, call);
     }
     streams.Out << *value << '\n';
 }
@@ -141,19 +134,17 @@ void Check(const Call& call, const Streams& streams) {
 
     // The first active and the first commented-out line of each name
     std::map<std::pair<std::string_view, std::string_view>, std::pair<std::size_t, std::size_t>> firstLines;
-    std::string_view header;  // the nearest name, active or commented out
     std::vector<NumberedLine> parsed;
     EachLine(text, INISyntax::Parser, [&](const NumberedLine& line) { parsed.push_back(line); });
     EachLine(text, INISyntax::Common, [&](const NumberedLine& line) {
         add(line.Number, Remark(line));
-        header = line.Kind == LineKind::Header ? line.Section : header;
-        if (line.Kind == LineKind::Key && line.IsActive() && line.Within != header)
-            add(line.Number, "INIParser reads it in section " + Quoted(header));
-        if (line.Kind == LineKind::Header || line.Kind == LineKind::Key) {
-            auto& [active, commentedOut] = firstLines[{line.Within, line.Key}];
+        if (line.IsActiveKey() && line.Within() != line.Nearest)
+            add(line.Number, "INIParser reads it in section " + Quoted(line.Nearest));
+        if (line.IsHeader() || line.IsKey()) {
+            auto& [active, commentedOut] = firstLines[{line.Within(), line.Key}];
             const bool isActive = line.IsActive();
             const std::string name = (line.Key.empty() ? "" : "key " + Quoted(line.Key) + " in ") +
-                                     "section " + Quoted(line.Within);
+                                     "section " + Quoted(line.Within());
             if (isActive && active != 0)
                 add(line.Number, "duplicate " + name + ": first in line " + std::to_string(active));
             else if (isActive && commentedOut != 0)

@@ -63,7 +63,6 @@ struct Streams {
 
 /// A document that is edited.
 struct Editing {
-    std::string_view Before;  ///< the text of the file
     INIDocument Document;
     bool IsBatch = false;
     /// In a batch: section and name of each key of which an edit may be refused, once they have been found.
@@ -96,12 +95,13 @@ inline std::string Quoted(std::string_view text) { return '"' + std::string(text
 
 /// A line of a file, and what it means where it stands.
 struct NumberedLine : ini::Line<char> {
-    std::size_t Number = 0;   ///< from 1
-    std::string_view Within;  ///< section that its record belongs to
-    bool IsIndented = false;  ///< deeper than the key above, so that many programs read on in it
-    bool Continues = false;   ///< whether they do, for this or for a backslash at the end of the line above
+    std::size_t Number = 0;          ///< from 1
+    std::string_view Nearest;        ///< name of the nearest header, active or commented out
+    std::string_view NearestActive;  ///< name of the nearest header that an active key belongs to
+    bool IsIndented = false;         ///< deeper than the key above, so that many programs read on in it
+    bool Continues = false;  ///< whether they do, for this or for a backslash at the end of the line above
 
-    bool IsActive() const { return Commented == ' '; }
+    std::string_view Within() const { return IsActive() ? NearestActive : Nearest; }  ///< its section
 };
 
 /// Calls `visit` with each line of a text.

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Bash completion for qmini. Commands, options and arguments come from the help texts, names from the file.
 _qmini() {
-    local line=${COMP_LINE:0:COMP_POINT} word previous='' command='' usage quote='' typed='' commented=''
+    local line=${COMP_LINE:0:COMP_POINT} word previous='' command usage place quote='' typed='' commented=''
     local -a words=() given=() places=() names=()
     COMPREPLY=()
     for word in "${COMP_WORDS[@]:0:COMP_CWORD+1}"; do # which are also split at ":" and "="
@@ -27,19 +27,17 @@ _qmini() {
     fi
     command=${given[0]}
     usage=$(qmini "$command" --help 2>/dev/null | sed -n 's/^usage: qmini [a-z]* //p')
-    if [[ $previous == --with ]]; then
-        names=('#' ';')
-    elif [[ $current == -?* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "--help $(grep -o -e '-[-a-z][-a-z]*' <<<"$usage")" -- "$current")
-        return
-    fi
-    [[ $command != uncomment && " ${words[*]} " != *' --commented '* ]] || commented=--commented
     read -ra places <<<"$usage"
-    [[ ${#names[@]} -gt 0 ]] || case ${places[${#given[@]} - 1]} in
-    FILE)
-        compopt -o default # readline's own completion of file names
-        return
+    place=${places[${#given[@]} - 1]}
+    [[ $current != -?* ]] || place=OPTION
+    [[ $previous != --with ]] || place=CHAR
+    [[ $command != uncomment && " ${words[*]} " != *' --commented '* ]] || commented=--commented
+    case $place in
+    OPTION)
+        mapfile -t COMPREPLY < <(compgen -W "--help $(grep -o -e '-[-a-z][-a-z]*' <<<"$usage")" -- "$current")
         ;;
+    CHAR) names=('#' ';') ;;
+    FILE) compopt -o default ;; # readline's own completion of file names
     SECTION | '[SECTION]' | OLD)
         mapfile -d '' -t names < <(qmini sections -z $commented "${given[1]}" 2>/dev/null)
         ;;
