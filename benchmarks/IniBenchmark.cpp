@@ -12,6 +12,7 @@
 #include <ini.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -97,6 +98,10 @@ struct Inih {
             return 1;
         };
         Require(ini_parse(path.c_str(), keep, &Settings) == 0);
+    }
+    std::string GetValue(Word key, Word section) const {
+        const auto isWanted = [&](const auto& s) { return s[0] == section && s[1] == key; };
+        return std::ranges::find_if(Settings, isWanted)->back();
     }
 };
 
@@ -276,7 +281,7 @@ void Register(const std::string& job, const std::string& library, Function funct
 [[maybe_unused]] const bool IsRegistered = [] {
     Register("get", "INIParser", Get<Parser<char>>, 1, true);
     Register("get", "INIParser wide", Get<Parser<wchar_t>, wchar_t>, 1, true);
-    Register("get", "GLib", Get<GLib>, 1, true);
+    Register("get", "inih", Get<Inih>, 1, true);
     for (const char* const job : {"load", "load CR LF"}) {
         Register(job, "INIDocument", Load<Document<char>>);
         Register(job, "WINIDocument", Load<Document<wchar_t>, wchar_t>);

@@ -14,8 +14,7 @@ for group in "$@"; do
     asan-ubsan | tsan) ;;
     lint) packages+=(clang-format clang-tidy cppcheck libclang-rt-14-dev) ;;
     bench)
-        packages+=(libbenchmark-dev libfmt-dev libsimpleini-dev libglib2.0-dev libinih-dev)
-        packages+=(gnuplot-nox jq crudini hyperfine)
+        packages+=(libbenchmark-dev libfmt-dev libglib2.0-dev libinih-dev gnuplot-nox jq crudini hyperfine)
         ;;
     docs) packages+=(doxygen) ;;
     release) packages+=(lintian) ;; # checks the Debian packages
