@@ -11,8 +11,8 @@
 /// Runs the statements below one heading of a document in a temporary folder.
 class Document : public TemporaryFolder {
 protected:
-    Document() { std::filesystem::current_path(Path(".")); }
-    ~Document() override { std::filesystem::current_path(m_former); }
+    Document() { std::filesystem::current_path(Path("")); }
+    ~Document() override { std::filesystem::current_path(std::filesystem::temp_directory_path()); }
 
     /// Statements begin: captures their output until `Ran`.
     static void Run() {
@@ -38,7 +38,4 @@ protected:
 
     std::string m_console;
     std::string m_debugger;
-
-private:
-    const std::filesystem::path m_former = std::filesystem::current_path();
 };
