@@ -43,10 +43,8 @@ constexpr auto ByteOrderMark = "\xEF\xBB\xBF";
 inline Record ReadParser(std::string line) {
     Record record;
     record.IsHeader = Has(line, '[');
-    if (record.IsHeader) {
-        line.erase(0, 1);
-        record.Section = line.erase(line.find(']'));
-    }
+    if (record.IsHeader) line.erase(0, 1);
+    if (record.IsHeader) record.Section = line.erase(line.find(']'));
     record.IsNothing = !record.IsHeader && !Has(line, '=');
     if (Has(line, '=')) {
         record.Key = line.substr(0, line.find('='));

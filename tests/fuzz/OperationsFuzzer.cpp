@@ -26,8 +26,7 @@ std::string ReadFile() {
 }
 
 /// @return how many elements both lists have, in the same order.
-template <class List>
-std::size_t CountCommon(const List& a, const List& b) {
+std::size_t CountCommon(const auto& a, const auto& b) {
     std::vector<std::size_t> counts(b.size() + 1);  // of those of `a` so far and each number of those of `b`
     for (const auto& element : a)
         for (std::size_t j = 0, diagonal = 0; j != b.size(); ++j) {
@@ -76,8 +75,8 @@ struct Session {
     void Load() {
         List = model::Load(Text, Syntax);
         if (IsFile) return assert(ReadFile() == Text);
-        assert(ListOf(Document) == List);
-        assert(ListOf(INIDocument(Document)) == List);  // the copy reads the text
+        const INIDocument copy = Document;  // which reads the text
+        assert(ListOf(Document) == List && ListOf(copy) == List);
     }
 
     /// @return the first record of a key; in a document the first active one, or, for no key, the header
@@ -234,8 +233,9 @@ struct Session {
         const Record* const found = Find(List, Key, Section);
         const std::string value = found != nullptr ? found->Value : "";
         const std::string names = Key + Other + (found != nullptr ? "" : Section);
-        const bool isPlain = !Key.empty() && (found == nullptr || !found->IsHeader) &&
-                             names.find_first_not_of("0123456789abcdefghijklmnopqrstuvwxyz") == names.npos;
+        const bool isPlain =
+            !Key.empty() && (found == nullptr || !found->IsHeader) &&
+            names.find_first_not_of("0123456789abcdefghijklmnopqrstuvwxyz") == std::string::npos;
         auto expected = List;
         const auto [isMade, isPossible, lost, added] = Edit(operation, expected);
         if (IsFile) {
@@ -249,10 +249,9 @@ struct Session {
         if (!isMade) return assert(operation != 1 || Syntax != INISyntax::Parser || !isPlain);
         const auto before = Split(text, text);
         const auto after = Split(Text, text);
-        if (operation == 11) {
-            assert(std::ranges::is_permutation(expected, List));
-            return assert(std::ranges::is_permutation(before, after));
-        }
+        if (operation == 11)
+            return assert(std::ranges::is_permutation(expected, List) &&
+                          std::ranges::is_permutation(before, after));
         const auto common = CountCommon(before, after);
         assert(common + lost >= before.size() && common + added >= after.size());
         assert(before[0] == after[0]);
@@ -261,15 +260,17 @@ struct Session {
         if (operation == 2) assert(Document.SectionExists(Section));
         if (operation != 1) return;
         assert(Document.GetValue(Key, Section) == Other);
-        auto copy = Document;
-        if (!Other.empty() && !value.empty())
-            assert(copy.SetValue(Key, value, Section) && copy.Text() == text);  // the old value
+        if (Other.empty() || value.empty()) return;  // where the value begins differs
+        INIDocument copy = Document;
+        const bool isUndone = copy.SetValue(Key, value, Section);
+        assert(isUndone && copy.Text() == text);
     }
 
     void Run(int steps) {
         // What was loaded is in memory of just its size: the address sanitizer detects a read past it.
-        const bool isText = Syntax == INISyntax::Parser || Text.find('\0') == std::string::npos;
-        assert(IsFile || Document.Load(Path) == isText);
+        const bool isText = Syntax == INISyntax::Parser || !model::Has(Text, '\0');
+        const bool isLoaded = IsFile || Document.Load(Path);
+        assert(isLoaded == isText);
         if (!isText) return;
         for (Load(); steps != 0; --steps) Step();
         assert(IsFile || Document.Save(Path));
@@ -277,13 +278,13 @@ struct Session {
     }
 };
 
-bool IsMalformed(const auto& read) {
+/// Makes a call that has to report a malformed header.
+void ReadMalformed(const auto& read) {
     try {
         read();
+        assert(false);
     } catch (const std::out_of_range&) {
-        return true;
     }
-    return false;
 }
 
 }  // namespace
@@ -300,10 +301,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     try {
         Session{data, text, kind == 0, syntax}.Run(steps);
     } catch (const std::out_of_range&) {  // by the model or the library: the others throw, too
-        assert(IsMalformed([=] { model::Load(ReadFile(), syntax); }));
-        assert(IsMalformed([=] { INIDocument(syntax).Load(Path); }));
-        assert(IsMalformed([] { INIParser::GetValue("k", "S", Path); }));
-        assert(IsMalformed([] { INIParser::Sort(Path, false); }));
+        ReadMalformed([=] { model::Load(ReadFile(), syntax); });
+        ReadMalformed([=] { INIDocument(syntax).Load(Path); });
+        ReadMalformed([] { INIParser::GetValue("k", "S", Path); });
+        ReadMalformed([] { INIParser::Sort(Path, false); });
     }
     return 0;
 }
