@@ -24,8 +24,8 @@ protected:
         m_debugger = Figures(testing::internal::GetCapturedStderr());
     }
 
-    /// @return the text with 0 for each digit, since numbers depend on the machine. A minus sign is dropped: a
-    ///   duration that is less than the measured cost of a counter read is negative.
+    /// @return the text with 0 for each digit, since numbers depend on the machine, and without their minus
+    ///   signs: a duration that is less than the measured cost of a counter read is negative.
     static std::string Figures(const std::string& text) {
         std::string figures;
         for (const char c : text) {
