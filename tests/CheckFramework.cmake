@@ -8,18 +8,15 @@ execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET
 file(READ "${BINARY_DIR}/compile_commands.json" commands)
 string(REGEX MATCHALL "(framework/[^ /]*|Kernel[^ /]*)\\.cpp\"" sources "${commands}")
 
-file(GLOB headers RELATIVE "${SOURCE_DIR}" "${SOURCE_DIR}/qmUtility/framework/*.h")
-file(WRITE "${BINARY_DIR}/all.cpp" "")
-foreach(header IN LISTS headers ITEMS qmUtility/platform/Kernel.h)
-  file(APPEND "${BINARY_DIR}/all.cpp" "#include \"${header}\"\n")
-endforeach()
+file(GLOB headers "${SOURCE_DIR}/qmUtility/framework/*.h" "${SOURCE_DIR}/qmUtility/platform/Kernel.h")
 foreach(name IN ITEMS afxdllx afxtempl afxwin)
   file(WRITE "${BINARY_DIR}/stubs/${name}.h" "#pragma once\n${name}\n")
 endforeach()
 execute_process(COMMAND_ERROR_IS_FATAL ANY OUTPUT_VARIABLE declarations
-  COMMAND "${CXX_COMPILER}" -E -P -DQMUTILITY_FRAMEWORK "-I${SOURCE_DIR}" "-I${BINARY_DIR}/stubs"
-    "${BINARY_DIR}/all.cpp")
+  COMMAND "${CXX_COMPILER}" -E -P -w
+    -DQMUTILITY_FRAMEWORK "-I${SOURCE_DIR}" "-I${BINARY_DIR}/stubs" ${headers})
 string(REGEX MATCHALL "[^ \n]+" words "${declarations}")
+list(REMOVE_DUPLICATES words)
 list(SORT words)
 
 if(NOT commands MATCHES "DQMUTILITY_FRAMEWORK" OR sources OR NOT words STREQUAL "afxdllx;afxtempl;afxwin")

@@ -19,10 +19,9 @@ function raw(text) { return "R\"~~(" text ")~~\"" }
 function add(code) { body = body "#line " first " \"" FILENAME "\"\n" code }
 
 function flush_test() {
-    if (has_statements)
+    if (index(body, "Run();"))
         tests = tests "\nTEST_F(Document, " name "_line" start ")\n{\n" body "}\n"
     body = ""
-    has_statements = 0
     start = FNR
 }
 
@@ -55,13 +54,12 @@ in_block && /^```$/ {
     } else if (role == "cpp") {
         body = body "Run();\n"
         add(text "Ran();\n")
-        has_statements = 1
     } else if (role == "ini before")
         add("Write(" raw(text) ", \"settings.ini\");\n")
     else if (role == "ini after")
         add("EXPECT_EQ(Read(\"settings.ini\"), " raw(text) ");\n")
     else if (role == "text console" || role == "text debugger")
-        add("EXPECT_EQ(m_" substr(role, 6) ", Figures({" raw(text) "}));\n")
+        add("EXPECT_EQ(m_" substr(role, 6) ", Figures(" raw(text) "));\n")
     else
         includes = includes "#error " FILENAME ":" first - 1 ": unknown kind of block: " role "\n"
     next

@@ -8,20 +8,10 @@
 #include "qmUtility/ini/INIRecord.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <iterator>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
-
-/// Ends the process, which the fuzzer reports as a crash, when something does not hold.
-inline void Verify(bool holds, const char* what) {
-    if (holds) return;
-    (void)std::fprintf(stderr, "does not hold: %s\n", what);
-    std::abort();
-}
 
 inline bool operator==(const BasicINIRecord<char>& a, const BasicINIRecord<char>& b) {
     return a.Comments == b.Comments && a.Commented == b.Commented && a.Section == b.Section &&
@@ -34,6 +24,8 @@ struct Record : BasicINIRecord<char> {
     bool IsHeader = false;    ///< whether its line begins a section
     bool IsNothing = false;   ///< whether its line is neither a header nor a key
     std::string Active = {};  ///< the section that it belongs to when it is active
+
+    bool IsActive() const { return Commented == ' '; }
 };
 using Records = std::vector<Record>;
 
@@ -51,11 +43,8 @@ constexpr auto ByteOrderMark = "\xEF\xBB\xBF";
 inline Record ReadParser(std::string line) {
     Record record;
     record.IsHeader = Has(line, '[');
-    if (record.IsHeader) {
-        line.erase(0, 1);
-        if (!Has(line, ']')) throw std::out_of_range("invalid string position");
-        record.Section = line.erase(line.find(']'));
-    }
+    if (record.IsHeader) line.erase(0, 1);
+    if (record.IsHeader) record.Section = line.erase(line.find(']'));
     record.IsNothing = !record.IsHeader && !Has(line, '=');
     if (Has(line, '=')) {
         record.Key = line.substr(0, line.find('='));
@@ -116,29 +105,26 @@ inline Records Load(const std::string& text, INISyntax syntax) {
 inline std::string Text(const Records& records, const std::string& active) {
     std::string text;
     for (const auto& record : records)
-        text += record.Comments + (record.Commented == ' ' ? active : std::string(1, record.Commented)) +
+        text += record.Comments + (record.IsActive() ? active : std::string(1, record.Commented)) +
                 (record.Key.empty() ? '[' + record.Section + ']' : record.Key + '=' + record.Value) + '\n';
     return text;
 }
 
-inline bool IsActive(const Record& record) { return record.Commented == ' '; }
-
 /// @return the records sorted as `INIParser` sorts them, which drops keys without a header
 inline Records Sorted(const Records& records, bool descending) {
     // The order of equal names is left open. Here it is what the same sort makes of the same list.
-    const auto select = [&](auto isSelected, std::string Record::*field) {
-        Records list;
-        std::ranges::copy_if(records, std::back_inserter(list), isSelected);
-        std::sort(list.begin(), list.end(), [&](const auto& a, const auto& b) {
-            return descending ? b.*field < a.*field : a.*field < b.*field;
-        });
+    const auto select = [&](auto isOther, std::string Record::*name) {
+        Records list = records;
+        std::erase_if(list, isOther);
+        std::ranges::sort(
+            list, [=](const auto& a, const auto& b) { return descending ? b < a : a < b; }, name);
         return list;
     };
     Records sorted;
-    for (const auto& header : select([](const auto& x) { return x.Key.empty(); }, &Record::Section)) {
-        const auto isKey = [&](const auto& x) { return !x.Key.empty() && x.Section == header.Section; };
+    for (const auto& header : select([](const auto& x) { return !x.Key.empty(); }, &Record::Section)) {
+        const auto isOther = [&](const auto& x) { return x.Key.empty() || x.Section != header.Section; };
         sorted.push_back(header);
-        std::ranges::copy(select(isKey, &Record::Key), std::back_inserter(sorted));
+        std::ranges::copy(select(isOther, &Record::Key), std::back_inserter(sorted));
     }
     return sorted;
 }

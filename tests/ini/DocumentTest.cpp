@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "qmUtility/platform/File.h"
 #include "tests/ini/Records.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <algorithm>
 #include <functional>
 #include <optional>
 #include <type_traits>
@@ -12,12 +12,6 @@
 namespace {
 
 using namespace std::string_literals;
-
-#if defined(_WIN32)
-constexpr auto Newline = "\r\n";  // of the platform's text files
-#else
-constexpr auto Newline = "\n";
-#endif
 
 /// An edit of either width.
 struct Edit {
@@ -44,13 +38,11 @@ EDIT(Sort)
 
 /// @return an edit that sets three keys of a section.
 Edit SetKeys(const std::string& section) {
-    const std::vector<Edit> edits = {SetValue("x", "1", section), SetValue("c", "1", section),
-                                     SetValue("y", "1", section)};
-    const auto makeAll = [=](auto& document, auto form) {
-        return std::ranges::all_of(edits, [&](const Edit& edit) { return (edit.*form)(document); });
-    };
-    return {[=](auto& document) { return makeAll(document, &Edit::OfNarrow); },
-            [=](auto& document) { return makeAll(document, &Edit::OfWide); }};
+    const Edit x = SetValue("x", "1", section);
+    const Edit c = SetValue("c", "1", section);
+    const Edit y = SetValue("y", "1", section);
+    return {[=](auto& d) { return x.OfNarrow(d) && c.OfNarrow(d) && y.OfNarrow(d); },
+            [=](auto& d) { return x.OfWide(d) && c.OfWide(d) && y.OfWide(d); }};
 }
 
 /// A text, an edit, and the text after it; none for an edit that is refused.
@@ -72,7 +64,8 @@ void Check(const std::vector<INISyntax>& syntaxes, const std::vector<Case>& case
         for (const auto& [before, edit, after] : cases)
             for (const std::string newline : {"\n", "\r\n"}) {
                 const auto text = WithNewlines(before, newline);
-                if (text.find("\r\r") != std::string::npos || (text == before && newline != Newline))
+                if (text.find("\r\r") != std::string::npos ||
+                    (text == before && newline != platform::Newline))
                     continue;
                 SCOPED_TRACE((syntax == Common ? "Common: " : "Parser: ") + text);
                 INIDocument document(syntax);

@@ -3,7 +3,9 @@
 
 #include "qmUtility/ini/INIDocument.h"
 
+#include <functional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 constexpr auto Common = INISyntax::Common;
@@ -24,10 +26,7 @@ std::string Flat(const auto& records) {
     std::string all;
     const auto add = [&](const auto& field, char end) { all.append(field.begin(), field.end()) += end; };
     for (const auto& record : records) {
-        if constexpr (requires { record.Comments(); })
-            add(record.Comments(), '|');
-        else
-            add(record.Comments, '|');
+        add(std::invoke(&std::decay_t<decltype(record)>::Comments, record), '|');
         add(std::vector{record.Commented}, '|'), add(record.Section, '|');
         add(record.Key, '|'), add(record.Value, '\n');
     }
