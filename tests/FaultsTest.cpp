@@ -8,6 +8,7 @@
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"
 #include "qmUtility/platform/FileLock.h"
+#include "qmUtility/timing/QMFPSCounter.h"
 #include "qmUtility/timing/QMTimer.h"
 #include "tests/support/Capture.h"
 #include "tests/support/TemporaryFolder.h"
@@ -263,6 +264,14 @@ TEST_F(Faults, ADocumentReleasesTheTextsThatEditsReplace) {
     for (int i = 0; i != 10'000; ++i)
         document.SetValue("k", "a value that needs memory" + std::to_string(i), "S");
     EXPECT_LT(mallinfo2().uordblks, before + 50'000);
+}
+
+TEST_F(Faults, AFrameCounterWithoutMemoryForOtherRatesKeepsItsOwn) {
+    CQMFPSCounter counter;
+    EXPECT_EQ(Try(0, [&] { return counter.SetFPSAverageSampleCount(2), 1; }), Threw);
+    EXPECT_THROW(counter.SetFPSAverageSampleCount(ULONG_MAX / 2 + 6), std::bad_alloc);  // more than 32 bits
+    EXPECT_EQ(counter.GetFPSSampleCount(), 16);
+    EXPECT_GT(counter.GetFPSSample(0), 0);
 }
 
 void MakeNothing(const std::string& /*path*/) {}
