@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// Fault injection: every operation with each of its system calls and allocations failing, and saves that are
-/// killed.
+/// Fault injection: operations with each system call and allocation failing, saves that are killed.
 
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/host/qmConsole.h"
@@ -25,7 +24,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdarg>
 #include <cstdlib>
 #include <functional>
 #include <locale>
@@ -178,10 +176,20 @@ protected:
         return result;
     }
 
-    /// Fails an operation's n-th call, for every n until it makes no more.
-    void FailEach(const Operation& operation) const {
+    static auto CountFiles(const std::string& folder) {
+        return std::distance(fs::directory_iterator(folder), {});
+    }
+
+    /// @return a text with a value of this length.
+    static std::string TextWith(std::size_t length) {
+        return "above=1\n; note\n[S]\nk=1\n#l=" + std::string(length, 'v') + "\n[T]\nm=1\n[S]\nk=3\n";
+    }
+};
+
+TEST_F(Faults, EachCallOfEachOperationFails) {
+    const auto check = [this](const Operation& operation, const std::string& text) {
         const auto run = [&](int n) {
-            Write(m_text);
+            Write(text);
             const std::size_t result = Try(n, [&] { return operation.Run(m_path); });
             return std::pair(result, Read(m_path));
         };
@@ -192,41 +200,27 @@ protected:
             writes += failed == "write";
             bool isAsDocumented = result == good && after == edited && failed != New;
             if (result == Threw)
-                isAsDocumented = after == m_text && (failed == New || failure == Failure::All);
+                isAsDocumented = after == text && (failed == New || failure == Failure::All);
             else if (failed == "write")  // is not reported, and what has been written stays
                 isAsDocumented = result == good && edited.starts_with(after);
             else if (result == std::size_t{!good})
-                isAsDocumented = after == m_text;
+                isAsDocumented = after == text;
             EXPECT_TRUE(isAsDocumented) << operation.Name << ", call " << n << " (" << failed << ") gave "
                                         << result << " and a file of " << after.size() << " bytes";
         }
         EXPECT_EQ(writes, operation.Writes) << operation.Name;
-    }
-
-    /// @return a text with a value of this length.
-    static std::string TextWith(std::size_t length) {
-        return "above=1\n; note\n[S]\nk=1\n#l=" + std::string(length, 'v') + "\n[T]\nm=1\n[S]\nk=3\n";
-    }
-
-    std::string m_text = TextWith(10);
-};
-
-TEST_F(Faults, EachCallOfEachOperationFails) {
-    const auto countDescriptors = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
-    const auto descriptors = countDescriptors();
-    const std::tuple<Failure, const char*, std::size_t> rounds[] = {
-        {Failure::All, "C", 10},
-        {Failure::One, "C.UTF-8", 10},
-        {Failure::One, "C", 110'000},  // writes past the buffer
     };
-    for (const auto& [kind, locale, length] : rounds) {
+    const auto descriptors = CountFiles("/proc/self/fd");
+    for (const auto& [kind, locale, length] :  // the long text is written past the buffer
+         {std::tuple(Failure::All, "C", 10U),
+          {Failure::One, "C.UTF-8", 10U},
+          {Failure::One, "C", 110'000U}}) {
         const std::locale before = std::locale::global(std::locale(locale));
         failure = kind;
-        m_text = TextWith(length);
-        for (const Operation& operation : Operations) FailEach(operation);
+        for (const Operation& operation : Operations) check(operation, TextWith(length));
         std::locale::global(before);
     }
-    EXPECT_EQ(countDescriptors(), descriptors) << "a descriptor was left open";
+    EXPECT_EQ(CountFiles("/proc/self/fd"), descriptors) << "a descriptor was left open";
 }
 
 TEST_F(Faults, AnEditOfADocumentIsDoneOrNot) {
@@ -243,7 +237,7 @@ TEST_F(Faults, AnEditOfADocumentIsDoneOrNot) {
         [](auto& d) { return d = INIDocument(d), true; },
     };
     INIDocument original;
-    ASSERT_TRUE(original.Parse(m_text));
+    ASSERT_TRUE(original.Parse(TextWith(10)));
     for (const auto& edit : edits) {
         INIDocument edited = original;
         EXPECT_TRUE(edit(edited));
@@ -307,10 +301,13 @@ constexpr struct Target {
 
 class Saves : public Faults {
 protected:
-    /// @return the content of the file and the number of files in its folder.
-    std::pair<std::string, std::ptrdiff_t> Now() const {
-        return {fs::exists(m_file) ? Read(m_file) : "none",
-                std::distance(fs::directory_iterator(m_folder), {})};
+    /// @return the content of the file, its status, and the number of files in its folder.
+    auto Now() const {
+        struct stat status = {};
+        stat(m_file.c_str(), &status);
+        return std::tuple(fs::exists(m_file) ? Read(m_file) : "none", CountFiles(m_folder),
+                          fs::is_symlink(m_file), status.st_mode, status.st_uid, status.st_gid,
+                          status.st_nlink, listxattr(m_file.c_str(), nullptr, 0));
     }
 
     auto Make(const Target& target) const {
@@ -318,6 +315,13 @@ protected:
         fs::create_directory(m_folder);
         if (target.Length != 0) Write(std::string(target.Length, 'o'), "folder/test.ini");
         target.Make(m_file);
+        return Now();
+    }
+
+    /// @return what a save is to make of a target: the same as a plain write.
+    auto MakeSaved(const Target& target) const {
+        Make(target);
+        Write(m_new, "folder/test.ini");
         return Now();
     }
 
@@ -348,15 +352,15 @@ TEST_F(Saves, AreDoneOrNotWhicheverCallFails) {
         for (const int error : {EPERM, EIO}) {  // it is not allowed, or goes wrong
             reason = error;
             for (int n = 0; n == 0 || !failed.empty(); ++n) {
+                const auto saved = MakeSaved(target);
                 const auto before = Make(target);
                 const std::size_t result = Try(n, [&] { return Save(m_new); });
-                const auto made = std::pair(m_new, before.second + (target.Length == 0));
                 const bool hasReason = result == Threw ? failed == New : bool(m_error) == (result == 0);
                 // What a new file may not have or do, the file has that is written in place.
                 const bool canOverwrite = error == EPERM && target.Length != 0 && target.Make != MakeName;
                 const bool isStep =
                     std::ranges::count(steps, failed) != 0 && (failed != "openat" || error == EIO);
-                EXPECT_TRUE(hasReason && Now() == (result == 1 ? made : before) &&
+                EXPECT_TRUE(hasReason && Now() == (result == 1 ? saved : before) &&
                             (failed.empty() ? result == 1 : !isStep || result == canOverwrite))
                     << target.Name << ", call " << n << " (" << failed << ") gave " << result;
             }
@@ -367,13 +371,13 @@ TEST_F(Saves, LeaveOneContentWholeBeforeEachCall) {  // which a killed process l
     for (const Target& target : Targets)
         for (int n = 0, status = -1; target.Make != MakeName && status != 0; ++n) {
             ASSERT_LT(n, 1000) << target.Name << " cannot be saved to";
-            const std::string before = Make(target).first;
+            const auto before = std::get<std::string>(Make(target));
             status = StatusOf([&] {
                 failure = Failure::Kill;
                 callsLeft = n;
                 return Save(m_new);
             });
-            const std::string after = Now().first;
+            const auto after = std::get<std::string>(Now());
             EXPECT_TRUE(after == m_new || (after == before && status != 0)) << target.Name << ", call " << n;
         }
 }
@@ -387,25 +391,15 @@ TEST_F(Saves, GoStraightToWhatIsNoRegularFile) {
 }
 
 TEST_F(Saves, KeepTheFileAndResumeInterruptedCalls) {
-    const auto status = [&] {
-        struct stat found = {};
-        stat(m_file.c_str(), &found);
-        return std::tuple(found.st_mode, found.st_uid, found.st_gid, found.st_nlink, fs::is_symlink(m_file),
-                          listxattr(m_file.c_str(), nullptr, 0));
-    };
     for (const Target& target : Targets) {
-        SCOPED_TRACE(target.Name);
+        const auto saved = MakeSaved(target);
         Make(target);
-        const auto before = status();
         order = 0;
         isReluctant = true;
         EXPECT_TRUE(Save(m_new));
         isReluctant = false;
-        EXPECT_EQ(Read(m_file), m_new);
-        EXPECT_EQ(order, target.Make == MakeName ? 1U : 123U);
-        EXPECT_TRUE(target.Length == 0 || status() == before);
-        EXPECT_TRUE(target.Length != 0 ||
-                    fs::status(m_file).permissions() == fs::status(Write("")).permissions());
+        EXPECT_EQ(Now(), saved) << target.Name;
+        EXPECT_EQ(order, target.Make == MakeName ? 1U : 123U) << target.Name;
     }
 }
 

@@ -22,11 +22,10 @@ TEST(Console, CallsWriteUtf8OnceEachAndTitlesAreNarrow) {
     Capture console(STDOUT_FILENO);
     CQMConsoleAPI::Log(L"%s - Start %.2lf\n", L"Gr\u00F6\u00DFe \u20AC", 0.25);
     CQMConsoleAPI::Log(nullptr);
-    for (const char* const title : {"", "T", "caf\u00E9", "caf\xE9"}) CQMConsoleAPI::Log(L"\n%s\n", title);
+    for (const char* const title : {"", "T", "caf\xE9"}) CQMConsoleAPI::Log(L"\n%s\n", title);
     CQMConsoleAPI::Log(L"\n%ls\n", L"wide");
-    EXPECT_EQ(console.Writes(),
-              (std::vector<std::string>{"Gr\u00F6\u00DFe \u20AC - Start 0.25\n", "\n\n", "\nT\n",
-                                        "\ncaf\u00E9\n", "\ncaf\u00E9\n", "\nwide\n"}));
+    EXPECT_EQ(console.Writes(), (std::vector<std::string>{"Gr\u00F6\u00DFe \u20AC - Start 0.25\n", "\n\n",
+                                                          "\nT\n", "\ncaf\u00E9\n", "\nwide\n"}));
 }
 
 TEST(SystemInfo, TicksRunAtTheReportedRate) {
@@ -69,18 +68,18 @@ TEST(Module, IsRegisteredWhileItIsLoaded) {
 
 TEST(Module, TheListIsUsableFromEachThread)  // the thread sanitizer finds what the results do not show
 {
-    std::vector<std::future<void>> threads(8);  // their destructors wait
-    for (std::future<void>& thread : threads)
-        thread = std::async(std::launch::async, [] {
-            AFX_EXTENSION_MODULE state{};
-            auto* const instance = reinterpret_cast<HINSTANCE>(&state);
-            for (int i = 0; i != 100; ++i) {
-                EXPECT_NE(AfxInitExtensionModule(state, instance), 0);
-                new CDynLinkLibrary(state);
-                EXPECT_EQ(std::ranges::count(ExtensionModules(), instance), 1);
-                AfxTermExtensionModule(state);
-            }
-        });
+    const auto use = [] {
+        AFX_EXTENSION_MODULE state{};
+        auto* const instance = reinterpret_cast<HINSTANCE>(&state);
+        for (int i = 0; i != 100; ++i) {
+            EXPECT_NE(AfxInitExtensionModule(state, instance), 0);
+            new CDynLinkLibrary(state);
+            EXPECT_EQ(std::ranges::count(ExtensionModules(), instance), 1);
+            AfxTermExtensionModule(state);
+        }
+    };
+    const auto other = std::async(std::launch::async, use);  // its destructor waits
+    use();
 }
 
 }  // namespace

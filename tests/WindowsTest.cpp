@@ -15,11 +15,6 @@ using WindowsFile = TemporaryFolder;
 /// @param units of 100 nanoseconds since 1970.
 FILETIME Time(std::int64_t units) { return std::bit_cast<FILETIME>(units + 116'444'736'000'000'000); }
 
-std::string Bytes(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST_F(WindowsFile, TheStatusIsThatOfTheFileSystem) {
     Write("12345", "f");
     const std::wstring path = WidePath("f");
@@ -57,9 +52,10 @@ TEST_F(WindowsFile, APathOutsideTheCodePageIsWatchedAndALockedFileCountsAsDelete
 TEST_F(WindowsFile, IniLinesEndInCrLfOnDiskAndACtrlZDoesNotEndThem) {
     std::ofstream(m_path, std::ios::binary) << "; \x1A\n\r\n[S]\nk=1\r\n#[T]\r\nl=2\n";
     EXPECT_TRUE(INIParser::SetRecordComments("; b\n; c", "k", "S", m_path));
-    EXPECT_EQ(Bytes(m_path), "; \x1A\r\n [S]\r\n; b\r\n; c\r\n k=1\r\n#[T]\r\n l=2\r\n");
+    EXPECT_EQ(Read(m_path, std::ios::binary), "; \x1A\r\n [S]\r\n; b\r\n; c\r\n k=1\r\n#[T]\r\n l=2\r\n");
     EXPECT_TRUE(INIParser::SetValue(L"k", L"\u00E4\x1A", L"S", m_widePath));
-    EXPECT_EQ(Bytes(m_path), "; \x1A\r\n[S]\r\n; b\r\n; c\r\nk=\xE4\x1A\r\n\r\n#[T]\r\nl=2\r\n");
+    EXPECT_EQ(Read(m_path, std::ios::binary),
+              "; \x1A\r\n[S]\r\n; b\r\n; c\r\nk=\xE4\x1A\r\n\r\n#[T]\r\nl=2\r\n");
 }
 
 TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile) {
@@ -84,7 +80,7 @@ TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile) {
         EXPECT_NE(ReadFile(reader, bytes, sizeof bytes, &size, nullptr), 0);
         CloseHandle(reader);
         EXPECT_EQ(bytes, "[S]\r\nk=" + std::string(seen) + "\r\n");
-        EXPECT_EQ(Bytes(path), "[S]\r\nk=" + std::string(saved) + "\r\n");
+        EXPECT_EQ(Read(path, std::ios::binary), "[S]\r\nk=" + std::string(saved) + "\r\n");
     }
     EXPECT_EQ(GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_HIDDEN, DWORD{FILE_ATTRIBUTE_HIDDEN});
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
