@@ -158,13 +158,10 @@ TEST(WidePrint, StringsAndCharactersAreWideOrUtf8) {
               L"caf\xE9 |\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF|\xC3\xC3");
 }
 
-TEST(WidePrint, NumbersPrintAsInTheCLibrary) {
-    EXPECT_EQ(Printed(L"%d|%5i|%-5d|%05d|%+d|% d|%.3d|%hhd|%hd|%hhu|%hu|%u|%I32x|%ld|%lu|%#x|%X|%o", -1, 2, 3,
-                      -4, 5, 6, 7, 257, 65537, -1, -1, -1, -1, -5L, 5UL, 255, 255, 8),
-              L"-1|    2|3    |-0004|+5| 6|007|1|1|255|65535|4294967295|ffffffff|-5|5|0xff|FF|10");
-    EXPECT_EQ(Printed(L"%p|%I64x|%zx|%.2f|%.5lf|%8.1f|%g|%e|%.1Lf", reinterpret_cast<void*>(0x1F), INT64_MIN,
-                      std::size_t{1} << 32, 1.005, 0.25, -2.25, 1e-7, 1.0, 2.5L),
-              L"0x1f|8000000000000000|100000000|1.00|0.25000|    -2.2|1e-07|1.000000e+00|2.5");
+TEST(WidePrint, NumbersHaveTheWidthsOfTheirTypes) {  // a fuzzer compares the rest with the C library
+    EXPECT_EQ(Printed(L"%+.3d|%hhd|%hu|%I32x|%ld|%lu|%I64x|%zx|%.5lf|%.1Lf|%p", 7, 257, -1, -1, -5L, 5UL,
+                      INT64_MIN, std::size_t{1} << 32, 0.25, 2.5L, reinterpret_cast<void*>(0x1F)),
+              L"+007|1|65535|ffffffff|-5|5|8000000000000000|100000000|0.25000|2.5|0x1f");
     for (const std::size_t digits : {125U, 126U, 200U})  // around the size of the buffer for numbers
         EXPECT_EQ(Printed(L"%.*f", static_cast<int>(digits), 0.0), L"0." + std::wstring(digits, L'0'));
 }

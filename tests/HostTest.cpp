@@ -46,12 +46,10 @@ TEST(SystemInfo, TicksRunAtTheReportedRate) {
 TEST(CommonBase, TheHandleIsThisProcess) { EXPECT_EQ(CQMProcess::GetHandle(), GetCurrentProcess()); }
 
 #if defined(_WIN32)
-HINSTANCE Open() { return LoadLibraryA(LIBRARY); }
-bool Close(HINSTANCE library) { return FreeLibrary(library) != 0; }
 HINSTANCE Base(HINSTANCE library) { return library; }
 #else
-HINSTANCE Open() { return dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL); }
-bool Close(HINSTANCE library) { return dlclose(library) == 0; }
+HINSTANCE LoadLibraryA(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
+bool FreeLibrary(HINSTANCE library) { return dlclose(library) == 0; }
 HINSTANCE Base(HINSTANCE library) {
     return std::bit_cast<HINSTANCE>(static_cast<link_map*>(library)->l_addr);
 }
@@ -59,15 +57,14 @@ HINSTANCE Base(HINSTANCE library) {
 
 TEST(Module, IsRegisteredWhileItIsLoaded) {
     for (int round = 0; round != 2; ++round) {
-        auto* const library = Open();
+        auto* const library = LoadLibraryA(LIBRARY);
         ASSERT_NE(library, nullptr);
         EXPECT_EQ(ExtensionModules(), std::vector{Base(library)});
-        EXPECT_TRUE(Close(library) && ExtensionModules().empty());  // no longer loaded
+        EXPECT_TRUE(FreeLibrary(library) && ExtensionModules().empty());  // no longer loaded
     }
 }
 
-TEST(Module, TheListIsUsableFromEachThread)  // the thread sanitizer finds what the results do not show
-{
+TEST(Module, TheListIsUsableFromEachThread) {  // the thread sanitizer finds what the results do not show
     const auto use = [] {
         AFX_EXTENSION_MODULE state{};
         auto* const instance = reinterpret_cast<HINSTANCE>(&state);

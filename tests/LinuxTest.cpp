@@ -92,8 +92,7 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal) {
     (void)std::signal(SIGPIPE, SIG_DFL);  // would end the program
     OutputDebugStringW(L"text");
     sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
+    sigfillset(&signals);
     sigset_t before;
     pthread_sigmask(SIG_BLOCK, &signals, &before);
     EXPECT_EQ(sigismember(&before, SIGPIPE), 0);

@@ -67,12 +67,11 @@ TEST_F(WindowsFile, ASaveKeepsAttributesAndReadersAndLeavesNoOtherFile) {
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_HIDDEN);
     // A reader that lets others delete keeps the old content; one that only lets them write sees it change.
     for (const auto& [share, saved, seen] :
-         {std::tuple(FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, "7", "0"),
+         {std::tuple(DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE}, "7", "0"),
           {FILE_SHARE_READ | FILE_SHARE_WRITE, "3", "3"},
           {FILE_SHARE_READ, "3", "3"}}) {
-        const auto mode = static_cast<DWORD>(share);
         void* const reader =
-            CreateFileW(path.c_str(), GENERIC_READ, mode, nullptr, OPEN_EXISTING, 0, nullptr);
+            CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr);
         document.SetValue("k", std::to_string(share), "S");
         EXPECT_EQ(document.Save(path), share != FILE_SHARE_READ);
         char bytes[100] = {};
