@@ -8,13 +8,11 @@
 #include <climits>
 #include <cstdint>
 #include <sstream>
-#include <string>
 #include <tuple>
 
 namespace {
 
 using namespace std::string_literals;
-using Words = CArray<std::uint16_t>;
 
 /// @return the cause of the archive exception that the call throws, -1 for another exception, 0 for none.
 template <class Call>
@@ -89,7 +87,7 @@ TEST(Array, AddsAndRemovesElements) {
 }
 
 TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial) {
-    Words words;
+    CArray<std::uint16_t> words;
     words.Add('a' | 'b' << 8);
     words.Add('c' | 'd' << 8);
     std::stringbuf file;
@@ -105,12 +103,12 @@ TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial) {
     };
     CArray<std::string> strings;
     strings.SetSize(2);
-    const std::string element(sizeof(std::string), 'a');
     for (const std::string& bytes : {""s, "\1"s, "\2\0abc"s, std::string(14, '\xFF')}) {
         EXPECT_EQ(load(strings, bytes), std::tuple(CArchiveException::endOfFile, 2)) << bytes;
         EXPECT_EQ(load(words, bytes), std::tuple(CArchiveException::endOfFile, 2)) << bytes;
     }
-    EXPECT_EQ(load(strings, "\1\0"s + element), std::tuple(CArchiveException::badClass, 2));
+    EXPECT_EQ(load(strings, "\1\0"s + std::string(sizeof(std::string), 'a')),
+              std::tuple(CArchiveException::badClass, 2));
     EXPECT_EQ(load(strings, "\0\0"s), std::tuple(0, 0));
     EXPECT_EQ(load(words, "\3\0abcdef"s), std::tuple(0, 3));
     EXPECT_EQ(words[2], 'e' | 'f' << 8);
@@ -152,8 +150,7 @@ TEST(WidePrint, StringsAndCharactersAreWideOrUtf8) {
     EXPECT_EQ(Printed(L"%99999s|%*s|", L"x", INT_MIN, L"x").size(), 2 * 65536U);
     EXPECT_EQ(Printed(L"%hs%S%hS%hhs%hc%C%hhc", "a", "b", "c", "\u20AC \U0001F600", 'e', '\xE9', '\xE9'),
               L"abc\u20AC \U0001F600e\u00E9\u00E9");
-    // Bytes that are not: Latin-1; an overlong sequence, a surrogate, past the last character; incomplete at
-    // the end
+    // Not UTF-8: Latin-1; an overlong sequence, a surrogate, past the last character; incomplete at the end.
     EXPECT_EQ(Printed(L"%hs|%hs|%hs", "caf\xE9 ", "\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF", "\xC3\xC3"),
               L"caf\xE9 |\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF|\xC3\xC3");
 }

@@ -13,7 +13,6 @@
 #include <bit>
 #include <cerrno>
 #include <csignal>
-#include <string>
 #include <utility>
 
 static std::string calls;  ///< of the first two functions below, for the calling thread
@@ -47,9 +46,8 @@ extern "C" int statx(int folder, const char* path, int flags, unsigned mask, str
 namespace {
 
 TEST(Kernel, PrioritiesAreNiceValuesOfTheThreadAlone) {
-    const std::pair<int, const char*> cases[] = {
-        {0, "nice 0: 1"}, {1, "nice -5 alone: 1"}, {15, "nice -20: 0"}, {2, ": 0"}};
-    for (const auto& [level, expected] : cases) {
+    for (const auto& [level, expected] :
+         {std::pair(0, "nice 0: 1"), {1, "nice -5 alone: 1"}, {15, "nice -20: 0"}, {2, ": 0"}}) {
         calls.clear();
         errno = EDOM;
         const BOOL result = SetThreadPriority(GetCurrentThread(), level);
@@ -69,8 +67,7 @@ TEST(Kernel, ProcessTimesAreIn100NanosecondUnits) {
 }
 
 TEST(Kernel, DebuggerEntriesAreLinesOfUtf8) {
-    // Lone surrogates and values past the last character; a smiley as two surrogates and as one value; the
-    // last character.
+    // Lone surrogates, values past the last character, a smiley as two and as one value, the last character.
     std::wstring odd;
     for (const int c : {0xD800, 0x61, 0xDC00, 0x110000, -1, 0xD83D, 0xDE00, 0x1F600, 0xDBFF, 0xDFFF})
         odd += static_cast<wchar_t>(c);
