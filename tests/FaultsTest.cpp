@@ -71,7 +71,7 @@ bool Fails(std::string_view call) {
 
 // The library calls these in place of the system's: they fail, or call the real function.
 
-#define REAL(name) reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
+#define REAL(name) reinterpret_cast<decltype(&(name))>(dlsym(RTLD_NEXT, #name))
 #define CALL(name, ...) (Fails(#name) ? -1 : REAL(name)(__VA_ARGS__))
 #define REPLACE(type, name, parameters, ...) \
     extern "C" type name parameters { return CALL(name, __VA_ARGS__); }
