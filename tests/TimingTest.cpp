@@ -285,8 +285,8 @@ TEST_F(Scripted, CopiesShareTheRingsAndFindWhatTheOthersStored) {
     c.Reset();
     Counter copy(c);
     // The ring of 10,000 durations then no longer has the first two, which are the least and the most.
-    for (const int duration : {1, 20'000}) c.Frame(0, 5 + duration);
-    for (int duration = 3; duration <= 10'002; ++duration) c.Frame(0, 5 + duration);
+    for (const unsigned duration : {1U, 20'000U}) c.Frame(0, 5 + duration);
+    for (unsigned duration = 3; duration <= 10'002; ++duration) c.Frame(0, 5 + duration);
     EXPECT_EQ(figures(c), std::tuple(1, 20'000, 5002.5));
     copy.Frame(0, 5 + 10'001);  // in place of an equal duration
     EXPECT_EQ(figures(copy), std::tuple(3, 10'002, 5002.5));
