@@ -22,11 +22,10 @@ TEST(Console, CallsWriteUtf8OnceEachAndTitlesAreNarrow) {
     Capture console(STDOUT_FILENO);
     CQMConsoleAPI::Log(L"%s - Start %.2lf\n", L"Gr\u00F6\u00DFe \u20AC", 0.25);
     CQMConsoleAPI::Log(nullptr);
-    for (const char* const title : {"", "T", "caf\u00E9", "caf\xE9"}) CQMConsoleAPI::Log(L"\n%s\n", title);
+    for (const char* const title : {"", "T", "caf\xE9"}) CQMConsoleAPI::Log(L"\n%s\n", title);
     CQMConsoleAPI::Log(L"\n%ls\n", L"wide");
-    EXPECT_EQ(console.Writes(),
-              (std::vector<std::string>{"Gr\u00F6\u00DFe \u20AC - Start 0.25\n", "\n\n", "\nT\n",
-                                        "\ncaf\u00E9\n", "\ncaf\u00E9\n", "\nwide\n"}));
+    EXPECT_EQ(console.Writes(), (std::vector<std::string>{"Gr\u00F6\u00DFe \u20AC - Start 0.25\n", "\n\n",
+                                                          "\nT\n", "\ncaf\u00E9\n", "\nwide\n"}));
 }
 
 TEST(SystemInfo, TicksRunAtTheReportedRate) {
@@ -47,12 +46,10 @@ TEST(SystemInfo, TicksRunAtTheReportedRate) {
 TEST(CommonBase, TheHandleIsThisProcess) { EXPECT_EQ(CQMProcess::GetHandle(), GetCurrentProcess()); }
 
 #if defined(_WIN32)
-HINSTANCE Open() { return LoadLibraryA(LIBRARY); }
-bool Close(HINSTANCE library) { return FreeLibrary(library) != 0; }
 HINSTANCE Base(HINSTANCE library) { return library; }
 #else
-HINSTANCE Open() { return dlopen(LIBRARY, RTLD_NOW | RTLD_LOCAL); }
-bool Close(HINSTANCE library) { return dlclose(library) == 0; }
+HINSTANCE LoadLibraryA(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
+bool FreeLibrary(HINSTANCE library) { return dlclose(library) == 0; }
 HINSTANCE Base(HINSTANCE library) {
     return std::bit_cast<HINSTANCE>(static_cast<link_map*>(library)->l_addr);
 }
@@ -60,32 +57,26 @@ HINSTANCE Base(HINSTANCE library) {
 
 TEST(Module, IsRegisteredWhileItIsLoaded) {
     for (int round = 0; round != 2; ++round) {
-        ASSERT_TRUE(ExtensionModules().empty());
-        auto* const library = Open();
+        auto* const library = LoadLibraryA(LIBRARY);
         ASSERT_NE(library, nullptr);
-        EXPECT_EQ(Open(), library);
         EXPECT_EQ(ExtensionModules(), std::vector{Base(library)});
-        EXPECT_TRUE(Close(library));
-        EXPECT_EQ(ExtensionModules().size(), 1) << "it was opened twice";
-        EXPECT_TRUE(Close(library));  // unloads it, which ends the registration
+        EXPECT_TRUE(FreeLibrary(library) && ExtensionModules().empty());  // no longer loaded
     }
-    EXPECT_TRUE(ExtensionModules().empty());
 }
 
-TEST(Module, TheListIsUsableFromEachThread)  // the thread sanitizer finds what the results do not show
-{
-    std::vector<std::future<void>> threads(8);  // their destructors wait
-    for (std::future<void>& thread : threads)
-        thread = std::async(std::launch::async, [] {
-            AFX_EXTENSION_MODULE state{};
-            auto* const instance = reinterpret_cast<HINSTANCE>(&state);
-            for (int i = 0; i != 100; ++i) {
-                EXPECT_NE(AfxInitExtensionModule(state, instance), 0);
-                new CDynLinkLibrary(state);
-                EXPECT_EQ(std::ranges::count(ExtensionModules(), instance), 1);
-                AfxTermExtensionModule(state);
-            }
-        });
+TEST(Module, TheListIsUsableFromEachThread) {  // the thread sanitizer finds what the results do not show
+    const auto use = [] {
+        AFX_EXTENSION_MODULE state{};
+        auto* const instance = reinterpret_cast<HINSTANCE>(&state);
+        for (int i = 0; i != 100; ++i) {
+            EXPECT_NE(AfxInitExtensionModule(state, instance), 0);
+            new CDynLinkLibrary(state);
+            EXPECT_EQ(std::ranges::count(ExtensionModules(), instance), 1);
+            AfxTermExtensionModule(state);
+        }
+    };
+    const auto other = std::async(std::launch::async, use);  // its destructor waits
+    use();
 }
 
 }  // namespace

@@ -34,12 +34,11 @@ protected:
         return Path(name);
     }
 
-    static std::string Read(const std::string& path) {
-        std::ifstream file(path);
+    static std::string Read(const std::filesystem::path& path, std::ios::openmode mode = std::ios::in) {
+        std::ifstream file(path, mode);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    const std::string m_path =
-        Path("test.ini");  ///< of the file that `Write` writes unless it is told another
+    const std::string m_path = Path("test.ini");  ///< what `Write` writes unless it is told another
     const std::wstring m_widePath = WidePath("test.ini");
 };

@@ -5,15 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdint>
 #include <sstream>
-#include <string>
 #include <tuple>
 
 namespace {
 
 using namespace std::string_literals;
-using Words = CArray<std::uint16_t>;
 
 /// @return the cause of the archive exception that the call throws, -1 for another exception, 0 for none.
 template <class Call>
@@ -35,14 +34,13 @@ TEST(Array, GrowsByAnEighthWithinBoundsAndRejectsIndexesAndSizesOutOfRange) {
         array.SetSize(0);  // releases the storage
         array.SetSize(size);
         array[0] = 77;
-        std::vector<std::ptrdiff_t> moves;  // the indices of the elements for which the others moved
-        while (moves.size() != 2) {
-            const int* const before = &array[0];
-            const std::ptrdiff_t index = array.Add(array[0]);  // a reference that growing invalidates
-            EXPECT_EQ(array[index], 77);
-            if (&array[0] != before) moves.push_back(index);
-        }
-        EXPECT_EQ(moves, (std::vector<std::ptrdiff_t>{size, size + growth}));
+        EXPECT_EQ(array.Add(array[0]), size);  // a reference that growing invalidates
+        EXPECT_EQ(array[size], 77);
+        const int* const storage = &array[0];
+        while (array.GetSize() != size + growth) array.Add(0);
+        EXPECT_EQ(&array[0], storage);
+        array.Add(0);
+        EXPECT_NE(&array[0], storage);
     }
     for (const std::ptrdiff_t index : {PTRDIFF_MIN, std::ptrdiff_t{-1}, array.GetSize(), PTRDIFF_MAX})
         EXPECT_EQ(Cause([&] { array[index] = 1; }), -1) << index;
@@ -89,7 +87,7 @@ TEST(Array, AddsAndRemovesElements) {
 }
 
 TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial) {
-    Words words;
+    CArray<std::uint16_t> words;
     words.Add('a' | 'b' << 8);
     words.Add('c' | 'd' << 8);
     std::stringbuf file;
@@ -105,12 +103,12 @@ TEST(Array, LoadsWhatItStoresWhenElementsAreTrivial) {
     };
     CArray<std::string> strings;
     strings.SetSize(2);
-    const std::string element(sizeof(std::string), 'a');
     for (const std::string& bytes : {""s, "\1"s, "\2\0abc"s, std::string(14, '\xFF')}) {
         EXPECT_EQ(load(strings, bytes), std::tuple(CArchiveException::endOfFile, 2)) << bytes;
         EXPECT_EQ(load(words, bytes), std::tuple(CArchiveException::endOfFile, 2)) << bytes;
     }
-    EXPECT_EQ(load(strings, "\1\0"s + element), std::tuple(CArchiveException::badClass, 2));
+    EXPECT_EQ(load(strings, "\1\0"s + std::string(sizeof(std::string), 'a')),
+              std::tuple(CArchiveException::badClass, 2));
     EXPECT_EQ(load(strings, "\0\0"s), std::tuple(0, 0));
     EXPECT_EQ(load(words, "\3\0abcdef"s), std::tuple(0, 3));
     EXPECT_EQ(words[2], 'e' | 'f' << 8);
@@ -132,6 +130,56 @@ TEST(Archive, CountsTakeTwoSixOrFourteenBytes) {
     std::stringbuf readOnly("", std::ios::in);
     EXPECT_EQ(Cause([&] { CArchive(readOnly, CArchive::store).WriteCount(1); }),
               CArchiveException::genericException);
+}
+
+template <class... Arguments>
+std::wstring Printed(const wchar_t* format, Arguments... arguments) {
+    CString text;
+    text.Format(format, arguments...);
+    return text.GetString();
+}
+
+TEST(WidePrint, StringsAndCharactersAreWideOrUtf8) {
+    EXPECT_EQ(Printed(L"%s%ls%ws%lS%C%lc%wc|%5s|%-5s|%.2s|%*s|", L"a", L"b", L"c", L"d", L'e', L'\u0416',
+                      L'g', L"ab", L"ab", L"abc", -4, L"x"),
+              L"abcde\u0416g|   ab|ab   |ab|x   |");
+    const wchar_t unterminated[] = {L'a', L'b'};
+    const char unterminatedNarrow[] = {'c', 'd'};
+    EXPECT_EQ(Printed(L"%-*.*s|%3.2hs|", 3, 2, unterminated, unterminatedNarrow), L"ab | cd|");
+    EXPECT_EQ(Printed(L"%s %hs %.3s", nullptr, nullptr, nullptr) + Printed(nullptr), L"(null) (null) (nu");
+    EXPECT_EQ(Printed(L"%99999s|%*s|", L"x", INT_MIN, L"x").size(), 2 * 65536U);
+    EXPECT_EQ(Printed(L"%hs%S%hS%hhs%hc%C%hhc", "a", "b", "c", "\u20AC \U0001F600", 'e', '\xE9', '\xE9'),
+              L"abc\u20AC \U0001F600e\u00E9\u00E9");
+    // Not UTF-8: Latin-1; an overlong sequence, a surrogate, past the last character; incomplete at the end.
+    EXPECT_EQ(Printed(L"%hs|%hs|%hs", "caf\xE9 ", "\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF", "\xC3\xC3"),
+              L"caf\xE9 |\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF|\xC3\xC3");
+}
+
+TEST(WidePrint, NumbersHaveTheWidthsOfTheirTypes) {  // a fuzzer compares the rest with the C library
+    EXPECT_EQ(Printed(L"%+.3d|%hhd|%hu|%I32x|%ld|%lu|%I64x|%zx|%.5lf|%.1Lf|%p", 7, 257, -1, -1, -5L, 5UL,
+                      INT64_MIN, std::size_t{1} << 32, 0.25, 2.5L, reinterpret_cast<void*>(0x1F)),
+              L"+007|1|65535|ffffffff|-5|5|8000000000000000|100000000|0.25000|2.5|0x1f");
+    for (const std::size_t digits : {125U, 126U, 200U})  // around the size of the buffer for numbers
+        EXPECT_EQ(Printed(L"%.*f", static_cast<int>(digits), 0.0), L"0." + std::wstring(digits, L'0'));
+}
+
+TEST(WidePrint, NothingIsStoredAndUnknownDirectivesAreUnchanged) {
+    int stored = 77;
+    EXPECT_EQ(Printed(L"a%nb%hhnc%d%%", &stored, &stored, 5), L"abc5%");
+    EXPECT_EQ(stored, 77);
+    for (const wchar_t* const format :
+         {L"%y|%5|%-.3k|", L"%", L"%.", L"%5.2", L"%ll", L"%-+ #0", L"%I6", L"%99999999999999999999y"})
+        EXPECT_EQ(Printed(format), format);
+}
+
+TEST(CString, ReplacesAndTrims) {
+    CString text = L" \t\r\n\v\f\x85\xA0\x2003\x3000x y\x200B\x3000\n ";
+    EXPECT_STREQ(text.TrimLeft().GetString(), L"x y\x200B\x3000\n ");
+    EXPECT_STREQ(text.TrimRight().GetString(), L"x y\x200B");
+    EXPECT_EQ(text.Replace(L'y', L'x') + text.Replace(L'z', L'a') + text.Replace(L'x', L'x'), 1);
+    text.Format(L"%s, %s", text.GetString(), L"z");  // an argument that points into the string
+    EXPECT_STREQ(text.GetString(), L"x x\x200B, z");
+    EXPECT_STREQ(CString(L" \n ").TrimRight().TrimLeft().GetString(), L"");
 }
 
 }  // namespace

@@ -1,19 +1,22 @@
 // SPDX-License-Identifier: MIT
+#include "qmUtility/framework/CFile.h"
 #include "qmUtility/platform/Kernel.h"
 #include "qmUtility/platform/StandardStream.h"
 #include "tests/support/Capture.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include <array>
 #include <bit>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
-#include <string>
 #include <utility>
 
-static std::string calls;  ///< of the next two functions, for the calling thread
+static std::string calls;  ///< of the first two functions below, for the calling thread
+static int refusal = 0;    ///< the error with which `statx` is refused, if any
 
 // These take the place of the system's functions. Their parameters have reserved names there.
 
@@ -35,12 +38,16 @@ extern "C" int getrusage(__rusage_who_t /*who*/, rusage* usage) noexcept {
     return 0;
 }
 
+extern "C" int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status) noexcept {
+    errno = refusal;
+    return refusal != 0 ? -1 : static_cast<int>(syscall(SYS_statx, folder, path, flags, mask, status));
+}
+
 namespace {
 
 TEST(Kernel, PrioritiesAreNiceValuesOfTheThreadAlone) {
-    const std::pair<int, const char*> cases[] = {
-        {0, "nice 0: 1"}, {1, "nice -5 alone: 1"}, {15, "nice -20: 0"}, {2, ": 0"}};
-    for (const auto& [level, expected] : cases) {
+    for (const auto& [level, expected] :
+         {std::pair(0, "nice 0: 1"), {1, "nice -5 alone: 1"}, {15, "nice -20: 0"}, {2, ": 0"}}) {
         calls.clear();
         errno = EDOM;
         const BOOL result = SetThreadPriority(GetCurrentThread(), level);
@@ -60,8 +67,7 @@ TEST(Kernel, ProcessTimesAreIn100NanosecondUnits) {
 }
 
 TEST(Kernel, DebuggerEntriesAreLinesOfUtf8) {
-    // Lone surrogates and values past the last character; a smiley as two surrogates and as one value; the
-    // last character.
+    // Lone surrogates, values past the last character, a smiley as two and as one value, the last character.
     std::wstring odd;
     for (const int c : {0xD800, 0x61, 0xDC00, 0x110000, -1, 0xD83D, 0xDE00, 0x1F600, 0xDBFF, 0xDFFF})
         odd += static_cast<wchar_t>(c);
@@ -83,8 +89,7 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal) {
     (void)std::signal(SIGPIPE, SIG_DFL);  // would end the program
     OutputDebugStringW(L"text");
     sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
+    sigfillset(&signals);
     sigset_t before;
     pthread_sigmask(SIG_BLOCK, &signals, &before);
     EXPECT_EQ(sigismember(&before, SIGPIPE), 0);
@@ -94,6 +99,45 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal) {
     EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), SIGPIPE) << "of another pipe, and still pending";
     OutputDebugStringW(L"text");
     EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), -1) << "of this write";
+}
+
+using File = TemporaryFolder;
+
+TEST_F(File, TheStatusIsThatOfTheFileSystem) {
+    const std::string path = Write("12345", "a b");
+    const timespec times[] = {{1'000'000'000, 1}, {2'000'000'000, 999'999'999}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    std::filesystem::create_symlink(path, Path("link"));
+    for (const auto& [error, mode, attribute] : {std::tuple(0, 0020U, CFile::normal),
+                                                 {EPERM, 0555U, CFile::readOnly},
+                                                 {ENOSYS, 0020U, CFile::normal}}) {
+        refusal = error;
+        chmod(path.c_str(), mode);
+        CFileStatus status{};
+        status.m_ctime = CTime(1);
+        EXPECT_TRUE(CFile::GetStatus(WidePath("link").c_str(), status));
+        EXPECT_TRUE(error == 0 || status.m_ctime == CTime());
+        EXPECT_TRUE(status.m_atime == CTime(1'000'000'000, 1) && status.m_atime != CTime(1'000'000'000));
+        EXPECT_EQ(status.m_mtime, CTime(2'000'000'000, 999'999'999));
+        EXPECT_EQ(status.m_size, 5);
+        EXPECT_EQ(status.m_attribute, attribute);
+    }
+}
+
+TEST_F(File, PathsAreUtf8AndAsLongAsTheSystemAccepts) {
+    const std::string name = "\xC2\x80\xDF\xBF\xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF\xF0\x9F\x98\x80";
+    std::filesystem::create_directory(Path(name));
+    for (const char* const file : {"\xED\xA0\x80", "\xF4\x90\x80\x80"}) Write("x", file);
+    const std::wstring folder = WidePath("");
+    const std::wstring longest = folder + std::wstring(4095 - folder.size(), L'/');
+    CFileStatus status{};
+    const auto exists = [&](const std::wstring& path) { return CFile::GetStatus(path.c_str(), status); };
+    for (const int wrong : {0xD800, 0xDFFF, -1, 0x110000})
+        EXPECT_FALSE(exists(folder + wchar_t(wrong))) << wrong;
+    EXPECT_FALSE(exists(longest + L'/') || exists(longest + longest));
+    EXPECT_TRUE(exists(folder + L"\x80\x7FF\x800\x20AC\xFFFF\x1F600\\.") && exists(longest));
+    EXPECT_EQ(status.m_szFullName, longest.substr(0, 259));
+    EXPECT_EQ(status.m_attribute, CFile::directory);
 }
 
 }  // namespace
