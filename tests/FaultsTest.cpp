@@ -366,7 +366,7 @@ TEST_F(Saves, AreDoneOrNotWhicheverCallsFailOrAreInterrupted) {
     }
 }
 
-TEST_F(Saves, LeaveOneContentWholeBeforeEachCall) {  // which a killed process leaves and another reads
+TEST_F(Saves, LeaveOneContentWholeWhenTheProcessIsKilled) {
     for (const Target& target : Targets)
         for (int n = 0, status = -1; target.Make != MakeName && status != 0; ++n) {
             ASSERT_LT(n, 1000) << target.Name << " cannot be saved to";
@@ -379,6 +379,23 @@ TEST_F(Saves, LeaveOneContentWholeBeforeEachCall) {  // which a killed process l
             const auto after = std::get<std::string>(Now());
             EXPECT_TRUE(after == m_new || (after == before && status != 0)) << target.Name << ", call " << n;
         }
+}
+
+TEST_F(Saves, AreNeverSeenInPart) {
+    const std::string texts[] = {std::string(10, 'a'), std::string(100'000, 'b')};
+    Make(Targets[0]);
+    ASSERT_TRUE(Save(texts[0]));
+    if (fork() == 0) {
+        int saves = 0;
+        while (saves != 500 && Save(texts[saves % 2])) ++saves;
+        _exit(saves == 500 ? 0 : 1);
+    }
+    int status = -1;
+    while (waitpid(-1, &status, WNOHANG) == 0) {
+        const std::string text = Read(m_file);
+        EXPECT_TRUE(text == texts[0] || text == texts[1]);
+    }
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(Saves, AndLogsWriteAllToPipesAndDevices) {
