@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// A watched file.
-
 #include "qmUtility/Export.h"
 #include "qmUtility/framework/CFile.h"
 #include "qmUtility/framework/CString.h"

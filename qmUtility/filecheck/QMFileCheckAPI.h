@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// The list of watched files of the process.
-
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/framework/CArray.h"
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// `INIParser`.
-
 #include "qmUtility/Export.h"
 #include "qmUtility/ini/INIRecord.h"
 

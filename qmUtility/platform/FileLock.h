@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// Locks on files, between processes.
-
 #include "qmUtility/platform/Handle.h"
 
 namespace platform {

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// A scope marker that traces the start and the end of an operation.
-
 #include "qmUtility/Export.h"
 #include "qmUtility/framework/CString.h"
 

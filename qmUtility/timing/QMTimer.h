@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// A stopwatch that reports to the host's console log or to the debugger.
-
 #include "qmUtility/Export.h"
 
 #include <cstdint>
