@@ -101,7 +101,8 @@ struct Inih {
     }
     std::string GetValue(Word key, Word section) const {
         const auto isWanted = [&](const auto& s) { return s[0] == section && s[1] == key; };
-        return std::ranges::find_if(Settings, isWanted)->back();
+        const auto found = std::ranges::find_if(Settings, isWanted);
+        return found != Settings.end() ? found->back() : "";
     }
 };
 

@@ -38,7 +38,7 @@ compare_programs() (
             value=$([ $job = get ] || echo ' other')
             hyperfine -N --style none --warmup 2 --time-unit millisecond --export-markdown table \
                 "qmini $job qmini-$key$value" "git config -f git-${key% *}.key25$value" \
-                "crudini --$job crudini-$key$value" >/dev/null 2>&1
+                "crudini --$job crudini-$key$value" >/dev/null
             tail -n +$first table
             first=3
         done
@@ -53,7 +53,7 @@ failed=0
     printf '\nMeasured on %s processors (%s), %s, files in %s, on disk: %s.\n\n' \
         "$(nproc)" "${processor:-$(uname -m)}" "$system" "${TMPDIR:-/tmp}" "$disk"
     "${report[@]}" tables || failed=1
-    printf '\n## qmini\n\nWhole processes, beside other command-line editors, measured with hyperfine.\n\n'
+    printf '\n## qmini\n\nWhole processes, beside other command-line editors: means of hyperfine.\n\n'
     compare_programs
 } >build/benchmark/report.md
 mv build/benchmark/report.md "$out/benchmarks.md"

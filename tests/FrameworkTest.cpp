@@ -139,7 +139,7 @@ std::wstring Printed(const wchar_t* format, Arguments... arguments) {
     return text.GetString();
 }
 
-TEST(WidePrint, StringsAndCharactersAreWideOrUtf8) {
+TEST(Format, StringsAndCharactersAreWideOrUtf8) {
     EXPECT_EQ(Printed(L"%s%ls%ws%lS%C%lc%wc|%5s|%-5s|%.2s|%*s|", L"a", L"b", L"c", L"d", L'e', L'\u0416',
                       L'g', L"ab", L"ab", L"abc", -4, L"x"),
               L"abcde\u0416g|   ab|ab   |ab|x   |");
@@ -155,15 +155,17 @@ TEST(WidePrint, StringsAndCharactersAreWideOrUtf8) {
               L"caf\xE9 |\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF|\xC3\xC3");
 }
 
-TEST(WidePrint, NumbersHaveTheWidthsOfTheirTypes) {  // a fuzzer compares the rest with the C library
-    EXPECT_EQ(Printed(L"%+.3d|%hhd|%hu|%I32x|%ld|%lu|%I64x|%zx|%.5lf|%.1Lf|%p", 7, 257, -1, -1, -5L, 5UL,
-                      INT64_MIN, std::size_t{1} << 32, 0.25, 2.5L, reinterpret_cast<void*>(0x1F)),
-              L"+007|1|65535|ffffffff|-5|5|8000000000000000|100000000|0.25000|2.5|0x1f");
+TEST(Format, NumbersHaveTheWidthsOfTheirTypes) {  // a fuzzer compares the rest with the C library
+    EXPECT_EQ(Printed(L"%+.3d|%hhd|%hu|%I32x|%ld|%lu|%I64x|%zx|%.5lf|%.1Lf|%p|%g|%e|%#x|%05d", 7, 257, -1, -1,
+                      -5L, 5UL, INT64_MIN, std::size_t{1} << 32, 0.25, 2.5L, reinterpret_cast<void*>(0x1F),
+                      1e-7, 1.0, 255, -4),
+              L"+007|1|65535|ffffffff|-5|5|8000000000000000|100000000|0.25000|2.5|0x1f|1e-07|1.000000e+00|"
+              L"0xff|-0004");
     for (const std::size_t digits : {125U, 126U, 200U})  // around the size of the buffer for numbers
         EXPECT_EQ(Printed(L"%.*f", static_cast<int>(digits), 0.0), L"0." + std::wstring(digits, L'0'));
 }
 
-TEST(WidePrint, NothingIsStoredAndUnknownDirectivesAreUnchanged) {
+TEST(Format, NothingIsStoredAndUnknownDirectivesAreUnchanged) {
     int stored = 77;
     EXPECT_EQ(Printed(L"a%nb%hhnc%d%%", &stored, &stored, 5), L"abc5%");
     EXPECT_EQ(stored, 77);

@@ -89,7 +89,8 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal) {
     (void)std::signal(SIGPIPE, SIG_DFL);  // would end the program
     OutputDebugStringW(L"text");
     sigset_t signals;
-    sigfillset(&signals);
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
     sigset_t before;
     pthread_sigmask(SIG_BLOCK, &signals, &before);
     EXPECT_EQ(sigismember(&before, SIGPIPE), 0);
@@ -99,6 +100,7 @@ TEST(Kernel, DebuggerEntriesForAClosedPipeSendNoSignal) {
     EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), SIGPIPE) << "of another pipe, and still pending";
     OutputDebugStringW(L"text");
     EXPECT_EQ(sigtimedwait(&signals, nullptr, &noWait), -1) << "of this write";
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 using File = TemporaryFolder;
@@ -122,6 +124,7 @@ TEST_F(File, TheStatusIsThatOfTheFileSystem) {
         EXPECT_EQ(status.m_size, 5);
         EXPECT_EQ(status.m_attribute, attribute);
     }
+    refusal = 0;
 }
 
 TEST_F(File, PathsAreUtf8AndAsLongAsTheSystemAccepts) {

@@ -21,7 +21,7 @@ namespace {
 /// The results of the kernel services and the host modules, and a record of the calls.
 struct Script {
     std::uint64_t Clock = 0;  ///< the next value of both counters; a read adds 5,
-    int CheapRead = 0;        ///< but the one of this number, from now on, 2
+    int CheapRead = 0;        ///< number of the read, from now on, that adds only 2
     std::uint64_t TickRate = 1000;
     int PriorityResult = 1;
     std::pair<FILETIME, FILETIME> ProcessTimes{};  ///< kernel and user time

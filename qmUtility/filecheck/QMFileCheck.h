@@ -28,7 +28,7 @@ public:
 
     /// Copies the path and the stored status; does not access the file.
     CQMFileCheck(const CQMFileCheck& other);
-    CQMFileCheck& operator=(const CQMFileCheck& other);  ///< @overload
+    CQMFileCheck& operator=(const CQMFileCheck& other);  ///< copies the same
 
     ~CQMFileCheck();
 

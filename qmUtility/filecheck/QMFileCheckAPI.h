@@ -24,7 +24,7 @@ public:
     CQMFileCheckAPI();
 
     CQMFileCheckAPI(const CQMFileCheckAPI&) = default;         ///< instances are stateless
-    CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);  ///< @overload
+    CQMFileCheckAPI& operator=(const CQMFileCheckAPI& other);  ///< instances are stateless
     ~CQMFileCheckAPI();  // NOLINT(performance-trivially-destructible): it is exported
 
     /// Turns monitoring off, empties the list and releases its storage.

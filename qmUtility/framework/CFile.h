@@ -28,10 +28,10 @@ public:
 
     std::int64_t GetTime() const { return m_seconds; }  ///< seconds since the zero time
 
-    /// Compares two times to the nanosecond.
+    /// @return whether both times are equal to the nanosecond.
     friend bool operator==(CTime a, CTime b) { return a.Parts() == b.Parts(); }
-    friend bool operator!=(CTime a, CTime b) { return a.Parts() != b.Parts(); }  ///< @overload
-    friend bool operator<(CTime a, CTime b) { return a.Parts() < b.Parts(); }    ///< @overload
+    friend bool operator!=(CTime a, CTime b) { return a.Parts() != b.Parts(); }  ///< whether they differ
+    friend bool operator<(CTime a, CTime b) { return a.Parts() < b.Parts(); }    ///< whether a is before b
 
 private:
     std::pair<std::int64_t, std::int32_t> Parts() const { return {m_seconds, m_nanoseconds}; }

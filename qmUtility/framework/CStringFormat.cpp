@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <string_view>
+#include <utility>
 
 namespace {
 

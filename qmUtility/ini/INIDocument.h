@@ -43,7 +43,8 @@ class DocumentLines;
 /// name is that of the keys above the first header.
 ///
 /// **Edits** return false and change nothing when there is no such record or section, when the result would
-/// not be read back as given, or when another record would change. Arguments may be views into the document.
+/// not be read back as given, and when another record would be read differently. Arguments may be views into
+/// the document.
 ///
 /// **Complexity.** `Load`, `Parse`, `Text` and `Save` are linear in the text. `SetValue`, `AddSection` and
 /// lookups of one record take amortized constant time; `Sort` and `GetSectionNames` take n log n, everything
@@ -234,8 +235,9 @@ public:
     bool SetSectionComments(View comments, View section);
 
     /// Sorts the sections by name and the keys between two headers by name, code unit by code unit; equal
-    /// names keep their order. Each record moves with its comments. What is above the first header, below the
-    /// last record, or a heading set apart by an empty line stays in its place.
+    /// names keep their order. Each record moves with its comments. What is above the first header or
+    /// below the last record stays in its place, as does a comment that an empty line sets apart from the key
+    /// below it.
     /// @return false if the text would then begin with a byte order mark.
     bool Sort(bool descending);
 

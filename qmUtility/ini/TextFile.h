@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+/// @file
+/// The conversion between the bytes of a file and its text.
+
 #include "qmUtility/platform/File.h"
 
 #include <cwchar>

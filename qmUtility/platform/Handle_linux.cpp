@@ -18,7 +18,10 @@ auto Resumed(Call call) {
     return result;
 }
 
-constexpr int Flags[] = {O_RDONLY, O_WRONLY, O_WRONLY | O_CREAT | O_TRUNC};  ///< of each `Handle::Access`
+int Flags(Handle::Access access) {
+    if (access == Handle::Access::Create) return O_WRONLY | O_CREAT | O_TRUNC;
+    return access == Handle::Access::Write ? O_WRONLY : O_RDONLY;
+}
 
 /// While one exists, descriptors 0 to 2 are taken. A placeholder takes the place of each that the host has
 /// closed: a folder, opened so that reading and writing fail as before.
@@ -72,7 +75,7 @@ void SetLastError(int error) { errno = error; }
 std::error_code LastError(const SystemPath& /*path*/) { return {errno, std::system_category()}; }
 
 Handle::Handle(const SystemPath& path, Access access)
-    : Handle(OpenDescriptor(path.Get(), Flags[static_cast<int>(access)], 0666)) {}
+    : Handle(OpenDescriptor(path.Get(), Flags(access), 0666)) {}
 
 bool Handle::Close() {
     // An interrupted call has closed the descriptor all the same, and loses no bytes that are synchronised.

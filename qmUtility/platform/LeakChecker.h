@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+/// @file
+/// Intentional leaks.
+
 #if !defined(_WIN32)
 // Defined only in a process that runs with the leak checker.
 extern "C" __attribute__((weak)) void __lsan_ignore_object(const void* allocation);

@@ -55,9 +55,10 @@ public:
     /// @param type the mode, which never changes.
     CQMFPSCounter(eQMFPSType type);
 
-    /// Copies all figures and shares the rings; the assignment deletes its own unless a copy shares them.
+    /// Copies all figures and shares the rings.
     CQMFPSCounter(const CQMFPSCounter& other);
-    CQMFPSCounter& operator=(const CQMFPSCounter& other);  ///< @overload
+    /// Copies all figures and shares the rings; deletes its own unless a copy shares them.
+    CQMFPSCounter& operator=(const CQMFPSCounter& other);
 
     virtual ~CQMFPSCounter();
 

@@ -40,7 +40,7 @@ public:
 
     /// Copies the marks, the calibration and the saved priority, which both stopwatches then restore.
     CQMTimer(const CQMTimer&) = default;
-    CQMTimer& operator=(const CQMTimer& other);  ///< @overload
+    CQMTimer& operator=(const CQMTimer& other);  ///< copies the same
 
     /// Restores the priority, if one is saved.
     ~CQMTimer();

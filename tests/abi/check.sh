@@ -3,7 +3,7 @@
 # Compares the symbols that libraries export with those on record in symbols.txt. Members of a class with the
 # same parameters share a line; what exists for both character types is one symbol, with Char for the type.
 #
-#   check.sh LIBRARY...
+#   check.sh LIBRARY...         writes symbols-built.txt to the current folder
 set -eu
 recorded=$(dirname "$0")/symbols.txt
 for library; do
@@ -33,5 +33,8 @@ for library; do
                     print around[1] (list ~ /,/ ? "{" list "}" : list) around[2]
                 }
             }'
-done >symbols.txt
-diff -u "$recorded" symbols.txt || { echo "To record them: cp $PWD/symbols.txt $recorded"; exit 1; }
+done >symbols-built.txt
+diff -u "$recorded" symbols-built.txt || {
+    echo "To record them: cp $PWD/symbols-built.txt $recorded"
+    exit 1
+}

@@ -6,6 +6,7 @@
 
 #include "tests/support/TemporaryFolder.h"
 
+#include <iostream>
 #include <string>
 
 /// Runs the statements below one heading of a document in a temporary folder.
@@ -14,13 +15,15 @@ protected:
     Document() { std::filesystem::current_path(Path("")); }
     ~Document() override { std::filesystem::current_path(std::filesystem::temp_directory_path()); }
 
-    /// Statements begin: captures their output until `Ran`.
+    /// Statements begin: captures their output until `Ran`. GoogleTest has no public functions for it.
     static void Run() {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
     }
     void Ran() {
-        m_console = Figures(testing::internal::GetCapturedStdout());
+        const std::string console = testing::internal::GetCapturedStdout();
+        if (HasFailure()) std::cout << console;  // with the messages
+        m_console = Figures(console);
         m_debugger = Figures(testing::internal::GetCapturedStderr());
     }
 

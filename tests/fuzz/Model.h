@@ -39,11 +39,12 @@ inline std::string Trim(const std::string& text) {
 constexpr auto ByteOrderMark = "\xEF\xBB\xBF";
 
 /// What `INIParser` takes a line for, without a character that comments it out.
-/// @throws std::out_of_range for a header without a "]"
+/// @throws INIFormatError for a header without a "]"
 inline Record ReadParser(std::string line) {
     Record record;
     record.IsHeader = Has(line, '[');
     if (record.IsHeader) line.erase(0, 1);
+    if (record.IsHeader && !Has(line, ']')) throw INIFormatError(0);
     if (record.IsHeader) record.Section = line.erase(line.find(']'));
     record.IsNothing = !record.IsHeader && !Has(line, '=');
     if (Has(line, '=')) {
@@ -69,7 +70,7 @@ inline Record ReadCommon(const std::string& line, bool isComment, bool isTrimmed
     return record;
 }
 
-/// @throws std::out_of_range for a header without a "]", in the syntax `Parser`
+/// @throws INIFormatError for a header without a "]", in the syntax `Parser`
 inline Records Load(const std::string& text, INISyntax syntax) {
     const bool isCommon = syntax == INISyntax::Common;
     Records records;

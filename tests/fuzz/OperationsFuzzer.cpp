@@ -36,11 +36,20 @@ std::size_t CountCommon(const auto& a, const auto& b) {
     return counts.back();
 }
 
-Records ListOf(const INIDocument& document) {
+/// @return the `wchar_t` of each byte.
+std::wstring Widen(const std::string& bytes) {
+    std::wstring text;
+    for (const char c : bytes) text += static_cast<unsigned char>(c);
+    return text;
+}
+
+/// @return the records of a document of either width as narrow ones.
+Records ListOf(const auto& document) {
+    const auto narrow = [](const auto& text) { return std::string(text.begin(), text.end()); };
     Records list;
     for (const auto& record : document)
-        list.push_back({{record.Comments(), record.Commented, std::string(record.Section),
-                         std::string(record.Key), std::string(record.Value)}});
+        list.push_back({{narrow(record.Comments()), static_cast<char>(record.Commented),
+                         narrow(record.Section), narrow(record.Key), narrow(record.Value)}});
     return list;
 }
 
@@ -76,7 +85,9 @@ struct Session {
         List = model::Load(Text, Syntax);
         if (IsFile) return assert(ReadFile() == Text);
         const INIDocument copy = Document;  // which reads the text
-        assert(ListOf(Document) == List && ListOf(copy) == List);
+        WINIDocument wide(Syntax);
+        const bool isParsed = wide.Parse(Widen(Text));
+        assert(isParsed && ListOf(Document) == List && ListOf(copy) == List && ListOf(wide) == List);
     }
 
     /// @return the first record of a key; in a document the first active one, or, for no key, the header
@@ -102,6 +113,8 @@ struct Session {
         assert(record.size() == isFound && (!isFound || record[0] == *expected));
         assert(INIParser::GetValue(Key, Section, Path) == (isFound ? expected->Value : ""));
         assert(INIParser::RecordExists(Key, Section, Path) == isFound);
+        const std::wstring wide = INIParser::GetValue(Widen(Key), Widen(Section), Widen(Path));
+        assert(wide == Widen(isFound ? expected->Value : ""));
         const bool exists = std::ranges::count(List, Section, &Record::Section) != 0;
         assert(INIParser::SectionExists(Section, Path) == exists);
         auto keys = List;
@@ -111,7 +124,8 @@ struct Session {
         std::erase_if(names, [](const auto& x) { return !x.Key.empty(); });
         assert(std::ranges::equal(INIParser::GetSectionNames(Path), names, {}, {}, &Record::Section));
         assert(INIParser::Content(Path) == model::Text(List, ""));
-        assert(INIParser::Create(Path));
+        const bool isCreated = INIParser::Create(Path);
+        assert(isCreated);
         Text.clear();
         Load();
     }
@@ -273,7 +287,8 @@ struct Session {
         assert(isLoaded == isText);
         if (!isText) return;
         for (Load(); steps != 0; --steps) Step();
-        assert(IsFile || Document.Save(Path));
+        const bool isSaved = IsFile || Document.Save(Path);
+        assert(isSaved);
         assert(ReadFile() == Text);
     }
 };
@@ -283,7 +298,7 @@ void ReadMalformed(const auto& read) {
     try {
         read();
         assert(false);
-    } catch (const std::out_of_range&) {
+    } catch (const INIFormatError&) {
     }
 }
 
@@ -300,7 +315,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     std::ofstream(Path, std::ios::binary) << text;
     try {
         Session{data, text, kind == 0, syntax}.Run(steps);
-    } catch (const std::out_of_range&) {  // by the model or the library: the others throw, too
+    } catch (const INIFormatError&) {  // by the model or the library: the others throw, too
         ReadMalformed([=] { model::Load(ReadFile(), syntax); });
         ReadMalformed([=] { INIDocument(syntax).Load(Path); });
         ReadMalformed([] { INIParser::GetValue("k", "S", Path); });
