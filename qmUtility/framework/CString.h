@@ -95,7 +95,7 @@ public:
     /// | `%hs`, `%hhs`, `%S`          | narrow string: UTF-8, each other byte the character of its value   |
     /// | `%c`, `%lc`, `%wc`           | `wchar_t`                                                          |
     /// | `%hc`, `%hhc`, `%C`          | `char`, as in a narrow string                                      |
-    /// | `%d %i %u %o %x %X`          | `int`, or that of `hh h l ll j z t I I32 I64`; `I` is `size_t` wide |
+    /// | `%d %i %u %o %x %X`          | `int`, or of `hh h l ll w j z t I I32 I64`; `I` is `size_t` wide   |
     /// | `%e %f %g %a`, upper case    | `double`, `long double` with `L`; the locale's decimal point       |
     /// | `%p`                         | pointer, printed as `%#llx`                                        |
     /// | `%n`                         | pointer, which is ignored: nothing is stored or printed            |

@@ -234,10 +234,10 @@ public:
     /// Replaces the comments above the section's first active header, as `SetRecordComments` does.
     bool SetSectionComments(View comments, View section);
 
-    /// Sorts the sections by name and the keys between two headers by name, code unit by code unit; equal
-    /// names keep their order. Each record moves with its comments. What is above the first header or
-    /// below the last record stays in its place, as does a comment that an empty line sets apart from the key
-    /// below it.
+    /// Sorts the sections by name, and the keys between two headers, or above the first, by name, code unit
+    /// by code unit; equal names keep their order. Each record moves with its comments. Other lines above the
+    /// first header, comments that an empty line sets apart from the key below, and what is below the last
+    /// record stay in place.
     /// @return false if the text would then begin with a byte order mark.
     bool Sort(bool descending);
 

@@ -26,7 +26,8 @@
 /// **Failure.** For a file that cannot be opened, read to its end or decoded, lookups return nothing,
 /// existence tests true, and edits false, without writing. Edits also return false when the file cannot be
 /// opened for writing. Later errors, such as a full disk, are not reported. Edits of one record, except
-/// `SetValue`, return false and write nothing when there is none; those of a section return true even then.
+/// `SetValue`, return false and write nothing when there is none; those of a section, except
+/// `SetSectionComments`, return true even then.
 /// @throws INIFormatError from every operation that reads, for a header line without a "]" after its first
 ///   character; the file is unchanged.
 /// @throws std::bad_alloc when memory runs out; the file is unchanged.

@@ -33,8 +33,8 @@ struct BasicINIRecord {
 
 /// Syntax of an INI text; docs/ini-format.md specifies both.
 enum class INISyntax {
-    Common,  ///< as most programs do
-    Parser,  ///< as `INIParser` does
+    Common,  ///< as most programs read it
+    Parser,  ///< as `INIParser` reads it
 };
 
 /// Thrown for a header line without a "]" after its first character; `what()` is "invalid string position".

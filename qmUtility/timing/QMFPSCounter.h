@@ -30,9 +30,7 @@ enum eQMFPSType : int {
 /// **Tolerance.** Construction and `Reset` measure the counter's own cost with 1001 empty frames. It is
 /// subtracted from every duration (`GetTickTolerance`); shorter ones wrap to huge numbers, and 0 counts as 1.
 ///
-/// **Average mode** leaves a frame started until its period is full. All frames of a period therefore measure
-/// from the period's first `Start`, and these growing durations are added up. This is deliberate. The rate is
-/// then about the square root of twice the true one.
+/// **Average mode** leaves a frame started until its period is full; docs/frame-rate.md explains its figures.
 ///
 /// **Statistics** cover the whole ring, also the empty frames of construction until real ones replace them.
 /// - Minimum and maximum of the durations are kept until `Reset`.
