@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// INI operations beside other libraries and beside baselines: `ReadLines`, `WriteRecords` and `Replace`.
-/// Names are job/library/KiB.
+// INI operations beside other libraries and beside baselines: `ReadLines`, `WriteRecords` and `Replace`.
+// Names are job/library/KiB.
 
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// The services other than INI files beside lower bounds of their work. Names are job/library.
+// The services other than INI files beside lower bounds of their work. Names are job/library.
 
 #include "qmUtility/filecheck/QMFileCheckAPI.h"
 #include "qmUtility/host/qmConsole.h"

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// Fault injection: operations with each system call and allocation failing, saves that are killed.
+// Fault injection: operations with each system call and allocation failing, saves that are killed.
 
 #include "qmUtility/filecheck/QMFileCheck.h"
 #include "qmUtility/host/qmConsole.h"

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// Test fixture of the statements in the documents.
+// Test fixture of the statements in the documents.
 
 #include "tests/support/TemporaryFolder.h"
 

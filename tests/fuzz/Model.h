@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// The expected behaviour, written for clarity rather than speed. The fuzzers compare the library with it;
-/// the two share only the record.
+// The expected behaviour, written for clarity rather than speed. The fuzzers compare the library with it;
+// the two share only the record.
 
 #include "qmUtility/ini/INIRecord.h"
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// Random edits by `INIParser`, or of a document, each beside the same edit of the model's records. The rest
-/// of a document's text stays as it was.
+// Random edits by `INIParser`, or of a document, each beside the same edit of the model's records. The rest
+// of a document's text stays as it was.
 
 #include "qmUtility/ini/INIDocument.h"
 #include "qmUtility/ini/INIParser.h"

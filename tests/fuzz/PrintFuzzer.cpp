@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// Wide printing: directives for numbers compared with the C library's wide printing, and arbitrary formats.
+// Wide printing: directives for numbers compared with the C library's wide printing, and arbitrary formats.
 
 #include "qmUtility/framework/CString.h"
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// The commands that edit a file.
+// The commands that edit a file.
 
 #include "qmini/Qmini.h"
 

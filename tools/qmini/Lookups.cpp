@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// The commands that read a file, and the one that creates one.
+// The commands that read a file, and the one that creates one.
 
 #include "qmUtility/platform/Utf8.h"
 #include "qmini/Qmini.h"

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// @file
-/// The command line, and the help on it.
+// The command line, and the help on it.
 
 #include "qmini/Qmini.h"
 

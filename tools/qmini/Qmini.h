@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// @file
-/// Commands, what they are called with and how they end, and the documents and lines that they work on.
+// Commands, what they are called with and how they end, and the documents and lines that they work on.
 
 #include "qmUtility/ini/Grammar.h"
 #include "qmUtility/ini/INIDocument.h"
