@@ -10,8 +10,7 @@
 class QMCONSOLE_API CQMConsoleAPI {
 public:
     /// Writes a formatted text to the log and adds no newline. Any thread may call.
-    /// @param format directives as for `CString::Format`: "%s" is a wide string on every platform, and "%n"
-    ///   stores nothing. A host's own log formats with `CString::FormatV(format, arguments)` of
+    /// @param format directives as for `CString::Format`; a host's own log formats with `CString::FormatV` of
     ///   `qmUtility/framework/CString.h`. Null writes nothing.
     /// @throws std::bad_alloc; nothing is then written.
     ///

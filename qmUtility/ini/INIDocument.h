@@ -142,8 +142,7 @@ public:
     /// @return the text, as `Save` encodes it.
     String Text() const;
 
-    /// Replaces or creates a file. The path always names the complete old or the complete new content, even
-    /// if a call fails or the process is killed; docs/ini-format.md lists the exceptions.
+    /// Replaces or creates a file, completely or not at all; docs/ini-format.md has the exact guarantee.
     /// @param path of the file.
     /// @param error the reason of a failure, `illegal_byte_sequence` for a character that the locale cannot
     ///   encode; cleared on success.
