@@ -175,7 +175,7 @@ struct Session {
             case 5: {
                 const bool isNew = Find(records, {}, Other) == nullptr;
                 for (Record& record : records) {
-                    const bool isOwn = record.Section == Section;
+                    const bool isOwn = record.Section == Section && (IsFile || !record.IsNothing);
                     if (record.IsHeader) count += (isBelow = isOwn && record.IsActive()) ? 1 : 0;
                     // A commented-out header parts an active key from its own in one syntax only.
                     const bool isInActive = Syntax == INISyntax::Common && record.IsActive();
